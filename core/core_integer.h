@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <type_traits>
+
+namespace core {
+
+/// Limbs held by every CoreInteger: 16384 bits, the size of the core's largest temporaries.
+inline constexpr std::uint32_t integerLimbRoom = 256;
+
+/// Bit of `lengthAndSign` that marks a negative value.
+inline constexpr std::uint32_t integerSignBit = 0x80000000;
+
+/// Signed multi-word integer; plain data that is copied and discarded like any value.
+///
+/// Limbs above the length are zero. A value is normal when its top limb is not zero; arithmetic
+/// yields normal values unless an operation says otherwise.
+struct CoreInteger {
+    std::uint32_t lengthAndSign = 0;  ///< bits 0-30: limbs in use; bit 31: negative; zero is 0
+    std::uint32_t capacity = 0;       ///< limbs that integerClear zeroes, at most integerLimbRoom
+    std::array<std::uint64_t, integerLimbRoom> limbs{};  ///< least significant first
+};
+
+static_assert(std::is_trivially_copyable_v<CoreInteger> && std::is_aggregate_v<CoreInteger>);
+
+/// The constant 1.
+inline constexpr CoreInteger integerOne{.lengthAndSign = 1, .capacity = 1, .limbs = {1}};
+
+}  // namespace core

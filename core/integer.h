@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "core/core_integer.h"
+
+namespace core {
+
+// Arithmetic of CoreInteger. No operation checks or grows `capacity`: the caller provides room for
+// every result, within integerLimbRoom. A result is a third object, distinct from the operands,
+// unless the operation says otherwise. Nothing runs in constant time and nothing is wiped.
+
+/// A new zero value whose `capacity` is the number of limbs that hold `bits` bits; to be given back
+/// with `integerRelease`.
+CoreInteger* integerAlloc(std::uint64_t bits);
+
+void integerRelease(CoreInteger* value);
+
+struct IntegerReleaser {
+    void operator()(CoreInteger* value) const { integerRelease(value); }
+};
+
+/// A value of `integerAlloc` held by a scope.
+using IntegerTemporary = std::unique_ptr<CoreInteger, IntegerReleaser>;
+
+/// Sets the length word and all `capacity` limbs to zero.
+void integerClear(CoreInteger& value);
+
+/// destination := source, sign included; a zero source clears the destination. `capacity` of the
+/// destination stays.
+void integerCopy(const CoreInteger& source, CoreInteger& destination);
+
+/// Whether the whole word `lengthAndSign` is 0. A value with zero limbs but a length is not zero
+/// here.
+bool integerIsZero(const CoreInteger& value);
+
+/// -1, 0 or 1 as a is below, equal to or above b.
+///
+/// Non-negative values are compared by their lengths as they stand, zero top limbs included, and
+/// limb by limb only when these agree. Of two negative values only the limbs within a's length are
+/// looked at: -5 against -(2^64) gives -1.
+std::int64_t integerCompare(const CoreInteger& a, const CoreInteger& b);
+
+/// Position of the highest set bit, counted from 1; 0 for zero. The sign does not count. A zero top
+/// limb gives 64 bits for each limb below it.
+std::uint64_t integerBitLength(const CoreInteger& value);
+
+/// Bytes up to the highest non-zero one of the top limb; 0 for zero. A zero top limb counts as one
+/// byte.
+std::uint64_t integerByteLength(const CoreInteger& value);
+
+/// Address of limb 0: the magnitude as a little-endian byte string.
+std::uint64_t* integerLimbs(CoreInteger& value);
+
+/// Reads the stored form: a 32-bit bit count, whose top bit is ignored, and the magnitude's bytes,
+/// least significant first. A bit count of 0 leaves `value` as it is; otherwise only the length
+/// word and the bytes given are written, so `value` must be zero before.
+void integerImport(const std::uint8_t* stored, CoreInteger& value);
+
+/// Drops the zero limbs at the top, and the sign with them.
+void integerNormalise(CoreInteger& value);
+
+/// result := a + b.
+void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
+
+/// result := a - b.
+void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
+
+/// result := a * b, schoolbook. Accepts operands with zero top limbs; the result is normal.
+void integerMultiply(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
+
+/// quotient := a / b, truncated, for non-negative values; zero top limbs of the operands are
+/// ignored.
+///
+/// 0 / 0 gives 1, any other division by zero 0. A negative a by a non-negative b gives 0.
+void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quotient);
+
+/// result := a mod modulus, for a non-negative `a`; a null `result` means `a` itself.
+///
+/// When `a` exceeds the modulus and has its bit length, no copy is taken: the subtractions run in
+/// `a`, which then holds the remainder too. A value below the modulus is copied as it stands, with
+/// its zero top limbs; so is a negative `a`, which comes back negative. A zero modulus leaves
+/// `result` as it was.
+void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* result);
+
+/// value := value * 2^count, in place; of negative values only with a count below 64.
+void integerShiftLeft(CoreInteger& value, std::uint64_t count);
+
+/// value := value / 2^count, truncated, in place. The sign stays.
+void integerShiftRight(CoreInteger& value, std::uint64_t count);
+
+/// Keeps the low `count` bits, in place, and drops the sign.
+///
+/// The length becomes that of `count` bits even when the value had fewer limbs, less one when the
+/// count is no multiple of 64 and its top limb is zero: 5 truncated to 192 bits has length 3. This
+/// is the one arithmetic result that need not be normal; addition and multiplication accept it.
+void integerTruncate(CoreInteger& value, std::uint64_t count);
+
+/// result := the inverse of a modulo modulus, and true; zero and false when there is none. Zero top
+/// limbs of a are ignored.
+bool integerModularInverse(const CoreInteger& a, const CoreInteger& modulus, CoreInteger& result);
+
+}  // namespace core

@@ -1,0 +1,32 @@
+#include "core/integer.h"
+#include "core/integer_magnitude.h"
+
+namespace core {
+
+void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result) {
+    if (integerIsNegative(a) == integerIsNegative(b)) {
+        addMagnitudes(a, b, result);
+        if (integerIsNegative(a)) {
+            integerMarkNegative(result);
+        }
+    } else if (integerIsNegative(a)) {
+        subtractMagnitudes(b, a, result);
+    } else {
+        subtractMagnitudes(a, b, result);
+    }
+}
+
+void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result) {
+    if (integerIsNegative(a) != integerIsNegative(b)) {
+        addMagnitudes(a, b, result);
+        if (integerIsNegative(a)) {
+            integerMarkNegative(result);
+        }
+    } else if (integerIsNegative(a)) {
+        subtractMagnitudes(b, a, result);
+    } else {
+        subtractMagnitudes(a, b, result);
+    }
+}
+
+}  // namespace core

@@ -1,0 +1,59 @@
+#include <utility>
+
+#include "core/integer.h"
+#include "core/integer_magnitude.h"
+
+namespace core {
+
+namespace {
+
+constexpr std::uint64_t temporaryBits = 16384;
+
+bool isOne(const CoreInteger& value) {
+    return value.lengthAndSign == 1 && value.limbs[0] == 1;
+}
+
+/// minuend := minuend - quotient * factor, through the two scratch values.
+void subtractMultiple(CoreInteger& minuend, const CoreInteger& quotient, const CoreInteger& factor,
+                      CoreInteger& product, CoreInteger& difference) {
+    integerMultiply(quotient, factor, product);
+    integerSubtract(minuend, product, difference);
+    integerCopy(difference, minuend);
+}
+
+}  // namespace
+
+bool integerModularInverse(const CoreInteger& a, const CoreInteger& modulus, CoreInteger& result) {
+    // Extended Euclid. Each row holds a remainder and the factor with
+    // remainder = factor * a (mod modulus); the factor of the modulus itself is not needed.
+    struct Row {
+        IntegerTemporary factor{integerAlloc(temporaryBits)};
+        IntegerTemporary remainder{integerAlloc(temporaryBits)};
+    };
+    Row u;
+    Row v;
+    const IntegerTemporary quotient(integerAlloc(temporaryBits));
+    const IntegerTemporary product(integerAlloc(temporaryBits));
+    const IntegerTemporary difference(integerAlloc(temporaryBits));
+    integerCopy(modulus, *u.remainder);
+    integerCopy(integerOne, *v.factor);
+    integerCopy(a, *v.remainder);
+    integerTrim(*v.remainder, integerLimbCount(*v.remainder));
+
+    while (!integerIsZero(*v.remainder) && !isOne(*v.remainder)) {
+        integerDivide(*u.remainder, *v.remainder, *quotient);
+        subtractMultiple(*u.factor, *quotient, *v.factor, *product, *difference);
+        subtractMultiple(*u.remainder, *quotient, *v.remainder, *product, *difference);
+        std::swap(u, v);
+    }
+    if (integerIsZero(*v.remainder)) {
+        integerClear(result);
+        return false;
+    }
+    // The factor lies between -modulus and modulus.
+    integerAdd(*v.factor, modulus, *difference);
+    integerModulo(*difference, modulus, &result);
+    return true;
+}
+
+}  // namespace core
