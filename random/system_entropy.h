@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+/// Appends the seed material of the system to `pool`: the low four bytes of the time in the order
+/// 2, 0, 3, 1, and sixteen groups of one byte from the random device and three zero bytes.
+///
+/// The device is /dev/urandom, or /dev/random when that cannot be opened; without either the four
+/// time bytes are all. Each device byte is the first of a read of eight; where a read fails, the
+/// low byte of `rand` stands in for it.
+void collectSystemEntropy(std::vector<std::uint8_t>& pool);
