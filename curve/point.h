@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+
+#include "curve/curve_domain.h"
+#include "curve/field_element.h"
+
+namespace core {
+
+// The group law of y^2 + xy = x^3 + a*x^2 + b over GF(2^m) in affine coordinates, and the scalar
+// multiplications built on it. `f` is the reduction polynomial. The coordinates of `out` must exist
+// (`pointNew`), and `out` must be a different record from the operands. No operation checks that a
+// point is on the curve; the result for one that is not has no meaning, but every operation
+// returns. Nothing runs in constant time.
+
+/// Gives `P` two new elements of this degree, x first, and no flags.
+void pointNew(std::uint64_t degree, CurvePoint& P);
+
+/// Releases y, then x, and zeroes all three fields.
+void pointRelease(CurvePoint& P);
+
+/// A point with coordinates of its own, held by a scope.
+class PointTemporary {
+public:
+    explicit PointTemporary(std::uint64_t degree) { pointNew(degree, point_); }
+    ~PointTemporary() { pointRelease(point_); }
+    PointTemporary(const PointTemporary&) = delete;
+    PointTemporary& operator=(const PointTemporary&) = delete;
+
+    CurvePoint& operator*() { return point_; }
+    CurvePoint* operator->() { return &point_; }
+
+private:
+    CurvePoint point_;
+};
+
+inline bool pointIsInfinity(const CurvePoint& P) {
+    return (P.flags & pointInfinity) != 0;
+}
+
+/// Copies the flags, and the coordinates unless the point is at infinity.
+void pointCopy(const CurvePoint& P, CurvePoint& out);
+
+/// P := -P, that is y := y + x.
+void pointNegate(CurvePoint& P);
+
+/// 1 when the points are the same, -1 when each is the negative of the other, 0 otherwise.
+///
+/// The top word of y alone tells P from -P: when the top word of x is zero, the negative of a point
+/// compares as the point itself.
+int pointCompare(const CurvePoint& P, const CurvePoint& Q);
+
+/// out := P + Q. At infinity, the coordinates of `out` are those of before.
+void pointAdd(const CurvePoint& P, const CurvePoint& Q, const CurveCoefficients& curve,
+              CurvePoint& out, const FieldElement& f);
+
+/// out := 2P.
+void pointDouble(const CurvePoint& P, const CurveCoefficients& curve, CurvePoint& out,
+                 const FieldElement& f);
+
+/// Bytes that the non-adjacent form of a scalar of this degree fits in.
+inline std::uint64_t nafBufferSize(std::uint64_t degree) {
+    return degree / 2 + 8;
+}
+
+/// Writes the non-adjacent form of `k` (Guide to Elliptic Curve Cryptography, algorithm 3.30) and
+/// returns the number of bytes written, a multiple of 8.
+///
+/// Digit i stands in the bits 2i and 2i + 1 of the little-endian buffer, least significant digit
+/// first: 00 for 0, 01 for 1, 11 for -1.
+std::uint64_t nafEncode(const FieldElement& k, std::uint8_t* buffer);
+
+/// out := k * P for a non-zero k, digit by digit of the non-adjacent form (algorithm 3.31).
+void pointMultiply(const FieldElement& k, const CurvePoint& P, const CurveCoefficients& curve,
+                   CurvePoint& out, const FieldElement& f);
+
+/// out := u1 * P + u2 * Q by simultaneous multiplication with windows of two bits (algorithm 3.48).
+/// The degree of `u1` tells the width of both scalars.
+void pointMultiplyTwin(const CurvePoint& P, const CurvePoint& Q, const FieldElement& u1,
+                       const FieldElement& u2, CurvePoint& out, const CurveCoefficients& curve,
+                       const FieldElement& f);
+
+}  // namespace core

@@ -1,0 +1,146 @@
+#include "curve/signature_primitive.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "core/hash.h"
+#include "core/integer.h"
+#include "core/integer_magnitude.h"
+#include "core/montgomery.h"
+#include "curve/field.h"
+#include "curve/point.h"
+#include "curve/random_scalar.h"
+
+namespace core {
+
+namespace {
+
+using Digest = std::array<std::uint8_t, ripemd160DigestSize>;
+
+/// The group order as an integer, with the MontgomeryContext set up on it for the scope's life.
+class OrderScope {
+public:
+    explicit OrderScope(const CurveDomain& domain) : order_(integerAlloc(16 * domain.degree)) {
+        fieldToInteger(domain.order, *order_);
+        montgomerySetup(*order_);
+    }
+    ~OrderScope() { montgomeryTeardown(); }
+    OrderScope(const OrderScope&) = delete;
+    OrderScope& operator=(const OrderScope&) = delete;
+
+    const CoreInteger& operator*() const { return *order_; }
+
+private:
+    IntegerTemporary order_;
+};
+
+/// Reads the digest as a little-endian number. Its limbs are not trimmed.
+void digestToInteger(const CurveDomain& domain, const std::uint8_t* digest, CoreInteger& e) {
+    constexpr std::uint64_t digestBits = 8 * ripemd160DigestSize;
+    std::memcpy(e.limbs.data(), digest, ripemd160DigestSize);
+    e.lengthAndSign =
+        static_cast<std::uint32_t>(fieldWords(std::min(domain.degree - 1, digestBits)));
+}
+
+bool allLimbsZero(const CoreInteger& value) {
+    return std::all_of(value.limbs.begin(), value.limbs.begin() + integerLimbCount(value),
+                       [](std::uint64_t limb) { return limb == 0; });
+}
+
+/// r := x(R) mod n, as `integerModulo` leaves it: a value below n keeps its zero top limbs.
+void reduceX(const CurvePoint& R, const CoreInteger& order, CoreInteger& r) {
+    fieldToInteger(*R.x, r);
+    integerModulo(r, order, nullptr);
+}
+
+}  // namespace
+
+void curveSignDigest(const CurveDomain& domain, const CoreInteger& privateScalar,
+                     const std::uint8_t* digest, const SignaturePair& pair) {
+    const std::uint64_t bits = 16 * domain.degree;
+    const OrderScope order(domain);
+    const FieldTemporary k(fieldNew(domain.degree));
+    PointTemporary R(domain.degree);
+    const IntegerTemporary r(integerAlloc(bits));
+    const IntegerTemporary e(integerAlloc(bits));
+    const IntegerTemporary nonce(integerAlloc(bits));
+    const IntegerTemporary inverse(integerAlloc(bits));
+    const IntegerTemporary product(integerAlloc(bits));
+    const IntegerTemporary sum(integerAlloc(bits));
+    digestToInteger(domain, digest, *e);
+
+    for (int attempt = 0; attempt < signatureAttemptLimit; ++attempt) {
+        drawScalar(*k, domain.order);
+        pointMultiply(*k, domain.basePoint, {domain.coefficientA, domain.coefficientB}, *R,
+                      domain.reductionPolynomial);
+        reduceX(*R, *order, *r);
+        if (integerIsZero(*r)) {
+            continue;
+        }
+        integerNormalise(*r);
+        integerCopy(*r, pair.r);
+
+        fieldToInteger(*k, *nonce);
+        integerModularInverse(*nonce, *order, *inverse);
+        integerClear(*nonce);
+        modularProduct(privateScalar, *r, *order, *product);
+        integerAdd(*product, *e, *sum);
+        modularProduct(*inverse, *sum, *order, pair.s);
+        if (!integerIsZero(pair.s)) {
+            return;
+        }
+    }
+    integerClear(pair.r);
+    integerClear(pair.s);
+}
+
+std::uint8_t curveVerifyDigest(const CurveDomain& domain, const CurvePoint& publicPoint,
+                               const std::uint8_t* digest, const SignaturePair& pair) {
+    if (allLimbsZero(pair.r) || allLimbsZero(pair.s)) {
+        return 0;
+    }
+    const std::uint64_t bits = 16 * domain.degree;
+    const OrderScope order(domain);
+    if (integerCompare(pair.r, *order) != -1 || integerCompare(pair.s, *order) != -1) {
+        return 0;
+    }
+    const IntegerTemporary e(integerAlloc(bits));
+    const IntegerTemporary inverse(integerAlloc(bits));
+    const IntegerTemporary product(integerAlloc(bits));
+    const FieldTemporary u1(fieldNew(domain.degree));
+    const FieldTemporary u2(fieldNew(domain.degree));
+    PointTemporary R(domain.degree);
+
+    digestToInteger(domain, digest, *e);
+    integerModularInverse(pair.s, *order, *inverse);
+    modularProduct(*e, *inverse, *order, *product);
+    fieldFromInteger(*product, *u1);
+    modularProduct(pair.r, *inverse, *order, *product);
+    fieldFromInteger(*product, *u2);
+    pointMultiplyTwin(domain.basePoint, publicPoint, *u1, *u2, *R,
+                      {domain.coefficientA, domain.coefficientB}, domain.reductionPolynomial);
+    if (pointIsInfinity(*R)) {
+        return 0;
+    }
+    const IntegerTemporary v(integerAlloc(bits));
+    reduceX(*R, *order, *v);
+    return integerCompare(*v, pair.r) == 0 ? 1 : 0;
+}
+
+void curveSign(const CurveDomain& domain, const CoreInteger& privateScalar,
+               const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair) {
+    Digest digest;
+    ripemd160Digest(data, length, digest.data());
+    curveSignDigest(domain, privateScalar, digest.data(), pair);
+}
+
+std::uint8_t curveVerify(const CurveDomain& domain, const CurvePoint& publicPoint,
+                         const std::uint8_t* data, std::uint64_t length,
+                         const SignaturePair& pair) {
+    Digest digest;
+    ripemd160Digest(data, length, digest.data());
+    return curveVerifyDigest(domain, publicPoint, digest.data(), pair);
+}
+
+}  // namespace core
