@@ -1,0 +1,152 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <bit>
+#include <memory>
+
+#include "core/entry.h"
+#include "project/project_file.h"
+
+namespace {
+
+using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
+
+constexpr std::array<char, 4> magic = {'V', 'L', 'T', '2'};
+constexpr long headerSize = 24;
+
+struct DirectoryEntry {
+    std::uint32_t attributeId = 0;
+    std::uint32_t dataOffset = 0;
+    std::uint32_t dataSize = 0;
+};
+
+// The records are read and written as they stand in memory.
+static_assert(std::endian::native == std::endian::little);
+static_assert(sizeof(ProjectFileHeader) == headerSize && sizeof(DirectoryEntry) == 12);
+
+/// Opens for binary reading. Without O_NONBLOCK, opening a FIFO would wait for a writer.
+Stream openForReading(const char* path) {
+    const int descriptor = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor == -1) {
+        return {nullptr, &std::fclose};
+    }
+    Stream stream(::fdopen(descriptor, "rb"), &std::fclose);
+    if (stream == nullptr) {
+        ::close(descriptor);
+    }
+    return stream;
+}
+
+/// The size of the stream's file, or -1.
+long streamSize(std::FILE* stream) {
+    return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
+}
+
+}  // namespace
+
+bool ProjectFile::load(const char* filePath) {
+    if (!attributes.empty()) {
+        clear();
+    }
+    const Stream stream = openForReading(filePath);
+    if (stream == nullptr || !loadStream(stream.get())) {
+        return false;
+    }
+    if (!attributes.empty()) {
+        path = filePath;
+    }
+    return true;
+}
+
+bool ProjectFile::loadStream(std::FILE* stream) {
+    ProjectFileHeader header;
+    if (std::fread(&header, sizeof header, 1, stream) != 1 || header.magic != magic) {
+        return false;
+    }
+    if (header.entryCount == 0) {
+        return true;
+    }
+    std::array<std::uint8_t, 16> digest{};
+    if (!digestBody(stream, digest) || digest != header.bodyDigest) {
+        return false;
+    }
+    if (!readDirectory(stream, header)) {
+        clear();
+        return false;
+    }
+    return true;
+}
+
+bool ProjectFile::digestBody(std::FILE* stream, std::array<std::uint8_t, 16>& digest) {
+    const long size = streamSize(stream);
+    if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0 || size <= headerSize) {
+        return false;
+    }
+    const auto bodySize = static_cast<std::size_t>(size - headerSize);
+    std::vector<std::uint8_t> body(bodySize);
+    if (std::fread(body.data(), bodySize, 1, stream) != 1) {
+        return false;
+    }
+    coreEntry::md5Digest(body.data(), bodySize, digest.data());
+    return true;
+}
+
+bool ProjectFile::readDirectory(std::FILE* stream, const ProjectFileHeader& header) {
+    attributes.clear();
+    const long size = streamSize(stream);
+    if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0) {
+        return false;
+    }
+    for (std::uint32_t i = 0; i < header.entryCount; ++i) {
+        DirectoryEntry entry;
+        if (std::fread(&entry, sizeof entry, 1, stream) != 1) {
+            return false;
+        }
+        const long position = std::ftell(stream);
+        // Asked before the read, so that a damaged size takes no room.
+        const bool runsPastEnd = long{entry.dataOffset} + long{entry.dataSize} > size;
+        if (position < 0 || entry.dataSize == 0 || runsPastEnd) {
+            return false;
+        }
+        std::vector<std::uint8_t> value(entry.dataSize);
+        if (std::fseek(stream, long{entry.dataOffset}, SEEK_SET) != 0 ||
+            std::fread(value.data(), value.size(), 1, stream) != 1) {
+            return false;
+        }
+        insertAttribute(entry.attributeId, std::move(value));
+        if (std::fseek(stream, position, SEEK_SET) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ProjectFile::create(const char* filePath) {
+    if (!attributes.empty()) {
+        clear();
+    }
+    const Stream stream(std::fopen(filePath, "w+b"), &std::fclose);
+    if (stream == nullptr) {
+        return false;
+    }
+    ProjectFileHeader header;
+    header.magic = magic;
+    if (std::fwrite(&header, sizeof header, 1, stream.get()) != 1) {
+        clear();
+        return false;
+    }
+    attributes.clear();
+    path = filePath;
+    return true;
+}
+
+bool ProjectFile::sealHeader(std::FILE* stream) const {
+    ProjectFileHeader header;
+    if (!digestBody(stream, header.bodyDigest)) {
+        return false;
+    }
+    header.magic = magic;
+    header.entryCount = static_cast<std::uint32_t>(attributes.size());
+    return std::fseek(stream, 0, SEEK_SET) == 0 &&
+           std::fwrite(&header, sizeof header, 1, stream) == 1;
+}
