@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+/// Read-only private mapping of a file, with its descriptor. One thread owns it.
+///
+/// Only the low 32 bits of the file's size are ever looked at, as a signed number. Another process
+/// that shortens the file while it is read ends this one with a bus error.
+struct MappedFile {
+    std::int32_t descriptor = -1;           ///< -1 when closed
+    const std::uint8_t* address = nullptr;  ///< null when nothing is mapped
+
+    MappedFile() = default;
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+
+    /// Releases the mapping and the descriptor; failures are ignored.
+    ~MappedFile();
+
+    /// Opens read-only. False when the object has a descriptor or a mapping already, which then
+    /// stay, or when the file cannot be opened. A FIFO is opened without waiting for a writer.
+    bool open(const char* path);
+
+    /// Low 32 bits of the file's size; 0 when closed or unknown.
+    std::uint32_t size() const;
+
+    /// Maps the file. False when it is closed, mapped already (the mapping stays), empty, or cannot
+    /// be mapped.
+    bool map();
+
+    /// Ends the mapping. False when there is none or the system refuses.
+    bool unmap();
+
+    /// Closes the descriptor and leaves a mapping in place. False when closed.
+    bool close();
+};
+
+/// Opens and maps the file at `path`; the bytes stay valid as long as `file`. Empty when the file
+/// cannot be opened or mapped, or when its size, taken as 32 bits with a sign, is not positive.
+std::span<const std::uint8_t> mapWholeFile(MappedFile& file, const char* path);

@@ -1,0 +1,78 @@
+#include "engine/sign.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "core/entry.h"
+#include "curve/entry.h"
+#include "engine/mapped_file.h"
+#include "engine/signature_engine.h"
+#include "engine/working_domain.h"
+#include "project/project_key_record.h"
+
+namespace {
+
+/// Limbs of the scalar's copy.
+constexpr std::uint32_t scalarLimbs = 15;
+
+}  // namespace
+
+bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
+              char* signature) {
+    if (data == nullptr || length == 0) {
+        return false;
+    }
+    if (projectPath == nullptr || signature == nullptr) {
+        return false;
+    }
+    ProjectFile project;
+    return project.load(projectPath) && signWithRecord(project, data, length, signature);
+}
+
+bool signFile(const char* projectPath, const char* filePath, char* signature) {
+    if (projectPath == nullptr || filePath == nullptr || signature == nullptr) {
+        return false;
+    }
+    MappedFile file;
+    const std::span<const std::uint8_t> bytes = mapWholeFile(file, filePath);
+    return signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature);
+}
+
+bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
+                    char* signature) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    // The base point comes only with a complete key, so a project without a public point cannot
+    // sign.
+    if (!record.hasPrivateScalar() || !record.hasPublicPoint()) {
+        return false;
+    }
+    core::FieldElement x{.capacity = workingElementCapacity};
+    core::FieldElement y{.capacity = workingElementCapacity};
+    core::CoreInteger scalar{.capacity = scalarLimbs};
+    record.copyKeyMaterial(&x, &y, nullptr, nullptr, &scalar);
+    if (!isOnCurveField(x) || !isOnCurveField(y)) {
+        return false;
+    }
+    renderSignature(data, length, scalar, {.x = &x, .y = &y}, signature);
+    return signature[0] != '\0';
+}
+
+void renderSignature(const std::uint8_t* data, std::uint32_t length,
+                     const core::CoreInteger& scalar, const core::CurvePoint& point,
+                     char* signature) {
+    core::CoreInteger r{.capacity = signatureLimbs};
+    core::CoreInteger s{.capacity = signatureLimbs};
+    coreEntry::curveSign(workingDomain(point), scalar, data, length, {.r = r, .s = s});
+    const std::uint64_t half =
+        std::max(coreEntry::integerByteLength(r), coreEntry::integerByteLength(s));
+    if (half == 0) {
+        return;
+    }
+    // The zero bytes behind the halves settle the high bits of the last character.
+    std::array<std::uint8_t, 64> raw{};
+    std::memcpy(raw.data(), coreEntry::integerLimbs(r), half);
+    std::memcpy(raw.data() + half, coreEntry::integerLimbs(s), half);
+    coreEntry::coreBase64Encode(raw.data(), 2 * half, signature);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "core/core_integer.h"
+#include "curve/curve_domain.h"
+#include "project/project_file.h"
+
+// The steps of `signData` behind the loading of the project.
+
+/// From a loaded project to the text; `data` and `signature` as in `signData`.
+bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
+                    char* signature);
+
+/// From key values to the text.
+///
+/// With L the larger of the byte lengths of r and s, the L bytes of r and then those of s, each
+/// least significant first, become the core's radix-64 text, without a terminator. A pair of zeros,
+/// which is no signature, writes nothing.
+void renderSignature(const std::uint8_t* data, std::uint32_t length,
+                     const core::CoreInteger& scalar, const core::CurvePoint& point,
+                     char* signature);

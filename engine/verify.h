@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "curve/curve_domain.h"
+#include "project/project_file.h"
+
+// The steps of `verifyData` behind the loading of the project.
+
+/// From a loaded project to the answer.
+bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
+                      const char* signature);
+
+/// From key values and the text to the answer.
+///
+/// False for a text that is empty, longer than 128 characters, or stands for more than 42 bytes or
+/// an odd number of them. Each half is read least significant byte first and may be padded with
+/// zeros at its high end. Texts are not compared: whatever decodes to the same halves is accepted,
+/// characters outside the alphabet included, which count as "A".
+bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,
+                        const core::CurvePoint& publicPoint, const core::CurvePoint& base,
+                        const char* signature);

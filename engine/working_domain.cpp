@@ -1,0 +1,18 @@
+#include "engine/working_domain.h"
+
+#include "curve/sect163r2.h"
+
+core::CurveDomain workingDomain(const core::CurvePoint& basePoint) {
+    const core::CurveDomain& curve = core::sect163r2.domain;
+    return {.degree = curve.degree,
+            .reductionPolynomial = curve.reductionPolynomial,
+            .coefficientA = curve.coefficientA,
+            .coefficientB = curve.coefficientB,
+            .basePoint = basePoint,
+            .order = curve.order,
+            .cofactor = curve.cofactor};
+}
+
+bool isOnCurveField(const core::FieldElement& coordinate) {
+    return coordinate.degree == core::sect163r2.domain.degree;
+}
