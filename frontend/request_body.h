@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+/// The body of a request as it came from standard input: `length` bytes as announced and one more,
+/// all zero behind the `received` bytes that arrived.
+struct RequestBody {
+    struct Release {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
+
+    std::unique_ptr<char, Release> bytes;
+    std::uint64_t length = 0;
+    std::uint64_t received = 0;
+};
+
+/// Reads up to `length` bytes in one read of the standard library, which waits for a body that
+/// arrives in pieces and takes nothing behind it. Memory is touched only as far as bytes arrive.
+///
+/// Raises std::length_error when `length` + 1 is above the largest signed 64-bit value, and
+/// std::bad_alloc when there is no memory for it; nothing in the program catches either.
+RequestBody readRequestBody(std::uint64_t length);
