@@ -4,16 +4,15 @@
 
 namespace core {
 
-// The core's radix-64 text: the alphabet of RFC 4648 with the bits of each 3-byte group taken least
-// significant first, so that neither direction agrees with RFC base64. Both routines need a length
-// above 0.
+// The core's radix-64 text. It shares the alphabet with RFC 4648 and nothing else: a group of three
+// bytes is a little-endian number, whose lowest six bits are the first character. Neither routine
+// may be given a length of 0.
 
 /// Writes 4 * ceil(length / 3) characters for `length` bytes, without a terminator, and returns
 /// their number.
 ///
-/// Up to 3 bytes behind the input are read and must be readable. When `length` is not a multiple of
-/// 3, the high bits of the last character before the padding come from the byte behind the input;
-/// decoding drops them.
+/// Up to 3 bytes behind the input are read and must be readable. In an incomplete group, the byte
+/// that follows the input fills up the character before the padding; decoding drops those bits.
 std::uint64_t coreBase64Encode(const std::uint8_t* input, std::uint64_t length, char* output);
 
 /// Decodes `length` characters and returns the number of bytes that they stand for: three a group,

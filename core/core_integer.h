@@ -12,10 +12,10 @@ inline constexpr std::uint32_t integerLimbRoom = 256;
 /// Bit of `lengthAndSign` that marks a negative value.
 inline constexpr std::uint32_t integerSignBit = 0x80000000;
 
-/// Signed multi-word integer; plain data that is copied and discarded like any value.
+/// Integer of any sign in limbs of 64 bits: a plain value, copied by assignment.
 ///
-/// Limbs above the length are zero. A value is normal when its top limb is not zero; arithmetic
-/// yields normal values unless an operation says otherwise.
+/// Whoever writes one keeps the limbs above the length zero. A value whose top limb in use is not
+/// zero is called normal; results are, where the operation does not say otherwise.
 struct CoreInteger {
     std::uint32_t lengthAndSign = 0;  ///< bits 0-30: limbs in use; bit 31: negative; zero is 0
     std::uint32_t capacity = 0;       ///< limbs that integerClear zeroes, at most integerLimbRoom

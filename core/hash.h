@@ -12,14 +12,14 @@ inline constexpr std::size_t md5DigestSize = 16;
 // Each hash is one call over one buffer, keeps no state, cannot fail and may run concurrently with
 // itself. Nothing is read when `length` is 0, so `data` may then be null.
 //
-// Whole blocks are counted in the low 32 bits of `length`: for messages of 4 GiB or more the blocks
-// above them are skipped, the remainder follows where the shortened run stopped, and the padding
-// states the true bit count. Digests of shorter messages are the published ones.
+// Digests of messages below 4 GiB are the published ones. Of a longer message, 4 GiB are left out
+// for each time that they fit: blocks are counted in the low 32 bits of `length`, the remainder is
+// taken from behind the blocks that were counted, and the padding tells the whole length in bits.
 
 /// SHA-256 of `length` bytes (FIPS 180-4), written to the 32 bytes at `out`.
 ///
-/// The state words are stored little-endian, without a final byte swap: each group of four bytes of
-/// the published digest stands reversed. The random generator keeps its seed in this form.
+/// The eight words of the result stand as the machine stores them: against the published digest,
+/// each group of four bytes is reversed. The random generator keeps its seed in this form.
 void sha256Digest(const std::uint8_t* data, std::uint64_t length, std::uint8_t* out);
 
 /// RIPEMD-160 of `length` bytes (Dobbertin, Bosselaers, Preneel, 1996), written to the 20 bytes at

@@ -7,12 +7,12 @@
 
 namespace core {
 
-// Arithmetic of CoreInteger. No operation checks or grows `capacity`: the caller provides room for
-// every result, within integerLimbRoom. A result is a third object, distinct from the operands,
-// unless the operation says otherwise. Nothing runs in constant time and nothing is wiped.
+// Arithmetic of CoreInteger. Room is the caller's care, for results too: nothing looks at
+// `capacity` but integerClear, and nothing may outgrow integerLimbRoom. Where an operation has a
+// result of its own, no operand may be that object. Time depends on the values, and none is wiped.
 
-/// A new zero value whose `capacity` is the number of limbs that hold `bits` bits; to be given back
-/// with `integerRelease`.
+/// A new zero value whose `capacity` is the number of limbs that hold `bits` bits, 16384 at the
+/// most; to be given back with `integerRelease`.
 CoreInteger* integerAlloc(std::uint64_t bits);
 
 void integerRelease(CoreInteger* value);
@@ -61,10 +61,12 @@ void integerImport(const std::uint8_t* stored, CoreInteger& value);
 /// Drops the zero limbs at the top, and the sign with them.
 void integerNormalise(CoreInteger& value);
 
-/// result := a + b.
+/// result := a + b. The sum of two magnitudes is as long as the longer one, zero top limbs
+/// included, or longer by a carry.
 void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
-/// result := a - b.
+/// result := a - b. Zero top limbs of an operand make it count as the greater; the difference
+/// drops them, unless nothing was subtracted.
 void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
 /// result := a * b, schoolbook. Accepts operands with zero top limbs; the result is normal.
@@ -78,10 +80,10 @@ void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quot
 
 /// result := a mod modulus, for a non-negative `a`; a null `result` means `a` itself.
 ///
-/// When `a` exceeds the modulus and has its bit length, no copy is taken: the subtractions run in
-/// `a`, which then holds the remainder too. A value below the modulus is copied as it stands, with
-/// its zero top limbs; so is a negative `a`, which comes back negative. A zero modulus leaves
-/// `result` as it was.
+/// A normal `a` above the modulus, but of the same bit length, is itself reduced: afterwards it
+/// holds the remainder as `result` does. Any other `a` survives. A value below the modulus is
+/// copied as it stands, with its zero top limbs; so is a negative `a`, which comes back negative.
+/// Elsewhere zero top limbs are ignored. A zero modulus leaves `result` as it was.
 void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* result);
 
 /// value := value * 2^count, in place; of negative values only with a count below 64.
@@ -92,9 +94,9 @@ void integerShiftRight(CoreInteger& value, std::uint64_t count);
 
 /// Keeps the low `count` bits, in place, and drops the sign.
 ///
-/// The length becomes that of `count` bits even when the value had fewer limbs, less one when the
-/// count is no multiple of 64 and its top limb is zero: 5 truncated to 192 bits has length 3. This
-/// is the one arithmetic result that need not be normal; addition and multiplication accept it.
+/// Zero stays zero. Any other value gets the length of `count` bits, though it may have had fewer
+/// limbs, less one limb when the count is no multiple of 64 and the top limb is zero: 5 truncated
+/// to 192 bits has length 3. Such a result may go into additions and multiplications.
 void integerTruncate(CoreInteger& value, std::uint64_t count);
 
 /// result := the inverse of a modulo modulus, and true; zero and false when there is none. Zero top

@@ -78,6 +78,9 @@ void subtractMagnitudes(const CoreInteger& a, const CoreInteger& b, CoreInteger&
 
     const std::uint32_t aCount = integerLimbCount(a);
     const std::uint32_t bCount = integerLimbCount(b);
+    if (bCount == 0) {
+        return;
+    }
     std::uint64_t borrow = 0;
     for (std::uint32_t i = 0; i < aCount && (i < bCount || borrow != 0); ++i) {
         const std::uint64_t subtrahend = i < bCount ? b.limbs[i] : 0;

@@ -26,7 +26,8 @@ void montgomeryTeardown();
 
 /// result := a * b modulo the modulus of the setup, which is given again; one Montgomery reduction.
 ///
-/// `a` is taken modulo the modulus, `b` must lie below it. Both may have zero top limbs.
+/// `a` may be any non-negative value; `b` at most a few times the modulus, since the reduction ends
+/// with one subtraction. Both may have zero top limbs.
 void modularProduct(const CoreInteger& a, const CoreInteger& b, const CoreInteger& modulus,
                     CoreInteger& result);
 

@@ -10,7 +10,7 @@ namespace core {
 /// Bit of `CurvePoint::flags` that marks the point at infinity.
 inline constexpr std::uint64_t pointInfinity = 1;
 
-/// Affine point of a curve. It refers to its coordinates; at infinity they carry no meaning.
+/// Point in affine coordinates, to which it refers. At infinity they stand for nothing.
 struct CurvePoint {
     FieldElement* x = nullptr;
     FieldElement* y = nullptr;
@@ -23,9 +23,8 @@ struct CurveCoefficients {
     const FieldElement& b;
 };
 
-/// A curve with the base point of the subgroup in which signatures are computed. It refers to
-/// values that outlive it and is trusted: nothing checks that the base point is on the curve or of
-/// the order.
+/// A curve and the base point of its signatures. The values that it refers to must outlive it. It
+/// is trusted: nothing checks that the base point is on the curve or of the order.
 struct CurveDomain {
     std::uint64_t degree;                     ///< m, the degree of the field
     const FieldElement& reductionPolynomial;  ///< f(z), with its bit m set

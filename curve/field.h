@@ -45,7 +45,7 @@ bool fieldIsOne(const FieldElement& e);
 /// -1, 0 or 1: the degrees are compared first, then the W words as one unsigned number.
 int fieldCompare(const FieldElement& a, const FieldElement& b);
 
-/// Index of the highest set bit of the low W words; 0 for the values 1 and 0 alike.
+/// Degree of the polynomial in the low W words; 0 for the zero polynomial as well.
 std::uint64_t fieldDegree(const FieldElement& e);
 
 /// out := a + b over W words, with a's degree; higher words of `out` stay. Returns 1.
@@ -57,8 +57,8 @@ int fieldAddTo(FieldElement& a, const FieldElement& b);
 /// Shifts the words 0 to W left by one bit.
 void fieldShiftLeftOne(FieldElement& e);
 
-/// Shifts the words 0 to W - 1 right by one bit, taking in bit 0 of word W; of word W itself only
-/// the low 32 bits are shifted.
+/// Divides the low W words by z, with the lowest bit of word W moving in at their top. Of word W,
+/// the lower half is divided by itself and the upper half stays.
 void fieldShiftRightOne(FieldElement& e);
 
 /// Fills the element's ceil(m / 32) 32-bit words from `hostRandomBytes` and shifts the top one

@@ -19,8 +19,8 @@ void removeFactorsOfZ(FieldElement& value, FieldElement& factor, const FieldElem
 
 void fieldDivide(const FieldElement& a, const FieldElement& b, FieldElement& out,
                  const FieldElement& f) {
-    // The binary inversion algorithm (Guide to Elliptic Curve Cryptography, algorithm 2.49) with
-    // the numerator in place of 1: b * g1 = a * u and b * g2 = a * v modulo f throughout.
+    // Guide to Elliptic Curve Cryptography, algorithm 2.49, begun with a where it has 1:
+    // throughout, b * g1 = a * u and b * g2 = a * v modulo f.
     const std::uint64_t degree = f.degree;
     const FieldTemporary u(fieldNew(degree));
     const FieldTemporary v(fieldNew(degree));

@@ -11,10 +11,11 @@ namespace core {
 /// Products of elements fit for degrees up to 448.
 inline constexpr std::size_t fieldWordRoom = 14;
 
-/// Element of GF(2^m) in polynomial basis: bit i of `words` is the coefficient of z^i. Plain data.
+/// Polynomial over GF(2) that stands for an element of GF(2^m): bit i of `words`, counted through
+/// the words, belongs to z^i. A plain value.
 ///
-/// With W = ceil(m / 64), a reduced element has all bits at and above m clear; an unreduced product
-/// or square fills up to 2W words.
+/// Reduced means of a degree below m, in W = ceil(m / 64) words. Products and squares come out
+/// twice as long.
 struct FieldElement {
     std::uint64_t degree = 0;                          ///< m; 163 throughout the program
     std::uint64_t capacity = 0;                        ///< bytes of `words` in use, a multiple of 8

@@ -7,13 +7,12 @@
 
 namespace core {
 
-// The group law of y^2 + xy = x^3 + a*x^2 + b over GF(2^m) in affine coordinates, and the scalar
-// multiplications built on it. `f` is the reduction polynomial. The coordinates of `out` must exist
-// (`pointNew`), and `out` must be a different record from the operands. No operation checks that a
-// point is on the curve; the result for one that is not has no meaning, but every operation
-// returns. Nothing runs in constant time.
+// Affine points of y^2 + xy = x^3 + a*x^2 + b over GF(2^m): their group law and multiples. `f` is
+// the reduction polynomial. `out` must have its coordinates (`pointNew`) and must not be an
+// operand. Points off the curve are not detected; operations on them end, with results without
+// meaning. Time depends on the values.
 
-/// Gives `P` two new elements of this degree, x first, and no flags.
+/// Makes the coordinates of `P`, x first, as new elements of this degree, and clears its flags.
 void pointNew(std::uint64_t degree, CurvePoint& P);
 
 /// Releases y, then x, and zeroes all three fields.

@@ -15,12 +15,9 @@ constexpr unsigned digitsInWord = 32;
 constexpr unsigned digitPlus = 1;
 constexpr unsigned digitMinus = 3;
 
-/// Adds 1 to the W words of `t`; a carry out of them is lost.
+/// Adds 1; the carry may run into the word above the W words of `t`, which is zero before.
 void increment(FieldElement& t) {
-    for (std::size_t i = 0; i < fieldWords(t.degree); ++i) {
-        if (++t.words[i] != 0) {
-            return;
-        }
+    for (std::size_t i = 0; ++t.words[i] == 0; ++i) {
     }
 }
 

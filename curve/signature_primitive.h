@@ -8,26 +8,27 @@
 
 namespace core {
 
-// ECDSA (ANSI X9.62, FIPS 186-4) with RIPEMD-160 on the domain's curve and base point, with these
-// departures: the 20 digest bytes are read as a little-endian number, the first byte being the
-// least significant; the public point is not validated. The core must have been started. Two
-// operations must never run at the same time, since they share the MontgomeryContext.
+// ECDSA (ANSI X9.62, FIPS 186-4) with RIPEMD-160 on the domain's curve and base point. It departs
+// from the publications in how a digest becomes the number e: its 20 bytes count from the least
+// significant one. Public points are used unchecked. The core must have been started, and only one
+// operation may run at a time, because of the one MontgomeryContext.
 
 /// Attempts at a signature without a zero half before signing gives up.
 inline constexpr int signatureAttemptLimit = 32;
 
 /// Signs `length` bytes: r = x(k * G) mod n and s = (e + d * r) / k mod n with a fresh nonce k.
 ///
-/// r and s need room for n. With a base point of order n a second attempt has a chance of 2^-160;
-/// an unsound one can make every attempt end in a zero half, and then r and s are both left zero.
+/// r and s need room for n. An attempt that ends in a zero half is followed by another. With a base
+/// point of order n that has a chance of about 2^-160; an unsound one can make it happen every
+/// time, and then r and s are both left zero.
 void curveSign(const CurveDomain& domain, const CoreInteger& privateScalar,
                const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair);
 
 /// Whether r and s are a signature of `length` bytes under the public point; 1 or 0.
 ///
-/// r or s of zero, or not below n, gives 0. The lengths of r and of the recomputed value are
-/// compared too: a signature whose point has an x below 2^128 gives 0, which meets one signature in
-/// 2^35.
+/// r or s of zero, or not below n, gives 0. The limb counts of r and of the recomputed value must
+/// agree too, and the latter keeps its zero top limbs: with a normal r, a signature whose point has
+/// an x below 2^128 gives 0, which meets one signature in 2^35.
 std::uint8_t curveVerify(const CurveDomain& domain, const CurvePoint& publicPoint,
                          const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair);
 

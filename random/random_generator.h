@@ -7,16 +7,17 @@
 
 #include "random/recursive_mutex.h"
 
-/// Counter-driven hash generator with a state of 64 bytes: the one source of random bytes.
+/// Where all random bytes of the program come from: each step counts up, hashes the 64 bytes of
+/// state and folds the digest into them.
 ///
-/// It is seeded at construction and never reseeds by itself; a forked child continues its parent's
-/// stream. Its operations may be called from several threads; each step takes the lock for itself.
-/// Where both locks are held, `entropyLock` is taken first.
+/// Construction seeds it, and no later event does; after a fork, parent and child go on alike.
+/// Several threads may use one generator, and their steps may interleave. A thread that needs both
+/// locks takes `entropyLock` before `stateLock`.
 struct RandomGenerator {
     /// Bytes that `addEntropy` and `addEntropyByte` fill the pool up to.
     static constexpr std::size_t poolLimit = 2048;
 
-    std::vector<std::uint8_t> entropyPool;  ///< bytes that wait to be mixed into the state
+    std::vector<std::uint8_t> entropyPool;  ///< collected for the next seeding
     RecursiveMutex entropyLock;             ///< guards `entropyPool`
 
     /// Bytes 0-7: `generatorCounter`; 8-27: RIPEMD-160 of the seed; 28-59: SHA-256 of the seed, in
@@ -27,12 +28,12 @@ struct RandomGenerator {
     /// A generator seeded with `seedFromSystem`.
     RandomGenerator();
 
-    /// The process-wide generator, made at the first call and never destroyed. Two threads in a
-    /// first call could each make one.
+    /// The one generator of the process, which the first call makes and nothing destroys. That call
+    /// is not guarded against a second thread.
     static RandomGenerator& instance();
 
-    /// Fills `length` bytes at `buffer`: one step for each group of four, stored little-endian, and
-    /// one more for a rest, of which the low bytes are used. A length of 0 takes no step.
+    /// Writes `length` bytes to `buffer`, four from each step, least significant first; of the last
+    /// step as many as are missing.
     void fillBytes(void* buffer, std::uint64_t length);
 
     std::uint32_t next32();
@@ -56,13 +57,13 @@ struct RandomGenerator {
     /// Appends a byte to the pool, or drops it when the pool holds `poolLimit` bytes or more.
     void addEntropyByte(std::uint8_t byte);
 
-    /// Appends as many bytes as fit below `poolLimit`; drops the rest.
+    /// `addEntropyByte` for each of the bytes.
     void addEntropy(const void* data, std::uint64_t length);
 
     /// Resets the state, seeds it from the pool and empties the pool.
     void mixPool();
 
-    /// Zeroes the state, counter included.
+    /// Sets all 64 bytes of state to zero.
     void clearState();
 
 private:
