@@ -37,7 +37,7 @@ inline bool pointIsInfinity(const CurvePoint& P) {
     return (P.flags & pointInfinity) != 0;
 }
 
-/// Copies the flags, and the coordinates unless the point is at infinity.
+/// out := P. At infinity only the flags are copied.
 void pointCopy(const CurvePoint& P, CurvePoint& out);
 
 /// P := -P, that is y := y + x.
@@ -45,8 +45,8 @@ void pointNegate(CurvePoint& P);
 
 /// 1 when the points are the same, -1 when each is the negative of the other, 0 otherwise.
 ///
-/// The top word of y alone tells P from -P: when the top word of x is zero, the negative of a point
-/// compares as the point itself.
+/// P and -P are told apart by the top word of y alone. They agree in it when x has a zero top word,
+/// and then -P counts as the same point.
 int pointCompare(const CurvePoint& P, const CurvePoint& Q);
 
 /// out := P + Q. At infinity, the coordinates of `out` are those of before.

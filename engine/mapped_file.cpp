@@ -77,7 +77,7 @@ bool MappedFile::close() {
     return true;
 }
 
-std::span<const std::uint8_t> mapWholeFile(MappedFile& file, const char* path) {
+std::span<const std::uint8_t> mapInputFile(MappedFile& file, const char* path) {
     if (!file.open(path)) {
         return {};
     }

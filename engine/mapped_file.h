@@ -5,7 +5,7 @@
 
 /// Read-only private mapping of a file, with its descriptor. One thread owns it.
 ///
-/// Only the low 32 bits of the file's size are ever looked at, as a signed number. Another process
+/// The size of a file counts modulo 2^32, and half of these values as negative. Another process
 /// that shortens the file while it is read ends this one with a bus error.
 struct MappedFile {
     std::int32_t descriptor = -1;           ///< -1 when closed
@@ -15,7 +15,8 @@ struct MappedFile {
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
 
-    /// Releases the mapping and the descriptor; failures are ignored.
+    /// Ends the mapping and closes the descriptor, ignoring failures; does nothing once the
+    /// descriptor is closed.
     ~MappedFile();
 
     /// Opens read-only. False when the object has a descriptor or a mapping already, which then
@@ -29,7 +30,8 @@ struct MappedFile {
     /// be mapped.
     bool map();
 
-    /// Ends the mapping. False when there is none or the system refuses.
+    /// Ends the mapping. False when there is none, when the descriptor is closed or `size` gives 0
+    /// by now, so that its length is not known, or when the system refuses.
     bool unmap();
 
     /// Closes the descriptor and leaves a mapping in place. False when closed.
@@ -38,4 +40,4 @@ struct MappedFile {
 
 /// Opens and maps the file at `path`; the bytes stay valid as long as `file`. Empty when the file
 /// cannot be opened or mapped, or when its size, taken as 32 bits with a sign, is not positive.
-std::span<const std::uint8_t> mapWholeFile(MappedFile& file, const char* path);
+std::span<const std::uint8_t> mapInputFile(MappedFile& file, const char* path);

@@ -35,7 +35,7 @@ bool signFile(const char* projectPath, const char* filePath, char* signature) {
         return false;
     }
     MappedFile file;
-    const std::span<const std::uint8_t> bytes = mapWholeFile(file, filePath);
+    const std::span<const std::uint8_t> bytes = mapInputFile(file, filePath);
     return signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature);
 }
 

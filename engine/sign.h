@@ -8,11 +8,11 @@
 
 // The steps of `signData` behind the loading of the project.
 
-/// From a loaded project to the text; `data` and `signature` as in `signData`.
+/// Signs under the key of a loaded project; `data` and `signature` as in `signData`.
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                     char* signature);
 
-/// From key values to the text.
+/// Signs with these key values and writes the text.
 ///
 /// With L the larger of the byte lengths of r and s, the L bytes of r and then those of s, each
 /// least significant first, become the core's radix-64 text, without a terminator. A pair of zeros,

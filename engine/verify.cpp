@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t longestText = 128;
 
-/// Two halves of 21 bytes, enough for values below the order.
+/// Bytes of two numbers below the order, which has 163 bits.
 constexpr std::uint64_t longestSignature = 42;
 
 /// Reads `bytes` bytes as a number. Of its zero limbs at the top one at most is dropped.
@@ -45,7 +45,7 @@ bool verifyFile(const char* projectPath, const char* filePath, const char* signa
         return false;
     }
     MappedFile file;
-    const std::span<const std::uint8_t> bytes = mapWholeFile(file, filePath);
+    const std::span<const std::uint8_t> bytes = mapInputFile(file, filePath);
     return verifyData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
                       signature);
 }

@@ -7,16 +7,16 @@
 
 // The steps of `verifyData` behind the loading of the project.
 
-/// From a loaded project to the answer.
+/// Whether the text verifies under the key of a loaded project.
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                       const char* signature);
 
-/// From key values and the text to the answer.
+/// Whether the text verifies under these points.
 ///
-/// False for a text that is empty, longer than 128 characters, or stands for more than 42 bytes or
-/// an odd number of them. Each half is read least significant byte first and may be padded with
-/// zeros at its high end. Texts are not compared: whatever decodes to the same halves is accepted,
-/// characters outside the alphabet included, which count as "A".
+/// False for a text that is empty, of incomplete groups or longer than 128 characters, or that
+/// stands for more than 42 bytes or an odd number of them. Each half is read least significant byte
+/// first and may be padded with zeros at its high end. Texts are not compared: whatever decodes to
+/// the same halves is accepted, characters outside the alphabet included, which count as "A".
 bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,
                         const core::CurvePoint& publicPoint, const core::CurvePoint& base,
                         const char* signature);

@@ -4,12 +4,11 @@
 #include <string_view>
 #include <vector>
 
-/// Decodes request data written in base64 into `out`, which must be empty; false, with `out`
-/// without meaning, when the text is empty, its length is no multiple of four, it has a character
-/// outside the alphabet, or "=" stands anywhere but at the end.
+/// Decodes request data written in base64 into `out`, which must be empty. Refused, with `out` left
+/// in any state: an empty text, incomplete groups of four, characters outside the alphabet, and "="
+/// anywhere but at the end of the last group, which may consist of nothing else.
 ///
-/// Text of more than one group decodes to the bytes of all groups but the last, one zero byte, and
-/// the bytes of the last group; text of one group to exactly its bytes. Signatures over data given
-/// as base64 are made over that zero byte too. A zero byte in the text counts as "A". Bits that
-/// fill no whole byte are dropped unseen.
+/// In front of the bytes of the last group stands one zero byte, if there are other groups before
+/// it; signatures over data given as base64 are made over that byte too. A zero byte in the text
+/// counts as "A". Bits that fill no whole byte are dropped unseen.
 bool base64Decode(std::string_view text, std::vector<std::uint8_t>& out);

@@ -26,10 +26,10 @@ std::uint64_t parseContentLength(std::string_view text);
 /// one are dropped; the last occurrence of a decoded name wins.
 void parseFormPairs(FormParameters& parameters, std::string_view text);
 
-/// Decodes "+" to a space and "%" with the two bytes behind it, or as many as are left, to one
-/// byte.
+/// Decodes "+" to a space, and a "%" with two bytes behind it to one byte; at the end of the text
+/// there may be fewer.
 ///
-/// The two bytes are read as a signed hexadecimal number by the rules of stream extraction (white
+/// These bytes are read as a signed hexadecimal number by the rules of stream extraction (white
 /// space and a sign in front, up to the first byte that is no digit, 0 if there is none); its low
 /// eight bits are the byte. Nothing is refused: "%zz" gives a zero byte, "%-1" the byte FF.
 std::string formDecode(std::string_view text);

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-/// The file name of `path` without its extension: what stands behind the last slash or backslash,
-/// up to the last dot if that lies there.
+/// The part of `path` behind the last slash or backslash, cut at the last dot if there is one in
+/// it.
 std::string fileStem(std::string_view path);
 
 /// Whether the program invoked by this path is a non-parsed-header program, which writes the HTTP

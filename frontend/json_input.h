@@ -8,7 +8,8 @@
 /// filled, when the body is absent or short, holds a zero byte, is no JSON object, or has a known
 /// member of a wrong type; a `signature` member that is no object is skipped.
 ///
-/// A CONTENT_LENGTH that is negative or beyond any string raises std::length_error.
+/// CONTENT_LENGTH is read by `parseDecimal`. A negative or very large one raises what
+/// `readRequestBody` raises.
 bool fillRecordFromJson(RequestRecord& record);
 
 /// The number written in `text`: an optional sign, digits, and nothing else; any other text gives

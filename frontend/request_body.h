@@ -19,6 +19,6 @@ struct RequestBody {
 /// Reads up to `length` bytes in one read of the standard library, which waits for a body that
 /// arrives in pieces and takes nothing behind it. Memory is touched only as far as bytes arrive.
 ///
-/// Raises std::length_error when `length` + 1 is above the largest signed 64-bit value, and
-/// std::bad_alloc when there is no memory for it; nothing in the program catches either.
+/// Raises std::length_error for 2^63 - 1 bytes or more, and std::bad_alloc when there is no memory
+/// for the body; either ends the process.
 RequestBody readRequestBody(std::uint64_t length);

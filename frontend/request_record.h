@@ -7,7 +7,7 @@
 /// The operation that a request asks for.
 enum class RequestMode : std::uint32_t { none, generateSignature, verifySignature };
 
-/// How a text is written. `none` means that no known word was given.
+/// How a text is written. `none` stands for all words but the four.
 enum class TextEncoding : std::uint32_t {
     none = 0,
     plain = 1,

@@ -22,9 +22,9 @@ extern bool nphOutput;
 
 /// Writes the whole response to standard output.
 ///
-/// A body of length 0 is answered by the first line, carriage return and two line feeds alone. The
-/// announced length is formatted as a signed 32-bit number; the text ends at its first zero byte.
-/// Output errors are not looked at.
+/// Without a body, the first line is followed by a carriage return and two line feeds, and that is
+/// all. Of the announced length only 32 bits are printed, as a signed number; the text ends at its
+/// first zero byte. A write that fails goes unnoticed.
 void writeResponse(const char* status, const char* contentType, const ResponseBody& body);
 
 // The four kinds of answer. A refusal gives -1, the exit status of the program.

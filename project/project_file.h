@@ -27,7 +27,7 @@ struct ProjectFile {
 
     // The attributes in memory.
 
-    /// Copies the value to `buffer`, whose rest stays as it was, and returns true. False, and
+    /// Copies the value to the start of `buffer` and tells nothing of its length. False, and
     /// nothing copied, when the id is absent or the value has more than `capacity` bytes.
     bool getAttribute(ProjectAttributeId id, void* buffer, std::uint32_t capacity) const;
 
@@ -60,8 +60,9 @@ struct ProjectFile {
     /// has another magic, a digest that differs, a short directory, an empty value or one that runs
     /// past the end; the table is then empty. Of two entries with one id the first is kept.
     ///
-    /// A file with an entry count of 0 loads as an empty table whatever else it holds, and the path
-    /// stays. Memory exhaustion passes as std::bad_alloc.
+    /// A file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
+    /// path; that of a populated table is emptied in any case. Memory exhaustion passes as
+    /// std::bad_alloc.
     bool load(const char* filePath);
 
     /// Makes or truncates the file so that it holds an empty project: the magic and 20 zero bytes.

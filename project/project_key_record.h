@@ -36,8 +36,8 @@ struct ProjectKeyRecord {
     /// counts even when all its limbs are zero.
     bool hasPrivateScalar() const;
 
-    /// Whether the public point's coordinates have the same degree and it is not zero; the words
-    /// are not looked at.
+    /// Whether 75 and 76 were loaded with one and the same bit count. That alone makes a public
+    /// point here, zero bits or not.
     bool hasPublicPoint() const;
 
     /// Copies key values to the outputs that are not null. The four coordinates, the base point's
