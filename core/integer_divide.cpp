@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
 
@@ -53,6 +55,8 @@ void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quot
     const IntegerTemporary scratch(integerAlloc(temporaryBits));
     const std::uint64_t topBit = integerBitLength(*remainder) - integerBitLength(*divisor);
     integerShiftLeft(*divisor, topBit);
+    const auto quotientLimbs = static_cast<std::uint32_t>(topBit / limbBits + 1);
+    std::fill_n(quotient.limbs.begin(), quotientLimbs, 0);
     for (std::uint64_t bit = topBit + 1; bit-- > 0;) {
         if (compareMagnitudes(*remainder, *divisor) >= 0) {
             subtractInPlace(*remainder, *divisor, *scratch);
@@ -60,7 +64,7 @@ void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quot
         }
         integerShiftRight(*divisor, 1);
     }
-    integerTrim(quotient, static_cast<std::uint32_t>(topBit / limbBits + 1));
+    integerTrim(quotient, quotientLimbs);
     if (integerIsNegative(a) != integerIsNegative(b)) {
         integerMarkNegative(quotient);
     }

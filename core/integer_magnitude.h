@@ -8,7 +8,7 @@ namespace core {
 
 // What the integer family shares below its signed operations.
 
-__extension__ typedef unsigned __int128 DoubleLimb;
+__extension__ typedef unsigned __int128 DoubleLimb;  // NOLINT(modernize-use-using)
 
 inline std::uint32_t integerLimbCount(const CoreInteger& value) {
     return value.lengthAndSign & ~integerSignBit;

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
 
@@ -10,6 +12,8 @@ void integerMultiply(const CoreInteger& a, const CoreInteger& b, CoreInteger& re
     if (aCount == 0 || bCount == 0) {
         return;
     }
+    // The sums begin at zero whatever the capacity of the result says.
+    std::fill_n(result.limbs.begin(), aCount + bCount, 0);
     for (std::uint32_t i = 0; i < aCount; ++i) {
         std::uint64_t carry = 0;
         for (std::uint32_t j = 0; j < bCount; ++j) {

@@ -15,7 +15,7 @@ consteval std::uint64_t digitValue(char digit) {
         return static_cast<std::uint64_t>(digit - '0');
     }
     if (digit >= 'A' && digit <= 'F') {
-        return static_cast<std::uint64_t>(digit - 'A' + 10);
+        return static_cast<std::uint64_t>(digit - 'A') + 10;
     }
     throw "no hexadecimal digit";
 }

@@ -42,6 +42,7 @@ std::vector<ProjectAttributeId> ProjectFile::attributeIds() const {
     return ids;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): moved from
 bool ProjectFile::insertAttribute(ProjectAttributeId id, std::vector<std::uint8_t> bytes) {
     return attributes.try_emplace(id, std::move(bytes)).second;
 }
