@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that are missing, by what they are for:
+#
+#   scripts/install-packages.sh PURPOSE...      build, serve, test, lint or coverage
+#
+# Says nothing when all of them are there.
+set -euo pipefail
+
+declare -A packages=(
+    [build]="g++ cmake ninja-build nlohmann-json3-dev"
+    [serve]="lighttpd curl"
+    [test]="libgtest-dev libssl-dev openssl valgrind python3 lighttpd curl"
+    [lint]="clang-14 clang-format-14 clang-tidy-14"
+    [coverage]="gcovr"
+)
+
+fail() {
+    echo "install-packages: $*" >&2
+    exit 1
+}
+
+missing=()
+for purpose in "$@"; do
+    [[ -n ${packages[$purpose]:-} ]] || fail "no packages are listed for '$purpose'"
+    for package in ${packages[$purpose]}; do
+        status=$(dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null) || status=
+        [[ $status == ?i* || " ${missing[*]} " == *" $package "* ]] || missing+=("$package")
+    done
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+    command -v sudo >/dev/null || fail "as root, run: apt-get install ${missing[*]}"
+    as_root=(sudo)
+fi
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+echo "Installing ${missing[*]}"
+# A server that comes as a package would start at once, on a port open to the network. The policy
+# file says no to that while packages are installed.
+"${as_root[@]}" bash -s -- "${missing[@]}" >"$log" 2>&1 <<'INSTALL' || {
+set -euo pipefail
+policy=/usr/sbin/policy-rc.d
+if [[ ! -e $policy ]]; then
+    trap 'rm -f "$policy"' EXIT
+    printf '#!/bin/sh\nexit 101\n' >"$policy"
+    chmod 755 "$policy"
+fi
+apt-get update
+DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@" </dev/null
+INSTALL
+    cat "$log" >&2
+    fail "apt-get could not install ${missing[*]}"
+}

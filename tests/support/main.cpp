@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/support/random_operands.h"
+
+namespace {
+
+/// Seeds the random operands for each test and names the seed where a test fails.
+class SeedReporter : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { testRandom().seed(testSeed()); }
+
+    void OnTestEnd(const testing::TestInfo& test) override {
+        if (test.result()->Failed()) {
+            std::printf("seed of the random operands: SIGN_TEST_SEED=%llu\n",
+                        static_cast<unsigned long long>(testSeed()));
+        }
+    }
+};
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+    testing::InitGoogleTest(&argumentCount, arguments);
+    testing::Test::RecordProperty("seed", std::to_string(testSeed()));
+    testing::UnitTest::GetInstance()->listeners().Append(new SeedReporter);
+    return RUN_ALL_TESTS();
+}

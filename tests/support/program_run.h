@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/support/environment.h"
+
+/// How a program is started, and what it gets on standard input.
+struct ProgramCall {
+    std::string path;
+    std::vector<std::string> arguments;  ///< the whole argument vector; it may be empty
+    Environment environment;             ///< all of it
+
+    /// Where standard input comes from.
+    enum class Input {
+        pieces,  ///< a pipe that gets `pieces` and is closed
+        held,    ///< a pipe that gets `pieces` and stays open until the program ends
+        given,   ///< `inputDescriptor`
+        closed,  ///< the program starts without one
+    };
+    Input input = Input::pieces;
+    std::vector<std::string> pieces;  ///< written with a pause between them
+    int inputDescriptor = -1;
+
+    int outputDescriptor = -1;  ///< standard output if it is not to be collected
+    std::chrono::seconds limit{60};
+};
+
+/// How a program ended.
+struct ProgramEnd {
+    std::string output;
+    std::string errors;
+    int status = -1;               ///< exit status; -1 if a signal ended the program
+    int signal = 0;                ///< that signal
+    bool timedOut = false;         ///< it was killed at the limit
+    std::uint64_t peakMemory = 0;  ///< bytes of memory at most in use, at least those of the caller
+};
+
+/// Runs a program to its end. It writes no core dump.
+ProgramEnd runProgram(const ProgramCall& call);

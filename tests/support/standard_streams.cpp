@@ -1,0 +1,71 @@
+#include "tests/support/standard_streams.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+
+/// Puts `descriptor` in the place of `standard` and returns what stood there.
+int exchange(int standard, int descriptor) {
+    const int saved = ::dup(standard);
+    if (saved == -1 || ::dup2(descriptor, standard) == -1) {
+        throw std::runtime_error("cannot redirect a standard stream");
+    }
+    ::close(descriptor);
+    return saved;
+}
+
+}  // namespace
+
+ScopedInput::ScopedInput(std::string_view bytes)
+    : saved(exchange(STDIN_FILENO, anonymousFile(bytes))), size(bytes.size()) {
+    std::clearerr(stdin);
+}
+
+ScopedInput::~ScopedInput() {
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+    std::clearerr(stdin);
+}
+
+std::size_t ScopedInput::left() const {
+    return size - static_cast<std::size_t>(::lseek(STDIN_FILENO, 0, SEEK_CUR));
+}
+
+std::string capturedOutput(const std::function<void()>& action) {
+    const int file = anonymousFile("");
+    (void)std::fflush(stdout);
+    const int saved = exchange(STDOUT_FILENO, ::dup(file));
+    action();
+    (void)std::fflush(stdout);
+    ::dup2(saved, STDOUT_FILENO);
+    ::close(saved);
+    std::string content = fileContent(file);
+    ::close(file);
+    return content;
+}
+
+int anonymousFile(std::string_view bytes) {
+    const int descriptor = ::memfd_create("bytes", MFD_CLOEXEC);
+    if (descriptor == -1 ||
+        ::pwrite(descriptor, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+        throw std::runtime_error("cannot make an anonymous file");
+    }
+    return descriptor;
+}
+
+std::string fileContent(int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        throw std::runtime_error("cannot look at a file");
+    }
+    std::string content(static_cast<std::size_t>(status.st_size), '\0');
+    if (::pread(descriptor, content.data(), content.size(), 0) != status.st_size) {
+        throw std::runtime_error("cannot read a file");
+    }
+    return content;
+}

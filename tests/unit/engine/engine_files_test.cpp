@@ -1,0 +1,104 @@
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/support/failing_calls.h"
+#include "tests/support/random_operands.h"
+#include "tests/support/signature_text.h"
+#include "tests/unit/engine/engine_test.h"
+
+namespace {
+
+class EngineFiles : public EngineTest {
+protected:
+    const ProjectKey key = randomProjectKey();
+    const std::string projectPath = project(key);
+    const Bytes content = randomBytes(5000);
+    const std::string file = folder.write("file", content);
+};
+
+TEST_F(EngineFiles, AreSignedAsTheirContent) {
+    seedNonces(11);
+    const std::string ofData = signedText(projectPath, content);
+    seedNonces(11);
+    EXPECT_EQ(signedFileText(projectPath, file), ofData);
+    EXPECT_TRUE(judgeAccepts(key, content, readSignatureText(ofData)));
+}
+
+TEST_F(EngineFiles, AreVerifiedAsTheirContent) {
+    const std::string text = signedText(projectPath, content);
+    EXPECT_TRUE(fileVerifies(projectPath, file, text));
+    EXPECT_TRUE(fileVerifies(projectPath, folder.write("other name", content), text));
+    Bytes changed = content;
+    changed.back() ^= 1;
+    EXPECT_FALSE(fileVerifies(projectPath, folder.write("changed", changed), text));
+    changed.back() ^= 1;
+    changed.push_back(0);
+    EXPECT_FALSE(fileVerifies(projectPath, folder.write("longer", changed), text));
+}
+
+TEST_F(EngineFiles, MayHaveOneByteOrAPageOfThem) {
+    for (const std::size_t size : {1U, 4095U, 4096U, 4097U}) {
+        const Bytes bytes = randomBytes(size);
+        const std::string path = folder.write("sized", bytes);
+        const std::string text = signedFileText(projectPath, path);
+        EXPECT_TRUE(judgeAccepts(key, bytes, readSignatureText(text))) << size << " bytes";
+        EXPECT_TRUE(fileVerifies(projectPath, path, text)) << size << " bytes";
+    }
+}
+
+TEST_F(EngineFiles, AreRefusedWhenTheyCannotBeMapped) {
+    const std::string fifo = folder.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const std::string text = signedText(projectPath, content);
+    for (const std::string& bad :
+         {folder.write("empty", {}), folder.file("missing"), folder.path(), fifo, std::string()}) {
+        EXPECT_EQ(signedFileText(projectPath, bad), "") << bad;
+        EXPECT_FALSE(fileVerifies(projectPath, bad, text)) << bad;
+    }
+}
+
+TEST_F(EngineFiles, AreRefusedUnderAProjectThatDoesNotLoad) {
+    const std::string text = signedText(projectPath, content);
+    EXPECT_EQ(signedFileText(folder.file("missing"), file), "");
+    EXPECT_FALSE(fileVerifies(folder.file("missing"), file, text));
+    EXPECT_EQ(signedFileText(folder.file("missing"), folder.file("missing")), "");
+}
+
+TEST_F(EngineFiles, NeedPathsAndText) {
+    const std::string text = signedText(projectPath, content);
+    SignatureBuffer buffer{};
+    EXPECT_FALSE(signFile(nullptr, file.c_str(), buffer.data()));
+    EXPECT_FALSE(signFile(projectPath.c_str(), nullptr, buffer.data()));
+    EXPECT_FALSE(signFile(projectPath.c_str(), file.c_str(), nullptr));
+    EXPECT_EQ(buffer, SignatureBuffer{});
+    EXPECT_FALSE(verifyFile(nullptr, file.c_str(), text.c_str()));
+    EXPECT_FALSE(verifyFile(projectPath.c_str(), nullptr, text.c_str()));
+    EXPECT_FALSE(verifyFile(projectPath.c_str(), file.c_str(), nullptr));
+}
+
+TEST_F(EngineFiles, AreReleasedWithTheProject) {
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
+    };
+    const std::string text = signedFileText(projectPath, file);
+    const auto before = openFiles();
+    signedFileText(projectPath, file);
+    fileVerifies(projectPath, file, text);
+    fileVerifies(folder.file("missing"), file, text);
+    fileVerifies(projectPath, folder.path(), text);
+    EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(EngineFiles, TakeNoMemoryInProportionToTheirSize) {
+    const std::string large = folder.write("large", Bytes(4 << 20, 7));
+    ScopedFailingCalls calls;
+    SignatureBuffer buffer{};
+    EXPECT_TRUE(signFile(projectPath.c_str(), large.c_str(), buffer.data()));
+    EXPECT_TRUE(verifyFile(projectPath.c_str(), large.c_str(), buffer.data()));
+    EXPECT_GT(calls.largestRequest, 0U);
+    EXPECT_LT(calls.largestRequest, 64U << 10);
+}
+
+}  // namespace

@@ -1,0 +1,258 @@
+#include "engine/mapped_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+bool isOpen(int descriptor) {
+    return ::fcntl(descriptor, F_GETFD) != -1;
+}
+
+/// The line of the process's memory map that begins at this address, if there is one.
+std::optional<std::string> mappingAt(const std::uint8_t* address) {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    while (std::getline(maps, line)) {
+        if (std::stoull(line, nullptr, 16) == reinterpret_cast<std::uintptr_t>(address)) {
+            return line;
+        }
+    }
+    return std::nullopt;
+}
+
+class MappedFileTest : public testing::Test {
+protected:
+    TemporaryFolder folder;
+    const Bytes content = {'c', 'o', 'n', 't', 'e', 'n', 't'};
+    const std::string path = folder.write("file", content);
+    const std::string empty = folder.write("empty", {});
+};
+
+TEST_F(MappedFileTest, StartsClosed) {
+    MappedFile file;
+    EXPECT_EQ(file.descriptor, -1);
+    EXPECT_EQ(file.address, nullptr);
+    EXPECT_EQ(file.size(), 0U);
+    EXPECT_FALSE(file.map());
+    EXPECT_FALSE(file.unmap());
+    EXPECT_FALSE(file.close());
+    EXPECT_EQ(file.descriptor, -1);
+}
+
+TEST_F(MappedFileTest, OpensMapsUnmapsAndCloses) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    EXPECT_EQ(file.size(), content.size());
+    EXPECT_EQ(file.address, nullptr);
+    ASSERT_TRUE(file.map());
+    EXPECT_EQ(Bytes(file.address, file.address + content.size()), content);
+    EXPECT_EQ(file.size(), content.size());
+    const std::uint8_t* mapped = file.address;
+    EXPECT_TRUE(file.unmap());
+    EXPECT_EQ(file.address, nullptr);
+    EXPECT_FALSE(mappingAt(mapped).has_value());
+    const int descriptor = file.descriptor;
+    EXPECT_TRUE(isOpen(descriptor));
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(file.descriptor, -1);
+    EXPECT_FALSE(isOpen(descriptor));
+    EXPECT_FALSE(file.close());
+}
+
+TEST_F(MappedFileTest, MapsReadOnlyAndPrivate) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    ASSERT_TRUE(file.map());
+    const std::optional<std::string> mapping = mappingAt(file.address);
+    ASSERT_TRUE(mapping.has_value());
+    EXPECT_NE(mapping->find(" r--p "), std::string::npos) << *mapping;
+    EXPECT_EQ(::fcntl(file.descriptor, F_GETFL) & O_ACCMODE, O_RDONLY);
+}
+
+TEST_F(MappedFileTest, KeepsTheFirstOfTwoOpenedFiles) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    const int descriptor = file.descriptor;
+    EXPECT_FALSE(file.open(empty.c_str()));
+    EXPECT_EQ(file.descriptor, descriptor);
+    EXPECT_EQ(file.size(), content.size());
+}
+
+TEST_F(MappedFileTest, DoesNotOpenWhileAMappingStands) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    ASSERT_TRUE(file.map());
+    const std::uint8_t* mapped = file.address;
+    ASSERT_TRUE(file.close());
+    EXPECT_EQ(file.address, mapped);
+    EXPECT_EQ(Bytes(mapped, mapped + content.size()), content);
+    EXPECT_FALSE(file.open(path.c_str()));
+    EXPECT_EQ(file.descriptor, -1);
+    EXPECT_FALSE(file.map());
+    EXPECT_FALSE(file.unmap());
+    EXPECT_EQ(::munmap(const_cast<std::uint8_t*>(mapped), content.size()), 0);
+}
+
+TEST_F(MappedFileTest, OpensAgainOnceClosed) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(empty.c_str()));
+    ASSERT_TRUE(file.close());
+    EXPECT_TRUE(file.open(path.c_str()));
+    EXPECT_EQ(file.size(), content.size());
+}
+
+TEST_F(MappedFileTest, MapsOnce) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    ASSERT_TRUE(file.map());
+    const std::uint8_t* mapped = file.address;
+    EXPECT_FALSE(file.map());
+    EXPECT_EQ(file.address, mapped);
+    EXPECT_EQ(Bytes(mapped, mapped + content.size()), content);
+    EXPECT_TRUE(file.unmap());
+    EXPECT_FALSE(file.unmap());
+    EXPECT_TRUE(file.map());
+}
+
+TEST_F(MappedFileTest, FailsOnAPathThatCannotBeOpened) {
+    MappedFile file;
+    EXPECT_FALSE(file.open(folder.file("missing").c_str()));
+    EXPECT_EQ(file.descriptor, -1);
+    EXPECT_TRUE(file.open(path.c_str()));
+}
+
+TEST_F(MappedFileTest, DoesNotMapAnEmptyFile) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(empty.c_str()));
+    EXPECT_EQ(file.size(), 0U);
+    EXPECT_FALSE(file.map());
+    EXPECT_EQ(file.address, nullptr);
+}
+
+TEST_F(MappedFileTest, OpensAFolderThatCannotBeMapped) {
+    int descriptor = -1;
+    {
+        MappedFile file;
+        ASSERT_TRUE(file.open(folder.path().c_str()));
+        descriptor = file.descriptor;
+        EXPECT_FALSE(file.map());
+        EXPECT_EQ(file.address, nullptr);
+    }
+    EXPECT_FALSE(isOpen(descriptor));
+}
+
+TEST_F(MappedFileTest, OpensAFifoWithoutWaitingForAWriter) {
+    const std::string fifo = folder.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    MappedFile file;
+    EXPECT_TRUE(file.open(fifo.c_str()));
+    EXPECT_EQ(file.size(), 0U);
+    EXPECT_FALSE(file.map());
+}
+
+TEST_F(MappedFileTest, HasNoSizeWhenTheDescriptorIsNoFile) {
+    MappedFile file;
+    file.descriptor = 1 << 20;
+    EXPECT_EQ(file.size(), 0U);
+    EXPECT_FALSE(file.map());
+    std::uint8_t byte = 0;
+    file.address = &byte;
+    EXPECT_FALSE(file.unmap());
+    EXPECT_EQ(file.address, &byte);
+}
+
+TEST_F(MappedFileTest, KeepsTheMappingOfAFileThatIsEmptyByNow) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    ASSERT_TRUE(file.map());
+    ASSERT_EQ(::truncate(path.c_str(), 0), 0);
+    EXPECT_FALSE(file.unmap());
+    EXPECT_NE(file.address, nullptr);
+    ASSERT_EQ(::truncate(path.c_str(), 1), 0);
+    EXPECT_TRUE(file.unmap());
+}
+
+TEST_F(MappedFileTest, KeepsAMappingThatTheSystemRefusesToEnd) {
+    MappedFile file;
+    ASSERT_TRUE(file.open(path.c_str()));
+    ASSERT_TRUE(file.map());
+    ++file.address;
+    EXPECT_FALSE(file.unmap());
+    EXPECT_NE(file.address, nullptr);
+    --file.address;
+    EXPECT_TRUE(file.unmap());
+}
+
+TEST_F(MappedFileTest, ReleasesMappingAndDescriptorAtItsEnd) {
+    int descriptor = -1;
+    const std::uint8_t* mapped = nullptr;
+    {
+        MappedFile file;
+        ASSERT_TRUE(file.open(path.c_str()));
+        ASSERT_TRUE(file.map());
+        descriptor = file.descriptor;
+        mapped = file.address;
+    }
+    EXPECT_FALSE(isOpen(descriptor));
+    EXPECT_FALSE(mappingAt(mapped).has_value());
+}
+
+TEST_F(MappedFileTest, ClosesItsDescriptorEvenWhenTheMappingCannotEnd) {
+    int descriptor = -1;
+    const std::uint8_t* mapped = nullptr;
+    {
+        MappedFile file;
+        ASSERT_TRUE(file.open(path.c_str()));
+        ASSERT_TRUE(file.map());
+        descriptor = file.descriptor;
+        mapped = file.address;
+        ASSERT_EQ(::truncate(path.c_str(), 0), 0);
+    }
+    EXPECT_FALSE(isOpen(descriptor));
+    EXPECT_TRUE(mappingAt(mapped).has_value());
+    EXPECT_EQ(::munmap(const_cast<std::uint8_t*>(mapped), content.size()), 0);
+}
+
+TEST_F(MappedFileTest, LeavesAMappingWithoutDescriptorAtItsEnd) {
+    const std::uint8_t* mapped = nullptr;
+    {
+        MappedFile file;
+        ASSERT_TRUE(file.open(path.c_str()));
+        ASSERT_TRUE(file.map());
+        ASSERT_TRUE(file.close());
+        mapped = file.address;
+    }
+    EXPECT_TRUE(mappingAt(mapped).has_value());
+    EXPECT_EQ(::munmap(const_cast<std::uint8_t*>(mapped), content.size()), 0);
+}
+
+TEST_F(MappedFileTest, GivesTheWholeFile) {
+    MappedFile file;
+    const std::span<const std::uint8_t> bytes = mapInputFile(file, path.c_str());
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), content);
+    EXPECT_EQ(bytes.data(), file.address);
+}
+
+TEST_F(MappedFileTest, GivesNothingOfWhatCannotBeMapped) {
+    for (const std::string& bad : {folder.file("missing"), empty, folder.path()}) {
+        MappedFile file;
+        EXPECT_TRUE(mapInputFile(file, bad.c_str()).empty()) << bad;
+        EXPECT_EQ(file.address, nullptr) << bad;
+    }
+}
+
+}  // namespace

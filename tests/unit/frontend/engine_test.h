@@ -1,0 +1,65 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include "core/entry.h"
+#include "frontend/request_record.h"
+#include "tests/support/expected_response.h"
+#include "tests/support/signature_vectors.h"
+#include "tests/support/standard_streams.h"
+
+/// What a request answers: its status and the bytes on standard output.
+struct Answer {
+    std::int32_t status = 1;
+    std::string output;
+
+    bool operator==(const Answer&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& stream, const Answer& answer) {
+    return stream << answer.status << ' ' << answer.output;
+}
+
+inline Answer answerOf(const std::function<std::int32_t()>& request) {
+    Answer answer;
+    answer.output = capturedOutput([&] { answer.status = request(); });
+    return answer;
+}
+
+inline Answer refusal(std::string_view message) {
+    return {-1, expectedRefusal(message)};
+}
+
+/// Tests on the real engine, with a message that has a known signature.
+class EngineTest : public testing::Test {
+protected:
+    EngineTest() { coreEntry::coreStart(); }
+    ~EngineTest() override { coreEntry::coreStop(); }
+
+    const SignatureCase& known = signatureCases().front();
+    const std::string message{known.message.begin(), known.message.end()};
+
+    /// A complete record that signs the message.
+    RequestRecord signing() const {
+        RequestRecord record;
+        record.project = known.project;
+        record.mode = RequestMode::generateSignature;
+        record.encoding = TextEncoding::plain;
+        record.signatureData = message;
+        record.signatureDataEncoding = TextEncoding::plain;
+        return record;
+    }
+
+    /// A complete record that verifies the message's known signature.
+    RequestRecord verifying() const {
+        RequestRecord record = signing();
+        record.mode = RequestMode::verifySignature;
+        record.signature = known.text;
+        return record;
+    }
+};

@@ -1,0 +1,281 @@
+#include "frontend/form_input.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/environment.h"
+#include "tests/support/standard_streams.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+FormParameters pairsOf(std::string_view text) {
+    FormParameters parameters;
+    parseFormPairs(parameters, text);
+    return parameters;
+}
+
+RequestRecord recordOf(std::string_view text) {
+    RequestRecord record;
+    EXPECT_TRUE(fillRecordFromForm(pairsOf(text), record));
+    return record;
+}
+
+/// The outcome of reading a form's body: the parameters, if there was form text.
+struct ReadForm {
+    bool found = false;
+    FormParameters parameters{{"stale", "1"}};
+    std::size_t left = 0;  ///< bytes of standard input behind what was read
+};
+
+ReadForm readBody(const Environment& variables, std::string_view body) {
+    const ScopedCgiEnvironment environment(variables);
+    const ScopedInput input(body);
+    ReadForm form;
+    form.found = readFormParameters(form.parameters, true);
+    form.left = input.left();
+    return form;
+}
+
+ReadForm readQuery(const Environment& variables) {
+    const ScopedCgiEnvironment environment(variables);
+    const ScopedInput input("a=body");
+    ReadForm form;
+    form.found = readFormParameters(form.parameters, false);
+    form.left = input.left();
+    return form;
+}
+
+}  // namespace
+
+TEST(ParseFormPairs, CutsAtAmpersandsAndDropsEmptyPieces) {
+    EXPECT_EQ(pairsOf("a=1&&b=2&"), (FormParameters{{"a", "1"}, {"b", "2"}}));
+    EXPECT_EQ(pairsOf("&a=1"), (FormParameters{{"a", "1"}}));
+    EXPECT_EQ(pairsOf(""), FormParameters{});
+    EXPECT_EQ(pairsOf("&&&"), FormParameters{});
+}
+
+TEST(ParseFormPairs, CutsAtNoSemicolon) {
+    EXPECT_EQ(pairsOf("a=1;b=2"), (FormParameters{{"a", "1;b=2"}}));
+}
+
+TEST(ParseFormPairs, DropsPiecesWithoutEquals) {
+    EXPECT_EQ(pairsOf("a&b=1&c%3D2"), (FormParameters{{"b", "1"}}));
+}
+
+TEST(ParseFormPairs, KeepsFurtherEqualsInTheValue) {
+    EXPECT_EQ(pairsOf("a=b=c"), (FormParameters{{"a", "b=c"}}));
+    EXPECT_EQ(pairsOf("a=="), (FormParameters{{"a", "="}}));
+}
+
+TEST(ParseFormPairs, AllowsEmptyNamesAndValues) {
+    EXPECT_EQ(pairsOf("=x"), (FormParameters{{"", "x"}}));
+    EXPECT_EQ(pairsOf("a="), (FormParameters{{"a", ""}}));
+    EXPECT_EQ(pairsOf("="), (FormParameters{{"", ""}}));
+}
+
+TEST(ParseFormPairs, DecodesNamesAndValuesAfterCutting) {
+    EXPECT_EQ(pairsOf("%61+b=%26%3d%2B"), (FormParameters{{"a b", "&=+"}}));
+    EXPECT_EQ(pairsOf("n%00m=v%00w"), (FormParameters{{"n\0m"s, "v\0w"s}}));
+}
+
+TEST(ParseFormPairs, KeepsEscapesInsideTheirPiece) {
+    // The "%" at the end of a piece does not reach over the "&" or the "=".
+    EXPECT_EQ(pairsOf("a=%&41=x"), (FormParameters{{"a", "\0"s}, {"41", "x"}}));
+    EXPECT_EQ(pairsOf("a%=1"), (FormParameters{{"a\0"s, "1"}}));
+}
+
+TEST(ParseFormPairs, LetsTheLastOccurrenceOfADecodedNameWin) {
+    EXPECT_EQ(pairsOf("a=1&%61=2"), (FormParameters{{"a", "2"}}));
+    EXPECT_EQ(pairsOf("%61=1&b=3&a="), (FormParameters{{"a", ""}, {"b", "3"}}));
+}
+
+TEST(ParseFormPairs, AddsToWhatIsThere) {
+    FormParameters parameters{{"a", "old"}, {"b", "kept"}};
+    parseFormPairs(parameters, "a=new");
+    EXPECT_EQ(parameters, (FormParameters{{"a", "new"}, {"b", "kept"}}));
+}
+
+TEST(FormParameters, StandInUnsignedBytewiseOrder) {
+    const FormParameters parameters = pairsOf("b=&%ff=&a%00=&a=&%7f=&aa=&=");
+    std::vector<std::string> names;
+    for (const auto& [name, value] : parameters) {
+        names.push_back(name);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"", "a", "a\0"s, "aa", "b", "\x7f", "\xff"}));
+}
+
+TEST(GetFormString, GivesTheValueOrNothing) {
+    const FormParameters parameters = pairsOf("a=x&b=");
+    EXPECT_EQ(getFormString(parameters, "a"), "x");
+    EXPECT_EQ(getFormString(parameters, "b"), "");
+    EXPECT_EQ(getFormString(parameters, "A"), "");
+    EXPECT_EQ(getFormString(parameters, ""), "");
+}
+
+TEST(GetFormBool, IsFalseOnlyForAnAbsentNameAndTheWordFalse) {
+    EXPECT_FALSE(getFormBool(pairsOf(""), "a"));
+    EXPECT_FALSE(getFormBool(pairsOf("a"), "a"));
+    EXPECT_FALSE(getFormBool(pairsOf("a=false"), "a"));
+    for (const char* text : {"a=true", "a=0", "a=", "a=False", "a=no", "a=false+", "a=false%00"}) {
+        EXPECT_TRUE(getFormBool(pairsOf(text), "a")) << text;
+    }
+}
+
+TEST(FillRecordFromForm, CopiesEveryKnownParameter) {
+    const RequestRecord record = recordOf(
+        "project=p&sig_create=true&encoding=json&genpairs=1&sig_data=d&sig_data_encoding=base64&"
+        "sig_file=f&sig=s&other=o");
+    EXPECT_EQ(record.project, "p");
+    EXPECT_EQ(record.mode, RequestMode::generateSignature);
+    EXPECT_EQ(record.encoding, TextEncoding::json);
+    EXPECT_TRUE(record.genPairs);
+    EXPECT_EQ(record.signatureData, "d");
+    EXPECT_EQ(record.signatureDataEncoding, TextEncoding::base64);
+    EXPECT_EQ(record.signatureFile, "f");
+    EXPECT_EQ(record.signature, "s");
+}
+
+TEST(FillRecordFromForm, LeavesAbsentParametersEmpty) {
+    const RequestRecord record = recordOf("=x");
+    EXPECT_EQ(record.project, "");
+    EXPECT_EQ(record.mode, RequestMode::none);
+    EXPECT_EQ(record.encoding, TextEncoding::none);
+    EXPECT_FALSE(record.genPairs);
+    EXPECT_EQ(record.signatureData, "");
+    EXPECT_EQ(record.signatureDataEncoding, TextEncoding::none);
+    EXPECT_EQ(record.signatureFile, "");
+    EXPECT_EQ(record.signature, "");
+}
+
+TEST(FillRecordFromForm, DoesNotKnowTheNamesOfJsonMembers) {
+    const RequestRecord record =
+        recordOf("mode=verifySignature&genPairs=true&data=d&file=f&signature=s&Project=p");
+    EXPECT_EQ(record.mode, RequestMode::none);
+    EXPECT_FALSE(record.genPairs);
+    EXPECT_EQ(record.signatureData + record.signatureFile + record.signature + record.project, "");
+}
+
+TEST(FillRecordFromForm, SelectsAnOperationOnlyByTheExactWord) {
+    EXPECT_EQ(recordOf("sig_create=true").mode, RequestMode::generateSignature);
+    EXPECT_EQ(recordOf("sig_verify=true").mode, RequestMode::verifySignature);
+    for (const char* value :
+         {"True", "1", "on", "", "TRUE", "true+", "+true", "true%00", "false"}) {
+        EXPECT_EQ(recordOf("sig_create="s + value).mode, RequestMode::none) << value;
+        EXPECT_EQ(recordOf("sig_verify="s + value).mode, RequestMode::none) << value;
+    }
+}
+
+TEST(FillRecordFromForm, VerifiesWhenBothOperationsAreSelected) {
+    EXPECT_EQ(recordOf("sig_create=true&sig_verify=true").mode, RequestMode::verifySignature);
+    EXPECT_EQ(recordOf("sig_verify=true&sig_create=true").mode, RequestMode::verifySignature);
+    EXPECT_EQ(recordOf("sig_create=true&sig_verify=false").mode, RequestMode::generateSignature);
+}
+
+TEST(FillRecordFromForm, ReplacesAModeThatTheRecordHad) {
+    RequestRecord record;
+    record.mode = RequestMode::verifySignature;
+    EXPECT_TRUE(fillRecordFromForm({}, record));
+    EXPECT_EQ(record.mode, RequestMode::none);
+}
+
+TEST(FillRecordFromForm, KeepsZeroBytes) {
+    const RequestRecord record = recordOf("project=p%00q&sig_data=%00d&sig_file=f%00&sig=s%00t");
+    EXPECT_EQ(record.project, "p\0q"s);
+    EXPECT_EQ(record.signatureData, "\0d"s);
+    EXPECT_EQ(record.signatureFile, "f\0"s);
+    EXPECT_EQ(record.signature, "s\0t"s);
+}
+
+TEST(ReadFormParameters, ReadsAsMuchOfTheBodyAsIsAnnounced) {
+    const ReadForm form = readBody({{"CONTENT_LENGTH", "7"}}, "a=1&b=2&c=3");
+    EXPECT_TRUE(form.found);
+    EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}, {"b", "2"}}));
+    EXPECT_EQ(form.left, 4U);
+}
+
+TEST(ReadFormParameters, FindsNoPairInACutBodyWithoutEquals) {
+    const ReadForm form = readBody({{"CONTENT_LENGTH", "5"}}, "abcdefgh");
+    EXPECT_TRUE(form.found);
+    EXPECT_TRUE(form.parameters.empty());
+    EXPECT_EQ(form.left, 3U);
+}
+
+TEST(ReadFormParameters, AcceptsABodyShorterThanAnnounced) {
+    const ReadForm form = readBody({{"CONTENT_LENGTH", "1000"}}, "a=1");
+    EXPECT_TRUE(form.found);
+    EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}}));
+}
+
+TEST(ReadFormParameters, EndsTheTextAtItsFirstZeroByte) {
+    const ReadForm form = readBody({{"CONTENT_LENGTH", "11"}}, "a=1\0&b=2&c="s);
+    EXPECT_TRUE(form.found);
+    EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}}));
+    EXPECT_EQ(form.left, 0U);
+    EXPECT_TRUE(readBody({{"CONTENT_LENGTH", "4"}}, "\0a=1"s).parameters.empty());
+}
+
+TEST(ReadFormParameters, ClearsTheParametersFirst) {
+    EXPECT_TRUE(readBody({}, "").parameters.empty());
+    EXPECT_TRUE(readQuery({}).parameters.empty());
+}
+
+TEST(ReadFormParameters, FindsNothingWithoutAUsableLength) {
+    EXPECT_FALSE(readBody({}, "a=1").found);
+    for (const char* length : {"", "0", "abc", "-0", "x5", "-", "-1", "18446744073709551615",
+                               "18446744073709551616", "99999999999999999999"}) {
+        const ReadForm form = readBody({{"CONTENT_LENGTH", length}}, "a=1");
+        EXPECT_FALSE(form.found) << length;
+        EXPECT_EQ(form.left, 3U) << length;
+    }
+}
+
+TEST(ReadFormParameters, FindsNothingWhenNothingArrives) {
+    EXPECT_FALSE(readBody({{"CONTENT_LENGTH", "5"}}, "").found);
+}
+
+TEST(ReadFormParameters, LooksAtNoQueryStringBesidesTheBody) {
+    EXPECT_EQ(readBody({{"CONTENT_LENGTH", "3"}, {"QUERY_STRING", "b=2"}}, "a=1").parameters,
+              (FormParameters{{"a", "1"}}));
+    EXPECT_FALSE(readBody({{"QUERY_STRING", "b=2"}}, "").found);
+}
+
+TEST(ReadFormParameters, ReadsALargeBodyWhole) {
+    const std::string body = "a=" + std::string(3000000, 'v');
+    const ReadForm form = readBody({{"CONTENT_LENGTH", std::to_string(body.size())}}, body);
+    EXPECT_EQ(form.parameters, (FormParameters{{"a", body.substr(2)}}));
+}
+
+TEST(ReadFormParameters, ReadsTheQueryStringWhenNotFromTheBody) {
+    const ReadForm form = readQuery({{"QUERY_STRING", "a=1&b=%32"}, {"CONTENT_LENGTH", "6"}});
+    EXPECT_TRUE(form.found);
+    EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}, {"b", "2"}}));
+    EXPECT_EQ(form.left, 6U);
+}
+
+TEST(ReadFormParameters, FindsNothingWithoutAQueryString) {
+    EXPECT_FALSE(readQuery({{"CONTENT_LENGTH", "6"}}).found);
+    EXPECT_FALSE(readQuery({{"QUERY_STRING", ""}}).found);
+}
+
+TEST(ReadFormParameters, TakesAPairOfQuotationMarksOffTheQueryString) {
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"a=1\""}}).parameters, (FormParameters{{"a", "1"}}));
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"\"a=1\"\""}}).parameters,
+              (FormParameters{{"\"a", "1\""}}));
+}
+
+TEST(ReadFormParameters, LeavesALoneQuotationMarkInTheQueryString) {
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"a=1"}}).parameters, (FormParameters{{"\"a", "1"}}));
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "a=1\""}}).parameters, (FormParameters{{"a", "1\""}}));
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "'a=1'"}}).parameters, (FormParameters{{"'a", "1'"}}));
+}
+
+TEST(ReadFormParameters, FindsTextInAQueryStringOfQuotationMarksAlone) {
+    for (const char* query : {"\"", "\"\"", "\"=\""}) {
+        EXPECT_TRUE(readQuery({{"QUERY_STRING", query}}).found) << query;
+    }
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"\""}}).parameters, FormParameters{});
+    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"=\""}}).parameters, (FormParameters{{"", ""}}));
+}

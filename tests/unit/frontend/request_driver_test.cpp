@@ -1,0 +1,187 @@
+#include "frontend/request_driver.h"
+
+#include "tests/support/environment.h"
+#include "tests/support/signature_judge.h"
+#include "tests/unit/frontend/engine_test.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr const char* modeMissing = "'mode' parameter missing or invalid";
+constexpr const char* projectRequired = "'project' parameter is required";
+constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
+constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
+constexpr const char* noJson = "Invalid JSON data";
+constexpr const char* noForm = "Failed to parse input data";
+
+Answer serve(Environment variables, std::string_view body) {
+    variables.try_emplace("CONTENT_LENGTH", std::to_string(body.size()));
+    const ScopedCgiEnvironment environment(variables);
+    const ScopedInput input(body);
+    return answerOf(runRequest);
+}
+
+Answer serveForm(std::string_view body) {
+    return serve({{"CONTENT_TYPE", "application/x-www-form-urlencoded"}}, body);
+}
+
+Answer serveJson(std::string_view body) {
+    return serve({{"CONTENT_TYPE", "application/json"}}, body);
+}
+
+class RunRequest : public EngineTest {
+protected:
+    /// Form and JSON bodies that sign "abc"; `more` follows the parameters, or the members.
+    std::string form(const std::string& more) const {
+        return "sig_create=true&sig_data=abc&project=" + known.project + more;
+    }
+    std::string json(const std::string& more, const std::string& moreOfSignature = "") const {
+        return R"({"mode":"generateSignature","project":")" + known.project +
+               R"(","signature":{"data":"abc")" + moreOfSignature + "}" + more + "}";
+    }
+
+    /// Whether the answer is a signature of "abc" between the two texts, with this content type.
+    bool answersSignature(const Answer& answer, const std::string& contentType,
+                          const std::string& before, const std::string& after) const {
+        const std::string body = responseBody(answer.output);
+        if (answer.status != 0 || !body.starts_with(before) || !body.ends_with(after) ||
+            answer.output != expectedResponse(FirstLine::forServer, "200 OK", contentType, body)) {
+            return false;
+        }
+        const std::size_t length = body.size() - before.size() - after.size();
+        return judgeAcceptsText(known.project, "abc", body.substr(before.size(), length));
+    }
+    bool answersText(const Answer& answer) const {
+        return answersSignature(answer, "text/plain", "", "");
+    }
+    bool answersJson(const Answer& answer) const {
+        return answersSignature(answer, "application/json", "{\"signature\":\"", "\"}");
+    }
+};
+
+class DispatchRequest : public EngineTest {};
+
+}  // namespace
+
+TEST_F(RunRequest, AnswersAFormInTextAndJsonInJson) {
+    EXPECT_TRUE(answersText(serveForm(form(""))));
+    EXPECT_TRUE(answersJson(serveJson(json(""))));
+}
+
+TEST_F(RunRequest, AnswersAsTheEncodingAsksWhateverTheInput) {
+    EXPECT_TRUE(answersJson(serveForm(form("&encoding=json"))));
+    for (const char* word : {"plain", "base64", "urlencode"}) {
+        EXPECT_TRUE(answersText(serveForm(form("&encoding="s + word))));
+        EXPECT_TRUE(answersText(serveJson(json(",\"encoding\":\""s + word + "\"")))) << word;
+    }
+    EXPECT_TRUE(answersJson(serveJson(json(",\"encoding\":\"json\""))));
+}
+
+TEST_F(RunRequest, TakesTheInputsDefaultForAnUnknownEncoding) {
+    for (const char* word : {"JSON", "Plain", "xml", ""}) {
+        EXPECT_TRUE(answersText(serveForm(form("&encoding="s + word)))) << word;
+        EXPECT_TRUE(answersJson(serveJson(json(",\"encoding\":\""s + word + "\"")))) << word;
+    }
+}
+
+TEST_F(RunRequest, TakesAnUnknownEncodingOfTheDataForPlain) {
+    for (const char* word : {"BASE64", "hex", ""}) {
+        EXPECT_TRUE(answersText(serveForm(form("&sig_data_encoding="s + word)))) << word;
+        EXPECT_TRUE(answersJson(serveJson(json("", ",\"encoding\":\""s + word + "\"")))) << word;
+    }
+}
+
+TEST_F(RunRequest, LeavesAKnownButWrongEncodingOfTheDataToTheHandler) {
+    for (const char* word : {"urlencode", "json"}) {
+        EXPECT_EQ(serveForm(form("&sig_data_encoding="s + word)), refusal(wrongEncoding));
+        EXPECT_EQ(serveJson(json("", ",\"encoding\":\""s + word + "\"")), refusal(wrongEncoding));
+    }
+}
+
+TEST_F(RunRequest, CarriesPairsIntoTextAlone) {
+    EXPECT_TRUE(answersSignature(serveForm(form("&genpairs=")), "text/plain", "signature:", ""));
+    EXPECT_TRUE(answersText(serveForm(form("&genpairs=false"))));
+    EXPECT_TRUE(answersText(serveForm(form("&genpairs"))));
+    EXPECT_TRUE(answersJson(serveJson(json(",\"genPairs\":true"))));
+}
+
+TEST_F(RunRequest, TakesOnlyTheExactTypeForJson) {
+    for (const char* type :
+         {"application/json; charset=utf-8", "application/json;", "Application/JSON", "text/json",
+          " application/json", "application/json ", ""}) {
+        EXPECT_TRUE(answersText(serve({{"CONTENT_TYPE", type}}, form("")))) << type;
+        EXPECT_EQ(serve({{"CONTENT_TYPE", type}}, json("")), refusal(modeMissing)) << type;
+    }
+    EXPECT_TRUE(answersText(serve({}, form(""))));
+    EXPECT_EQ(serveJson(form("")), refusal(noJson));
+}
+
+TEST_F(RunRequest, RefusesUnusableInputInItsOwnWords) {
+    EXPECT_EQ(serveForm(""), refusal(noForm));
+    EXPECT_EQ(serveJson(""), refusal(noJson));
+    EXPECT_EQ(serveJson("{"), refusal(noJson));
+    for (const char* length : {"0", "abc", ""}) {
+        EXPECT_EQ(serve({{"CONTENT_LENGTH", length}}, "a=1"), refusal(noForm));
+        EXPECT_EQ(serve({{"CONTENT_TYPE", "application/json"}, {"CONTENT_LENGTH", length}}, "{}"),
+                  refusal(noJson));
+    }
+}
+
+TEST_F(RunRequest, ReadsATrailingLetterInTheLengthAsTheInputDoes) {
+    const std::string formLength = std::to_string(form("").size()) + "x";
+    const std::string jsonLength = std::to_string(json("").size()) + "x";
+    EXPECT_TRUE(answersText(serve({{"CONTENT_LENGTH", formLength}}, form(""))));
+    EXPECT_EQ(
+        serve({{"CONTENT_TYPE", "application/json"}, {"CONTENT_LENGTH", jsonLength}}, json("")),
+        refusal(noJson));
+}
+
+TEST_F(RunRequest, MissesTheModeBeforeTheProject) {
+    EXPECT_EQ(serveForm("a=1"), refusal(modeMissing));
+    EXPECT_EQ(serveJson("{}"), refusal(modeMissing));
+    EXPECT_EQ(serveForm("project=p"), refusal(modeMissing));
+    EXPECT_EQ(serveJson(R"({"project":"p","mode":"sign"})"), refusal(modeMissing));
+    EXPECT_EQ(serveForm("project=p&sig_create=1&sig_verify=TRUE"), refusal(modeMissing));
+}
+
+TEST_F(RunRequest, MissesTheProjectBeforeAnythingOfTheSignature) {
+    EXPECT_EQ(serveForm("sig_create=true"), refusal(projectRequired));
+    EXPECT_EQ(serveForm("sig_verify=true&project="), refusal(projectRequired));
+    EXPECT_EQ(serveForm("sig_create=true&sig_data_encoding=json"), refusal(projectRequired));
+    EXPECT_EQ(serveJson(R"({"mode":"verifySignature","project":""})"), refusal(projectRequired));
+}
+
+TEST_F(RunRequest, RefusesAWrongTypeBeforeItMissesTheMode) {
+    EXPECT_EQ(serveJson(R"({"mode":5})"), refusal(noJson));
+    EXPECT_EQ(serveJson(R"({"genPairs":"true"})"), refusal(noJson));
+}
+
+TEST_F(RunRequest, PassesASignatureThatIsNoObjectOnToTheHandler) {
+    EXPECT_EQ(serveJson(R"({"mode":"generateSignature","project":"p","signature":"x"})"),
+              refusal(dataOrFile));
+    EXPECT_EQ(serveJson(R"({"mode":"verifySignature","project":"p"})"),
+              refusal("'signature' parameter is required"));
+}
+
+TEST_F(RunRequest, VerifiesWhenBothOperationsAreSelected) {
+    EXPECT_EQ(serveForm(form("&sig_verify=true&sig=x")), (Answer{0, expectedText("false")}));
+}
+
+TEST_F(DispatchRequest, HandsTheRecordToTheHandlerOfItsMode) {
+    const Answer verified = answerOf([&] { return dispatchRequest(verifying()); });
+    EXPECT_EQ(verified, (Answer{0, expectedText("true")}));
+    const Answer made = answerOf([&] { return dispatchRequest(signing()); });
+    EXPECT_EQ(made.status, 0);
+    EXPECT_TRUE(judgeAcceptsText(known.project, message, responseBody(made.output)));
+}
+
+TEST_F(DispatchRequest, AnswersAServerErrorForAModeWithoutAHandler) {
+    const Answer expected{-1, expectedResponse(FirstLine::forServer, "500 Server Error",
+                                               "text/plain", "Invalid mode")};
+    for (const std::uint32_t mode : {0U, 3U, 7U, 0xFFFFFFFFU}) {
+        RequestRecord record = verifying();
+        record.mode = static_cast<RequestMode>(mode);
+        EXPECT_EQ(answerOf([&] { return dispatchRequest(record); }), expected) << mode;
+    }
+}

@@ -1,0 +1,46 @@
+#include "tests/unit/random/system_calls.h"
+
+#include <cstdio>
+
+namespace {
+
+ScopedSystemCalls* current = nullptr;
+
+}  // namespace
+
+ScopedSystemCalls::ScopedSystemCalls() {
+    current = this;
+}
+
+ScopedSystemCalls::~ScopedSystemCalls() {
+    current = nullptr;
+}
+
+// The linker's names for the system's functions and for what replaces them.
+std::FILE* systemOpen(const char* path, const char* mode) asm("__real_fopen");
+std::FILE* replacedOpen(const char* path, const char* mode) asm("__wrap_fopen");
+std::time_t systemTime(std::time_t* result) asm("__real_time");
+std::time_t replacedTime(std::time_t* result) asm("__wrap_time");
+
+std::FILE* replacedOpen(const char* path, const char* mode) {
+    if (current == nullptr) {
+        return systemOpen(path, mode);
+    }
+    current->opened.push_back(std::string(path) + " " + mode);
+    if (current->files.empty()) {
+        return nullptr;
+    }
+    const std::string file = current->files.front();
+    current->files.pop_front();
+    return file.empty() ? nullptr : systemOpen(file.c_str(), mode);
+}
+
+std::time_t replacedTime(std::time_t* result) {
+    if (current == nullptr || !current->now.has_value()) {
+        return systemTime(result);
+    }
+    if (result != nullptr) {
+        *result = *current->now;
+    }
+    return *current->now;
+}

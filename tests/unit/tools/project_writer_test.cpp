@@ -1,0 +1,156 @@
+#include "tools/project_writer.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/entry.h"
+#include "engine/signature_engine.h"
+#include "tests/support/project_builder.h"
+#include "tests/support/random_operands.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+/// While it lives, files cannot grow beyond a size.
+class ScopedFileSizeLimit {
+public:
+    explicit ScopedFileSizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limited{.rlim_cur = size, .rlim_max = before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~ScopedFileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    ScopedFileSizeLimit(const ScopedFileSizeLimit&) = delete;
+    ScopedFileSizeLimit& operator=(const ScopedFileSizeLimit&) = delete;
+
+private:
+    void (*handler_)(int);
+    rlimit before_{};
+};
+
+class WriteProjectFile : public testing::Test {
+protected:
+    WriteProjectFile() { coreEntry::coreStart(); }
+    ~WriteProjectFile() override { coreEntry::coreStop(); }
+
+    void expectMessage(const std::optional<std::string>& message, const std::string& reason) const {
+        ASSERT_TRUE(message.has_value());
+        EXPECT_NE(message->find(reason), std::string::npos) << *message;
+    }
+
+    TemporaryFolder folder;
+    const std::string path = folder.file("project");
+    const ProjectFile project = newProject();
+};
+
+TEST_F(WriteProjectFile, WritesAFileThatLoadsWithTheSameAttributes) {
+    EXPECT_EQ(writeProjectFile(project, path), std::nullopt);
+    ProjectFile loaded;
+    ASSERT_TRUE(loaded.load(path.c_str()));
+    EXPECT_EQ(loaded.attributes, project.attributes);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
+}
+
+TEST_F(WriteProjectFile, WritesTheBytesOfAProjectInAscendingOrderOfIds) {
+    EXPECT_EQ(writeProjectFile(project, path), std::nullopt);
+    EXPECT_EQ(fileBytes(path),
+              projectBytes({project.attributes.begin(), project.attributes.end()}));
+}
+
+TEST_F(WriteProjectFile, WritesAttributesOfAnySize) {
+    ProjectFile other;
+    other.insertAttribute(0xFFFFFFFF, {1});
+    other.insertAttribute(0, randomBytes(100000));
+    other.insertAttribute(72, {2, 3});
+    EXPECT_EQ(writeProjectFile(other, path), std::nullopt);
+    ProjectFile loaded;
+    ASSERT_TRUE(loaded.load(path.c_str()));
+    EXPECT_EQ(loaded.attributes, other.attributes);
+}
+
+TEST_F(WriteProjectFile, WritesAProjectThatSignsAndVerifies) {
+    for (int round = 0; round < 20; ++round) {
+        const std::string fresh = folder.file("fresh" + std::to_string(round));
+        ASSERT_EQ(writeProjectFile(newProject(), fresh), std::nullopt);
+        const Bytes data = randomBytes(50);
+        std::array<char, signatureBufferSize> text{};
+        EXPECT_TRUE(signData(fresh.c_str(), data.data(), 50, text.data()));
+        EXPECT_TRUE(verifyData(fresh.c_str(), data.data(), 50, text.data()));
+        EXPECT_FALSE(verifyData(fresh.c_str(), data.data(), 49, text.data()));
+    }
+}
+
+TEST_F(WriteProjectFile, GivesItsOwnerAloneAccessWhateverTheMask) {
+    for (const mode_t mask : {0000U, 0022U, 0077U}) {
+        const std::string masked = folder.file("mask" + std::to_string(mask));
+        const mode_t before = ::umask(mask);
+        EXPECT_EQ(writeProjectFile(project, masked), std::nullopt);
+        ::umask(before);
+        struct stat status;
+        ASSERT_EQ(::stat(masked.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, 0600U);
+    }
+}
+
+TEST_F(WriteProjectFile, LeavesAFileThatExistsAsItIs) {
+    for (const Bytes& content : {Bytes{}, Bytes{1, 2, 3}}) {
+        folder.write("project", content);
+        expectMessage(writeProjectFile(project, path), path + ": File exists");
+        EXPECT_EQ(fileBytes(path), content);
+        EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
+    }
+}
+
+TEST_F(WriteProjectFile, LeavesAFolderOrLinkThatExistsAsItIs) {
+    std::filesystem::create_directory(path);
+    expectMessage(writeProjectFile(project, path), "File exists");
+    EXPECT_TRUE(std::filesystem::is_empty(path));
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink("nowhere", path);
+    expectMessage(writeProjectFile(project, path), "File exists");
+    EXPECT_EQ(std::filesystem::read_symlink(path), "nowhere");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
+}
+
+TEST_F(WriteProjectFile, NamesTheFileAndTheReasonWhenTheFolderIsMissing) {
+    const std::string below = folder.file("missing/project");
+    expectMessage(writeProjectFile(project, below), below + ": No such file or directory");
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(WriteProjectFile, LeavesNothingWhenTheFileCannotBeWrittenWhole) {
+    for (const rlim_t size : {0U, 10U, 200U}) {
+        std::optional<std::string> message;
+        {
+            const ScopedFileSizeLimit limit(size);
+            message = writeProjectFile(project, path);
+        }
+        expectMessage(message, path + ": File too large");
+        EXPECT_TRUE(folder.names().empty()) << "limit " << size;
+    }
+}
+
+TEST_F(WriteProjectFile, LeavesNoFileOpen) {
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
+    };
+    const auto before = openFiles();
+    writeProjectFile(project, path);
+    writeProjectFile(project, path);
+    writeProjectFile(project, folder.file("missing/project"));
+    EXPECT_EQ(openFiles(), before);
+}
+
+}  // namespace
