@@ -9,10 +9,10 @@
 #include "curve/field_element.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-#define SIGN_GUARD_POISONS 1
+#define SIGN_GUARD_POISONS
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define SIGN_GUARD_POISONS 1
+#define SIGN_GUARD_POISONS
 #endif
 #endif
 

@@ -1,5 +1,9 @@
 #include "tests/support/curve_keys.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
 #include "curve/sect163r2.h"
 #include "curve/signature_primitive.h"
 

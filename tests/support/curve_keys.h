@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "core/core_integer.h"
 #include "curve/curve_domain.h"
 #include "tests/support/libcrypto_curve.h"

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <cstddef>
+#include <array>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "curve/field_element.h"
@@ -17,7 +18,7 @@ inline constexpr std::uint64_t curveDegree = 163;
 inline constexpr std::uint64_t curveCapacity = 48;
 
 /// The capacities that elements of that degree have in the program.
-inline constexpr std::uint64_t programCapacities[] = {48, 64, 112};
+inline constexpr std::array<std::uint64_t, 3> programCapacities = {48, 64, 112};
 
 /// z^163 + z^7 + z^6 + z^3 + 1: SEC 2 version 2.0, section 3.2.
 BigNumber curvePolynomial();

@@ -2,6 +2,7 @@
 
 #include <openssl/ec.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <ostream>

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
@@ -23,8 +27,9 @@ using FieldAdd = CurveTest;
 using FieldShift = CurveTest;
 
 /// Degrees on both sides of word borders, up to the largest that elements have room for.
-constexpr std::uint64_t degrees[] = {1,   5,   31,  32,  33,  63,  64,  65,  127, 128, 129,
-                                     160, 162, 163, 191, 192, 193, 233, 320, 409, 447, 448};
+constexpr std::array<std::uint64_t, 22> degrees = {1,   5,   31,  32,  33,  63,  64,  65,
+                                                   127, 128, 129, 160, 162, 163, 191, 192,
+                                                   193, 233, 320, 409, 447, 448};
 
 /// Words with two halves that are told apart.
 constexpr std::uint64_t mark = 0x8000000180000001;
@@ -79,7 +84,8 @@ TEST_F(FieldCopy, StaysWithinBothCapacities) {
         for (const std::uint64_t to : programCapacities) {
             FieldElement source = usedElement(163, from);
             FieldElement destination = usedElement(163, to);
-            const CapacityGuard guards[] = {CapacityGuard(source), CapacityGuard(destination)};
+            const CapacityGuard sourceGuard(source);
+            const CapacityGuard destinationGuard(destination);
             core::fieldCopy(source, destination);
         }
     }

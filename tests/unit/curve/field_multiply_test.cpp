@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <vector>
 
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
@@ -16,8 +19,9 @@ using FieldMultiply = CurveTest;
 using FieldSquare = CurveTest;
 
 /// Degrees below, at and above word borders.
-constexpr std::uint64_t degrees[] = {1,   5,   31,  32,  33,  63,  64,  65,  113, 127, 128,
-                                     129, 162, 163, 191, 192, 193, 233, 283, 409, 447, 448};
+constexpr std::array<std::uint64_t, 22> degrees = {1,   5,   31,  32,  33,  63,  64,  65,
+                                                   113, 127, 128, 129, 162, 163, 191, 192,
+                                                   193, 233, 283, 409, 447, 448};
 
 /// Multiplies elements of these capacities, of which none may be left.
 void checkProduct(const BigNumber& a, const BigNumber& b, std::uint64_t degree,

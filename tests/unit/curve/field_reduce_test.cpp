@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"

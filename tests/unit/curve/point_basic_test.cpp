@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
 #include "curve/field.h"
 #include "curve/point.h"
 #include "tests/support/libcrypto_curve.h"

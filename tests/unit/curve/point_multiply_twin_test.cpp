@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <vector>
+
 #include "curve/field.h"
 #include "curve/point.h"
 #include "curve/sect163r2.h"

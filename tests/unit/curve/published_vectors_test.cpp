@@ -2,6 +2,11 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/integer.h"
 #include "core/montgomery.h"

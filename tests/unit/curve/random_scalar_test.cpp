@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <vector>
+
 #include "tests/support/curve_keys.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/curve/curve_test.h"

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
+
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
 #include "tests/support/random_operands.h"

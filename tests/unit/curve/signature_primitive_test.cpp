@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "core/montgomery.h"
 #include "tests/support/curve_keys.h"
 #include "tests/support/random_operands.h"
@@ -131,7 +137,7 @@ TEST_F(CurveSign, GivesUpWithTwoZerosWhenEverySIsZero) {
     const Bytes digest = randomBytes(digestSize);
     for (const BigNumber& y : {BigNumber(0), BigNumber(1)}) {
         const KeyRecords key({.x = 1, .y = y}, curveOrder() - digestNumber(digest));
-        testHostPlayRandom(Bytes(drawSize * core::signatureAttemptLimit, 0x10));
+        testHostPlayRandom(Bytes(drawSize * std::size_t{core::signatureAttemptLimit}, 0x10));
         testHostPlayRandom({0xEE});
         EXPECT_EQ(signDigestWith(key, digest), bothZero());
         EXPECT_EQ(testHostRandomLeft(), 1U) << "attempts counted in nonces";
@@ -160,8 +166,8 @@ TEST_F(CurveSign, SucceedsAtTheLastAttempt) {
 TEST_F(CurveSign, CountsNoDrawThatIsNoNonceAsAnAttempt) {
     const ProjectKey key = randomProjectKey();
     const Bytes data = randomBytes(10);
-    std::vector<BigNumber> nonces(3 * core::signatureAttemptLimit, 0);
-    nonces.push_back(77);
+    std::vector<BigNumber> nonces(std::size_t{core::signatureAttemptLimit} * 3, 0);
+    nonces.emplace_back(77);
     EXPECT_EQ(signDrawing(KeyRecords(key), data, nonces), signWithNonce(key, "4D", data));
 }
 

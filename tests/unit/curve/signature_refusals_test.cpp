@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
+
 #include "core/montgomery.h"
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"

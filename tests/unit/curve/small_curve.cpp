@@ -67,7 +67,7 @@ bool SmallCurve::isOnCurve(const SmallPoint& point) const {
     return point.infinity || left == (multiply(multiply(x, x), x ^ a_) ^ b_);
 }
 
-SmallPoint SmallCurve::negative(const SmallPoint& P) const {
+SmallPoint SmallCurve::negative(const SmallPoint& P) {
     return P.infinity ? P : SmallPoint{.x = P.x, .y = P.x ^ P.y};
 }
 

@@ -31,7 +31,7 @@ public:
     std::vector<SmallPoint> points() const;
 
     bool isOnCurve(const SmallPoint& point) const;
-    SmallPoint negative(const SmallPoint& P) const;
+    static SmallPoint negative(const SmallPoint& P);
     SmallPoint add(const SmallPoint& P, const SmallPoint& Q) const;
 
 private:

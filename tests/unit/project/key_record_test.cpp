@@ -21,7 +21,9 @@ Words wordsOf(const core::FieldElement& e) {
 /// All words of an element that holds these bytes, least significant first.
 Words elementWords(const Bytes& bytes) {
     std::array<std::uint64_t, core::fieldWordRoom> words{};
-    std::memcpy(words.data(), bytes.data(), bytes.size());
+    if (!bytes.empty()) {
+        std::memcpy(words.data(), bytes.data(), bytes.size());
+    }
     return {words.begin(), words.end()};
 }
 
