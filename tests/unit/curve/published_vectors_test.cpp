@@ -59,7 +59,7 @@ AffinePoint publicPointOf(const VectorCase& vector) {
 
 /// The published base point with a scalar.
 KeyRecords keyOf(const BigNumber& scalar) {
-    return KeyRecords(CurveJudge().basePoint(), scalar);
+    return {CurveJudge().basePoint(), scalar};
 }
 
 /// y^2 + xy = x^3 + a*x^2 + b, by the core's field operations.

@@ -58,7 +58,7 @@ TEST_F(DrawScalar, IgnoresTheDrawnBitsThatTheFieldHasNoRoomFor) {
 
 TEST_F(DrawScalar, RejectsAboutHalfOfTheDraws) {
     // n is a little above 2^162: of 2000 draws of 163 bits about 1000 survive, give or take 22.
-    constexpr int draws = 2000;
+    constexpr std::size_t draws = 2000;
     int taken = 0;
     testHostPlayRandom(randomBytes(24 * draws));
     while (testHostRandomLeft() >= 24) {

@@ -44,7 +44,8 @@ protected:
     WriteProjectFile() { coreEntry::coreStart(); }
     ~WriteProjectFile() override { coreEntry::coreStop(); }
 
-    void expectMessage(const std::optional<std::string>& message, const std::string& reason) const {
+    static void expectMessage(const std::optional<std::string>& message,
+                              const std::string& reason) {
         ASSERT_TRUE(message.has_value());
         EXPECT_NE(message->find(reason), std::string::npos) << *message;
     }
