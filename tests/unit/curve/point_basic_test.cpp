@@ -88,7 +88,7 @@ TEST_F(PointNegate, MatchesTheJudgeAndUndoesItself) {
     const CurveJudge judge;
     for (int i = 0; i < 200; ++i) {
         const AffinePoint value = judge.randomPoint();
-        PointRecord point(value, programCapacities[i % 3]);
+        PointRecord point(value, programCapacities.at(static_cast<std::size_t>(i) % 3));
         core::pointNegate(point);
         EXPECT_EQ(affineFrom(point), judge.negative(value));
         core::pointNegate(point);
@@ -138,8 +138,11 @@ TEST_F(PointCompare, TellsAPointItsNegativeAndOthersApart) {
         if (P.x.bitLength() <= 128) {
             continue;
         }
-        const PointRecord record(P, programCapacities[i % 3]);
-        EXPECT_EQ(pointCompare(record, PointRecord(P, programCapacities[i / 3 % 3])), 1);
+        const PointRecord record(P, programCapacities.at(static_cast<std::size_t>(i) % 3));
+        EXPECT_EQ(
+            pointCompare(record,
+                         PointRecord(P, programCapacities.at(static_cast<std::size_t>(i) / 3 % 3))),
+            1);
         EXPECT_EQ(pointCompare(record, PointRecord(judge.negative(P))), -1);
         EXPECT_EQ(pointCompare(PointRecord(judge.negative(P)), record), -1);
         EXPECT_EQ(pointCompare(record, PointRecord(Q)), 0);
