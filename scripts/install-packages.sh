@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing, by what they are for:
 #
-#   scripts/install-packages.sh PURPOSE...      build, serve, test, lint or coverage
+#   scripts/install-packages.sh PURPOSE...      build, serve, test, clang, lint or coverage
 #
 # Says nothing when all of them are there.
 set -euo pipefail
 
 declare -A packages=(
-    [build]="g++ cmake ninja-build nlohmann-json3-dev"
+    [build]="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
     [test]="libgtest-dev libssl-dev openssl valgrind python3 lighttpd curl"
-    [lint]="clang-14 clang-format-14 clang-tidy-14"
+    [clang]="clang-14 libclang-rt-14-dev"
+    [lint]="clang-format-14 clang-tidy-14"
     [coverage]="gcovr"
 )
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the programs and the tests, warnings being errors, and runs every test:
 #
-#   scripts/test.sh [PRESET]      dev unless told otherwise; or dev-clang, asan, coverage
+#   scripts/test.sh [PRESET]      dev unless told otherwise; or asan, which clang builds; or coverage
 #
 # After dev, the tests of the built program run once more on the release programs, as installed.
 set -euo pipefail
@@ -10,10 +10,10 @@ exec </dev/null
 
 preset=${1:-dev}
 case $preset in
-    dev | asan | coverage) purposes=(build test) ;;
-    dev-clang) purposes=(build test lint) ;;
+    dev | coverage) purposes=(build test) ;;
+    asan) purposes=(build test clang) ;;
     *)
-        echo "usage: scripts/test.sh [dev|dev-clang|asan|coverage]" >&2
+        echo "usage: scripts/test.sh [dev|asan|coverage]" >&2
         exit 2
         ;;
 esac

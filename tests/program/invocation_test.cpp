@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "tests/program/sign_program.h"
 
 namespace {
@@ -16,6 +18,18 @@ testing::AssertionResult beginsWith(FirstLine firstLine, const std::vector<std::
     call.arguments = arguments;
     return endedWith(runProgram(call), refusedStatus,
                      expectedResponse(firstLine, "400 Bad Request", "text/plain", modeMissing));
+}
+
+/// A refusal and an answer end with their statuses, though nothing can be written to `descriptor`.
+void expectExitStatusesWritingTo(int descriptor) {
+    ProgramCall call = requestCall(InputKind::form, "a=1");
+    call.outputDescriptor = descriptor;
+    EXPECT_TRUE(endedWith(runProgram(call), refusedStatus, ""));
+    const SignRequest verifying{
+        .operation = SignRequest::Operation::verify, .project = "p", .data = "d", .signature = "s"};
+    call = requestCall(InputKind::json, bodyText(InputKind::json, verifying));
+    call.outputDescriptor = descriptor;
+    EXPECT_TRUE(endedWith(runProgram(call), 0, ""));
 }
 
 }  // namespace
@@ -44,16 +58,17 @@ TEST(ProgramInvocation, LooksAtNoFurtherArgument) {
     EXPECT_TRUE(beginsWith(FirstLine::forClient, {"nph-sign.cgi", "x"}, serverProgram));
 }
 
-TEST(ProgramInvocation, KeepsItsExitStatusWhenNobodyTakesTheAnswer) {
+TEST(ProgramInvocation, KeepsItsExitStatusOnAFullDevice) {
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     ASSERT_NE(full, -1);
-    ProgramCall call = requestCall(InputKind::form, "a=1");
-    call.outputDescriptor = full;
-    EXPECT_TRUE(endedWith(runProgram(call), refusedStatus, ""));
-    const SignRequest verifying{
-        .operation = SignRequest::Operation::verify, .project = "p", .data = "d", .signature = "s"};
-    call = requestCall(InputKind::json, bodyText(InputKind::json, verifying));
-    call.outputDescriptor = full;
-    EXPECT_TRUE(endedWith(runProgram(call), 0, ""));
+    expectExitStatusesWritingTo(full);
     ::close(full);
+}
+
+TEST(ProgramInvocation, KeepsItsExitStatusWhenTheReaderOfTheAnswerIsGone) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    ::close(ends[0]);
+    expectExitStatusesWritingTo(ends[1]);
+    ::close(ends[1]);
 }

@@ -9,7 +9,7 @@ namespace {
 
 /// Seeds the random operands for each test and names the seed where a test fails.
 class SeedReporter : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo&) override { testRandom().seed(testSeed()); }
+    void OnTestStart(const testing::TestInfo& /*test*/) override { testRandom().seed(testSeed()); }
 
     void OnTestEnd(const testing::TestInfo& test) override {
         if (test.result()->Failed()) {

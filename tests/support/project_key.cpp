@@ -207,7 +207,7 @@ std::string scalarOfZeroS(const Bytes& data, const std::string& r) {
 bool judgeAcceptsKey(const ProjectKey& key) {
     const Group group = curve();
     const Number scalar = number(key.scalar);
-    if (BN_is_zero(scalar.get()) || BN_cmp(scalar.get(), order()) >= 0) {
+    if (BN_is_zero(scalar.get()) != 0 || BN_cmp(scalar.get(), order()) >= 0) {
         return false;
     }
     // EC_POINT_set_affine_coordinates refuses points that are not on the curve.

@@ -7,7 +7,7 @@
 
 #include "core/memory.h"
 #include "core/state.h"
-#include "tests/unit/core/leak_check.h"
+#include "tests/support/leak_check.h"
 
 /// A stretch of memory by its place in the arena.
 struct Stretch {

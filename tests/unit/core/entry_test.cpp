@@ -6,9 +6,9 @@
 #include "core/hash.h"
 #include "core/integer.h"
 #include "core/state.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/core/integer_operands.h"
-#include "tests/unit/core/leak_check.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 
 #include "core/integer.h"
 #include "core/memory.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/core/integer_operands.h"
-#include "tests/unit/core/leak_check.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "core/integer.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/core/integer_operands.h"
-#include "tests/unit/core/leak_check.h"
 
 namespace {
 

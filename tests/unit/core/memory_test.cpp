@@ -20,7 +20,8 @@ using CoreAllocWithoutCore = LeakCheckedTest;
 
 bool isInArena(const void* block) {
     const std::less<> below;
-    return !below(block, core::coreArena) && below(block, core::coreArena + core::coreArenaSize);
+    return core::coreArena != nullptr && !below(block, core::coreArena) &&
+           below(block, core::coreArena + core::coreArenaSize);
 }
 
 /// Whether the allocation of `size` bytes goes to the host, with `hostSize` as the size asked for.

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "core/memory.h"
-#include "tests/unit/core/leak_check.h"
+#include "tests/support/leak_check.h"
 
 namespace {
 

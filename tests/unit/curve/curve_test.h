@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/state.h"
-#include "tests/unit/core/leak_check.h"
+#include "tests/support/leak_check.h"
 
 /// A started core; each test ends by seeing that every block went back to the host.
 class CurveTest : public LeakCheckedTest {

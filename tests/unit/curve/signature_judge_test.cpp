@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr int parts = 8;
+constexpr int parts = SIGN_SIGNATURE_PARTS;
 constexpr int keysInPart = 25;
-constexpr int signaturesOfKey = 100;  // 8 * 25 * 100 = 20,000 in each direction
+constexpr int signaturesOfKey = 100;
 
 /// Signatures of the core and of libcrypto under random keys, in parts that can run side by side.
 class Signatures : public CurveTest, public testing::WithParamInterface<int> {
