@@ -73,8 +73,18 @@ LAYERS = {
         only_in={"main.cpp": {"core/entry.h"}},
     ),
     "tools": Layer(
-        folders=frozenset({"core", "curve", "random", "project", "engine"}),
-        only_in={"project_writer.cpp": {"fcntl.h", "stdio.h", "stdlib.h", "unistd.h"}},
+        folders=frozenset({"core", "curve", "random", "project", "engine", "frontend"}),
+        headers=frozenset({"nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}),
+        only_in={
+            "command_line.cpp": {"CLI/CLI.hpp"},
+            "files/input_file.cpp": {"fcntl.h", "stdlib.h", "sys/stat.h", "unistd.h"},
+            "files/mapping_progress.cpp": {"unistd.h"},
+            "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},
+            "project/project_check.cpp": {"sys/stat.h"},
+            "project/project_reading.cpp": {"fcntl.h", "sys/stat.h", "unistd.h"},
+            "projectctl.cpp": {"fcntl.h", "unistd.h"},
+            "request/raw_request.cpp": {"stdlib.h", "sys/mman.h", "unistd.h"},
+        },
     ),
 }
 

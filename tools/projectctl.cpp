@@ -1,33 +1,27 @@
-#include <cstdio>
-#include <cstdlib>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "core/entry.h"
-#include "tools/project_writer.h"
+#include "tools/command_line.h"
 
 namespace {
 
-constexpr int usageStatus = 2;
-
-int createProject(const std::string& path) {
-    coreEntry::coreStart();
-    const std::optional<std::string> failure = writeProjectFile(newProject(), path);
-    coreEntry::coreStop();
-    if (failure.has_value()) {
-        std::fprintf(stderr, "projectctl: %s\n", failure->c_str());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+/// Opens what of standard input, output and error the caller has closed, so that no file of a
+/// command takes their place.
+void openStandardDescriptors() {
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO);
+    ::close(descriptor);
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    if (argumentCount == 3 && std::string_view(arguments[1]) == "create") {
-        return createProject(arguments[2]);
-    }
-    std::fprintf(stderr, "usage: projectctl create FILE\n");
-    return usageStatus;
+    openStandardDescriptors();
+    coreEntry::coreStart();
+    const int status = runCommandLine(argumentCount, arguments);
+    coreEntry::coreStop();
+    return status;
 }

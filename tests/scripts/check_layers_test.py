@@ -127,14 +127,18 @@ class CheckLayers(unittest.TestCase):
             "frontend/main.cpp", allowed=["core/entry.h"], denied=["core/host.h", "curve/entry.h"]
         )
 
-    def test_tools_know_all_but_the_front_end(self):
+    def test_tools_know_all_folders(self):
         self.assert_grants(
             "tools/x.cpp",
             allowed=["core/integer.h", "curve/point.h", "random/random_generator.h",
-                     "project/project_file.h", "engine/mapped_file.h"],
-            denied=["frontend/request_record.h", "tests/support/helper.h", "fcntl.h",
-                    "nlohmann/json.hpp"],
+                     "project/project_file.h", "engine/mapped_file.h",
+                     "frontend/request_record.h", "nlohmann/json.hpp"],
+            denied=["tests/support/helper.h", "fcntl.h", "CLI/CLI.hpp"],
         )
+
+    def test_tools_grant_system_headers_to_single_files_of_their_folders(self):
+        self.assert_grants("tools/files/whole_file.cpp", allowed=["fcntl.h"], denied=["sys/mman.h"])
+        self.assert_grants("tools/whole_file.cpp", allowed=[], denied=["fcntl.h"])
 
     def test_tests_include_what_they_like(self):
         self.write("tests/unit/core/x_test.cpp",

@@ -8,7 +8,7 @@
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/signature_vectors.h"
-#include "tools/project_writer.h"
+#include "tools/project/new_project.h"
 
 namespace {
 
@@ -18,7 +18,10 @@ protected:
     ~NewProject() override { coreEntry::coreStop(); }
 
     static AttributeValues made() {
-        const ProjectFile project = newProject();
+        return attributesOf(newProject(BasePoint::random, std::nullopt));
+    }
+
+    static AttributeValues attributesOf(const ProjectFile& project) {
         return {project.attributes.begin(), project.attributes.end()};
     }
 };
@@ -68,6 +71,58 @@ TEST_F(NewProject, MultipliesThePublishedBasePointByTheFirstScalarDrawn) {
         const ProjectKey expected = keyWithBaseMultiple(generator.nonce);
         EXPECT_EQ(values.at(72), elementValue(163, expected.baseX));
         EXPECT_EQ(values.at(73), elementValue(163, expected.baseY));
+    }
+}
+
+TEST_F(NewProject, TakesThePublishedBasePoint) {
+    const ProjectKey key =
+        keyFromAttributes(attributesOf(newProject(BasePoint::standard, std::nullopt)));
+    const ProjectKey published = keyWithBaseMultiple("1");
+    EXPECT_EQ(littleEndianBytes(key.baseX), littleEndianBytes(published.baseX));
+    EXPECT_EQ(littleEndianBytes(key.baseY), littleEndianBytes(published.baseY));
+    EXPECT_TRUE(judgeAcceptsKey(key));
+}
+
+TEST_F(NewProject, TakesAGivenScalar) {
+    for (const BasePoint base : {BasePoint::standard, BasePoint::random}) {
+        const ScalarReading reading = readScalar("0123456789abcdefABCDEF");
+        ASSERT_EQ(reading.refusal, std::nullopt);
+        const ProjectKey key = keyFromAttributes(attributesOf(newProject(base, reading.scalar)));
+        EXPECT_EQ(littleEndianBytes(key.scalar), littleEndianBytes("0123456789abcdefabcdef"));
+        EXPECT_TRUE(judgeAcceptsKey(key));
+    }
+}
+
+TEST_F(NewProject, TakesTheSmallestAndTheGreatestScalar) {
+    for (const char* digits : {"1", "40000000000000000000292FE77E70C12A4234C32"}) {
+        const ScalarReading reading = readScalar(digits);
+        ASSERT_EQ(reading.refusal, std::nullopt);
+        const ProjectKey key =
+            keyFromAttributes(attributesOf(newProject(BasePoint::random, reading.scalar)));
+        EXPECT_EQ(littleEndianBytes(key.scalar), littleEndianBytes(digits));
+        EXPECT_TRUE(judgeAcceptsKey(key));
+    }
+}
+
+TEST(ReadScalar, PassesOverWhiteSpaceAroundAndZerosInFront) {
+    const ScalarReading reading = readScalar(" \t\r\n" + std::string(100, '0') + "1f\n \r\n");
+    EXPECT_EQ(reading.refusal, std::nullopt);
+    EXPECT_EQ(reading.scalar.words[0], 0x1FU);
+    EXPECT_EQ(reading.scalar.degree, 163U);
+}
+
+TEST(ReadScalar, TellsWhatIsWrong) {
+    EXPECT_EQ(readScalar("").refusal, "holds no digits");
+    EXPECT_EQ(readScalar(" \n").refusal, "holds no digits");
+    for (const char* text : {"12 34", "0x12", "g", "-1", "12\n34"}) {
+        EXPECT_EQ(readScalar(text).refusal, "holds something else than hexadecimal digits") << text;
+    }
+    EXPECT_EQ(readScalar(std::string("1\0", 2)).refusal,
+              "holds something else than hexadecimal digits");
+    EXPECT_EQ(readScalar("000").refusal, "the scalar is zero");
+    for (const std::string& digits : {std::string(curveOrderDigits), std::string(41, 'f'),
+                                      "1" + std::string(41, '0'), "1" + std::string(2000, '0')}) {
+        EXPECT_EQ(readScalar(digits).refusal, "the scalar is not below the order") << digits;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "tools/project_writer.h"
+#include "tools/project/project_writer.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -16,6 +16,7 @@
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
+#include "tools/project/new_project.h"
 
 namespace {
 
@@ -52,7 +53,7 @@ protected:
 
     TemporaryFolder folder;
     const std::string path = folder.file("project");
-    const ProjectFile project = newProject();
+    const ProjectFile project = newProject(BasePoint::random, std::nullopt);
 };
 
 TEST_F(WriteProjectFile, WritesAFileThatLoadsWithTheSameAttributes) {
@@ -83,7 +84,8 @@ TEST_F(WriteProjectFile, WritesAttributesOfAnySize) {
 TEST_F(WriteProjectFile, WritesAProjectThatSignsAndVerifies) {
     for (int round = 0; round < 20; ++round) {
         const std::string fresh = folder.file("fresh" + std::to_string(round));
-        ASSERT_EQ(writeProjectFile(newProject(), fresh), std::nullopt);
+        ASSERT_EQ(writeProjectFile(newProject(BasePoint::random, std::nullopt), fresh),
+                  std::nullopt);
         const Bytes data = randomBytes(50);
         std::array<char, signatureBufferSize> text{};
         EXPECT_TRUE(signData(fresh.c_str(), data.data(), 50, text.data()));
@@ -102,6 +104,17 @@ TEST_F(WriteProjectFile, GivesItsOwnerAloneAccessWhateverTheMask) {
         ASSERT_EQ(::stat(masked.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777U, 0600U);
     }
+}
+
+TEST_F(WriteProjectFile, GivesEverybodyAProjectWithoutAScalar) {
+    ProjectFile stripped = project;
+    stripped.eraseAttribute(74);
+    const mode_t before = ::umask(0022);
+    EXPECT_EQ(writeProjectFile(stripped, path), std::nullopt);
+    ::umask(before);
+    struct stat status;
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0644U);
 }
 
 TEST_F(WriteProjectFile, LeavesAFileThatExistsAsItIs) {

@@ -1,0 +1,145 @@
+// The reading of arguments: what is refused, and in which words.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/projectctl/projectctl_run.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// These arguments are refused with this message, and nothing else happens.
+testing::AssertionResult isRefused(const Arguments& arguments, const std::string& message) {
+    return endedWith(runProjectctl(arguments), 2, "",
+                     "projectctl: " + message + "; see 'projectctl --help'\n");
+}
+
+const std::vector<std::string> commands = {"create", "show",    "check",  "strip",  "sign",
+                                           "verify", "explain", "export", "convert"};
+
+TEST(ProjectctlCommandLine, WantsOneCommand) {
+    EXPECT_TRUE(isRefused({}, "a command is required"));
+    EXPECT_TRUE(isRefused({"remove"}, "The following argument was not expected: remove"));
+    EXPECT_TRUE(isRefused({"Create", "x"}, "The following arguments were not expected: x Create"));
+    EXPECT_TRUE(isRefused({"show", "a", "check", "b"},
+                          "The following arguments were not expected: b check"));
+}
+
+TEST(ProjectctlCommandLine, WantsTheArgumentsOfACommand) {
+    for (const char* command : {"create", "show", "check", "strip", "export"}) {
+        EXPECT_TRUE(isRefused({command}, "FILE is required"));
+    }
+    EXPECT_TRUE(isRefused({"strip", "a"}, "OUT is required"));
+    EXPECT_TRUE(isRefused({"sign"}, "PROJECT is required"));
+    EXPECT_TRUE(isRefused({"verify"}, "PROJECT is required"));
+    EXPECT_TRUE(isRefused({"verify", "a"}, "SIGNATURE is required"));
+    EXPECT_TRUE(isRefused({"convert"}, "SIGNATURE or --digest-of is required"));
+    EXPECT_TRUE(isRefused({"convert", "a"}, "--to or --json is required"));
+    EXPECT_TRUE(isRefused({"explain"}, "--body or --project is required"));
+    EXPECT_TRUE(isRefused({"explain", "--project", "a"}, "--data or --file is required"));
+    EXPECT_TRUE(isRefused({"explain", "--project"}, "--project: 1 required FILE missing"));
+}
+
+TEST(ProjectctlCommandLine, RefusesWhatMeansNothing) {
+    const std::vector<Arguments> sufficient = {{"create", "a"},
+                                               {"show", "a"},
+                                               {"check", "a"},
+                                               {"strip", "a", "b"},
+                                               {"sign", "a"},
+                                               {"verify", "a", "b"},
+                                               {"export", "a"},
+                                               {"convert", "a", "--to", "der"},
+                                               {"explain", "--body", "a"}};
+    for (Arguments arguments : sufficient) {
+        arguments.emplace_back("--wrong");
+        EXPECT_TRUE(isRefused(arguments, "The following argument was not expected: --wrong"));
+    }
+    EXPECT_TRUE(isRefused({"check", "a", "b"}, "The following argument was not expected: b"));
+    EXPECT_TRUE(
+        isRefused({"check", "a", "--secret"}, "The following argument was not expected: --secret"));
+    EXPECT_TRUE(
+        isRefused({"--json", "check", "a"}, "The following argument was not expected: --json"));
+    EXPECT_TRUE(isRefused({"create", "a", "--base", "other"},
+                          "--base: 'other' is none of random, standard"));
+    EXPECT_TRUE(
+        isRefused({"convert", "a", "--to", "pem"}, "--to: 'pem' is none of text, der, hex"));
+    EXPECT_TRUE(isRefused({"convert", "a", "--from", "0", "--to", "der"},
+                          "--from: '0' is none of text, der, hex"));
+}
+
+TEST(ProjectctlCommandLine, RefusesRepetition) {
+    const std::vector<Arguments> repeated = {
+        {"create", "a", "--base", "random", "--base", "random"},
+        {"create", "a", "--from-scalar", "b", "--from-scalar", "c"},
+        {"show", "a", "--secret", "--secret"},
+        {"show", "a", "--json", "--json"},
+        {"check", "a", "--json", "--json"},
+        {"sign", "a", "--json", "--json"},
+        {"verify", "a", "b", "--json", "--json"},
+        {"export", "a", "--private", "--private"},
+        {"convert", "a", "--to", "der", "--to", "hex"},
+        {"convert", "a", "--to", "der", "--from", "hex", "--from", "hex"},
+        {"convert", "--digest-of", "a", "--digest-of", "b"},
+        {"explain", "--body", "a", "--body", "b"},
+        {"explain", "--project", "a", "--data", "b", "--data", "c"}};
+    for (const Arguments& arguments : repeated) {
+        const ProgramEnd end = runProjectctl(arguments);
+        const std::size_t at = end.errors.find(" is given 2 times");
+        EXPECT_EQ(end.status, 2);
+        ASSERT_NE(at, std::string::npos) << end.errors;
+        const std::string option = end.errors.substr(12, at - 12);
+        EXPECT_EQ(std::count(arguments.begin(), arguments.end(), option), 2) << option;
+    }
+}
+
+TEST(ProjectctlCommandLine, RefusesConflicts) {
+    EXPECT_TRUE(isRefused({"explain", "--body", "a", "--project", "b", "--data", "c"},
+                          "--body excludes --project"));
+    EXPECT_TRUE(isRefused({"explain", "--project", "a", "--data", "b", "--file", "c"},
+                          "--data excludes --file"));
+    EXPECT_TRUE(
+        isRefused({"explain", "--body", "a", "--content-length", "1", "--no-content-length"},
+                  "--content-length excludes --no-content-length"));
+    EXPECT_TRUE(isRefused({"convert", "a", "--digest-of", "b"}, "SIGNATURE excludes --digest-of"));
+    EXPECT_TRUE(isRefused({"convert", "a", "--to", "der", "--json"}, "--to excludes --json"));
+}
+
+TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
+    for (const char* option : {"--data", "--file", "--signature"}) {
+        EXPECT_TRUE(
+            isRefused({"explain", option, "a"}, std::string(option) + " requires --project"));
+    }
+    for (const char* option : {"--content-type", "--content-length"}) {
+        EXPECT_TRUE(isRefused({"explain", "--project", "p", "--data", "d", option, "a"},
+                              std::string(option) + " requires --body"));
+    }
+    EXPECT_TRUE(isRefused({"explain", "--project", "p", "--file", "f", "--data-encoding", "plain"},
+                          "--data-encoding requires --data"));
+    EXPECT_TRUE(
+        isRefused({"convert", "--digest-of", "a", "--to", "der"}, "--to requires SIGNATURE"));
+    EXPECT_TRUE(
+        isRefused({"convert", "--digest-of", "a", "--from", "der"}, "--from requires SIGNATURE"));
+}
+
+TEST(ProjectctlCommandLine, PrintsItsVersion) {
+    EXPECT_TRUE(endedWith(runProjectctl({"--version"}), 0, "projectctl " SIGN_VERSION "\n"));
+}
+
+TEST(ProjectctlCommandLine, PrintsHelpWithAllCommandsAndAnExampleOfEach) {
+    const ProgramEnd help = runProjectctl({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.errors, "");
+    for (const std::string& command : commands) {
+        EXPECT_NE(help.output.find("\n  " + command + " "), std::string::npos) << command;
+        const ProgramEnd more = runProjectctl({command, "--help"});
+        EXPECT_EQ(more.status, 0);
+        EXPECT_EQ(more.errors, "");
+        EXPECT_NE(more.output.find("\nExample:\n  projectctl " + command + " "), std::string::npos);
+    }
+}
+
+}  // namespace

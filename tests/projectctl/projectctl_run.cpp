@@ -1,0 +1,24 @@
+#include "tests/projectctl/projectctl_run.h"
+
+#include <cstdlib>
+#include <utility>
+
+ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& input) {
+    const char* chosen = std::getenv("SIGN_PROGRAM_FOLDER");
+    arguments.insert(arguments.begin(), "projectctl");
+    ProgramCall call;
+    call.path = std::string(chosen == nullptr ? SIGN_BUILD_FOLDER : chosen) + "/projectctl";
+    call.arguments = std::move(arguments);
+    call.pieces = {input};
+    return runProgram(call);
+}
+
+testing::AssertionResult endedWith(const ProgramEnd& end, int status, const std::string& output,
+                                   const std::string& errors) {
+    if (end.status == status && end.output == output && end.errors == errors) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << "status " << end.status << ", signal " << end.signal << ", output \"" << end.output
+           << "\", errors \"" << end.errors << '"';
+}

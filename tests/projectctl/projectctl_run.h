@@ -1,0 +1,15 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/program_run.h"
+
+/// Runs the built projectctl with these arguments behind its name. Standard input gives `input`.
+ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& input = "");
+
+/// Whether it ended by itself with this status and these texts.
+testing::AssertionResult endedWith(const ProgramEnd& end, int status, const std::string& output,
+                                   const std::string& errors = "");

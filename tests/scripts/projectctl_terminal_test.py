@@ -1,0 +1,122 @@
+"""Signs and verifies large files and pipes with projectctl, on a terminal and without one.
+
+    projectctl_terminal_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
+"""
+
+import os
+import pty
+import re
+import resource
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+from pathlib import Path
+
+QUIET_SIZE = 64 << 20
+LARGE_SIZE = 2 * QUIET_SIZE
+SECONDS_FOR_A_COMMAND = 120
+BAR = re.compile(rb"\r\[(#*) *\] (\d+) %")
+END_OF_BAR = b"\r\x1b[K"
+
+
+class Terminal:
+    """A terminal that collects what is written to it."""
+
+    def __init__(self):
+        self.ours, self.theirs = pty.openpty()
+        self.output = b""
+        self.reader = threading.Thread(target=self._collect)
+        self.reader.start()
+
+    def _collect(self):
+        try:
+            while piece := os.read(self.ours, 4096):
+                self.output += piece
+        except OSError:
+            pass  # the other end is closed
+
+    def close(self):
+        os.close(self.theirs)
+        self.reader.join()
+        os.close(self.ours)
+        return self.output
+
+
+class LargeFiles(unittest.TestCase):
+    programs = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.run_projectctl("create", "project")
+
+    def run_projectctl(self, *arguments, **options):
+        return subprocess.run([self.programs / "projectctl", *arguments], cwd=self.folder,
+                              check=True, timeout=SECONDS_FOR_A_COMMAND,
+                              stdout=subprocess.PIPE, **options).stdout.decode().rstrip("\n")
+
+    def run_on_terminal(self, *arguments):
+        terminal = Terminal()
+        try:
+            output = self.run_projectctl(*arguments, stderr=terminal.theirs)
+        finally:
+            shown = terminal.close()
+        return output, shown
+
+    def sparse_file(self, size):
+        with open(self.folder / "file", "wb") as file:
+            file.truncate(size)
+        return "file"
+
+    def assert_is_bar(self, shown):
+        self.assertTrue(shown.endswith(END_OF_BAR), shown[-80:])
+        bars = BAR.findall(shown)
+        self.assertEqual(BAR.sub(b"", shown), END_OF_BAR, "nothing but bars and their removal")
+        percentages = [int(percentage) for _, percentage in bars]
+        self.assertEqual(percentages, sorted(set(percentages)), "it only grows")
+        self.assertGreater(len(percentages), 2)
+        self.assertLessEqual(percentages[-1], 100)
+        for filled, percentage in bars:
+            self.assertEqual(len(filled), int(percentage) * 40 // 100)
+
+    def test_a_large_file_has_a_bar_on_a_terminal(self):
+        file = self.sparse_file(LARGE_SIZE)
+        signature, shown = self.run_on_terminal("sign", "project", file)
+        self.assert_is_bar(shown)
+        verdict, shown = self.run_on_terminal("verify", "project", signature, file)
+        self.assertEqual(verdict, "true")
+        self.assert_is_bar(shown)
+
+    def test_a_file_of_64_mib_has_none(self):
+        _, shown = self.run_on_terminal("sign", "project", self.sparse_file(QUIET_SIZE))
+        self.assertEqual(shown, b"")
+
+    def test_a_large_file_has_none_without_a_terminal(self):
+        errors = self.folder / "errors"
+        with open(errors, "wb") as stream:
+            self.run_projectctl("sign", "project", self.sparse_file(LARGE_SIZE), stderr=stream)
+        self.assertEqual(errors.read_bytes(), b"")
+
+    def test_a_pipe_of_any_size_is_signed_in_the_same_memory(self):
+        writing = subprocess.Popen(["head", "-c", str(LARGE_SIZE), "/dev/zero"],
+                                   stdout=subprocess.PIPE)
+        # Private memory, which the pages of a mapped file are not.
+        limit = 16 << 20
+        under_sanitizers = os.environ.get("SIGN_SANITIZED") == "1"
+        signature = self.run_projectctl(
+            "sign", "project", stdin=writing.stdout,
+            preexec_fn=None if under_sanitizers
+            else lambda: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
+        writing.stdout.close()
+        self.assertEqual(writing.wait(), 0)
+        self.assertEqual(
+            self.run_projectctl("verify", "project", signature, self.sparse_file(LARGE_SIZE)),
+            "true")
+
+
+if __name__ == "__main__":
+    LargeFiles.programs = Path(os.environ.get("SIGN_PROGRAM_FOLDER") or sys.argv[1]).resolve()
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,91 @@
+#include "tests/unit/tools/file_calls.h"
+
+#include <fcntl.h>
+#include <sys/types.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+
+namespace {
+
+ScopedFileCalls* current = nullptr;
+
+/// The result of `call`, if it is to be made.
+template <typename Function>
+int watched(FileCall name, const Function& call) {
+    if (current == nullptr) {
+        return call();
+    }
+    if (current->killBefore == name) {
+        std::raise(SIGKILL);
+    }
+    const auto error = current->errors.find(name);
+    if (error != current->errors.end()) {
+        errno = error->second;
+        return -1;
+    }
+    const int result = call();
+    if (current->killAfter == name) {
+        std::raise(SIGKILL);
+    }
+    return result;
+}
+
+}  // namespace
+
+ScopedFileCalls::ScopedFileCalls() {
+    current = this;
+}
+
+ScopedFileCalls::~ScopedFileCalls() {
+    current = nullptr;
+}
+
+// The linker's names for the library's functions and for what replaces them.
+int systemOpen(const char* path, int flags, mode_t mode) asm("__real_open");
+int replacedOpen(const char* path, int flags, ...) asm("__wrap_open");
+int systemFlush(int descriptor) asm("__real_fsync");
+int replacedFlush(int descriptor) asm("__wrap_fsync");
+int systemLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                 int flags) asm("__real_linkat");
+int replacedLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                   int flags) asm("__wrap_linkat");
+int systemRename(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                 unsigned flags) asm("__real_renameat2");
+int replacedRename(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                   unsigned flags) asm("__wrap_renameat2");
+int systemLink(const char* oldPath, const char* newPath) asm("__real_link");
+int replacedLink(const char* oldPath, const char* newPath) asm("__wrap_link");
+
+int replacedOpen(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+        std::va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    const auto call = [=] { return systemOpen(path, flags, mode); };
+    return (flags & O_TMPFILE) == O_TMPFILE ? watched(FileCall::openUnnamed, call) : call();
+}
+
+int replacedFlush(int descriptor) {
+    return watched(FileCall::flush, [=] { return systemFlush(descriptor); });
+}
+
+int replacedLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                   int flags) {
+    return watched(FileCall::linkUnnamed,
+                   [=] { return systemLinkAt(oldFolder, oldPath, newFolder, newPath, flags); });
+}
+
+int replacedRename(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
+                   unsigned flags) {
+    return watched(FileCall::rename,
+                   [=] { return systemRename(oldFolder, oldPath, newFolder, newPath, flags); });
+}
+
+int replacedLink(const char* oldPath, const char* newPath) {
+    return watched(FileCall::link, [=] { return systemLink(oldPath, newPath); });
+}

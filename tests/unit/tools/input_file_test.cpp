@@ -1,0 +1,193 @@
+#include "tools/files/input_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <thread>
+
+#include "engine/mapped_file.h"
+#include "tests/support/random_operands.h"
+#include "tests/support/standard_streams.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// What the engine would sign.
+Bytes mappedBytes(const InputFile& file) {
+    MappedFile mapped;
+    const std::span<const std::uint8_t> bytes = mapInputFile(mapped, file.path.c_str());
+    return {bytes.begin(), bytes.end()};
+}
+
+/// While it lives, TMPDIR has this value.
+class ScopedTemporaryFolder {
+public:
+    explicit ScopedTemporaryFolder(const std::string& path) {
+        const char* before = std::getenv("TMPDIR");
+        before_ = before == nullptr ? "" : before;
+        ::setenv("TMPDIR", path.c_str(), 1);
+    }
+    ~ScopedTemporaryFolder() {
+        if (before_.empty()) {
+            ::unsetenv("TMPDIR");
+        } else {
+            ::setenv("TMPDIR", before_.c_str(), 1);
+        }
+    }
+    ScopedTemporaryFolder(const ScopedTemporaryFolder&) = delete;
+    ScopedTemporaryFolder& operator=(const ScopedTemporaryFolder&) = delete;
+
+private:
+    std::string before_;
+};
+
+/// While it lives, standard input is the reading end of a pipe that gets these bytes in pieces.
+class ScopedPipe {
+public:
+    explicit ScopedPipe(const Bytes& bytes) : saved_(::dup(STDIN_FILENO)) {
+        std::array<int, 2> ends{};
+        if (::pipe(ends.data()) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+        ::dup2(ends[0], STDIN_FILENO);
+        ::close(ends[0]);
+        writer_ = std::thread([bytes, end = ends[1]] {
+            constexpr std::size_t piece = 7001;
+            for (std::size_t at = 0; at < bytes.size(); at += piece) {
+                const std::size_t count = std::min(piece, bytes.size() - at);
+                if (::write(end, bytes.data() + at, count) != static_cast<ssize_t>(count)) {
+                    break;
+                }
+            }
+            ::close(end);
+        });
+    }
+    ~ScopedPipe() {
+        writer_.join();
+        ::dup2(saved_, STDIN_FILENO);
+        ::close(saved_);
+    }
+    ScopedPipe(const ScopedPipe&) = delete;
+    ScopedPipe& operator=(const ScopedPipe&) = delete;
+
+private:
+    int saved_;
+    std::thread writer_;
+};
+
+class OpenInputFile : public testing::Test {
+protected:
+    TemporaryFolder folder;
+    const ScopedTemporaryFolder temporary{folder.path()};
+};
+
+TEST_F(OpenInputFile, TakesAPathAsItStands) {
+    InputFile file;
+    EXPECT_EQ(openInputFile("some/path", file), std::nullopt);
+    EXPECT_EQ(file.path, "some/path");
+}
+
+TEST_F(OpenInputFile, CopiesAPipeToItsEndAndLeavesNoFile) {
+    const Bytes bytes = randomBytes(200'000);
+    {
+        const ScopedPipe pipe(bytes);
+        InputFile file;
+        ASSERT_EQ(openInputFile("-", file), std::nullopt);
+        EXPECT_EQ(mappedBytes(file), bytes);
+        EXPECT_TRUE(folder.names().empty());
+    }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(OpenInputFile, TakesAFileOnStandardInputWithoutACopy) {
+    const ScopedInput input("content");
+    InputFile file;
+    ASSERT_EQ(openInputFile("-", file), std::nullopt);
+    EXPECT_EQ(file.descriptor, -1);
+    EXPECT_EQ(mappedBytes(file), (Bytes{'c', 'o', 'n', 't', 'e', 'n', 't'}));
+}
+
+TEST_F(OpenInputFile, CopiesTheRestOfAFileThatHasBeenReadFrom) {
+    const ScopedInput input("content");
+    std::array<char, 3> taken{};
+    ASSERT_EQ(::read(STDIN_FILENO, taken.data(), taken.size()), 3);
+    InputFile file;
+    ASSERT_EQ(openInputFile("-", file), std::nullopt);
+    EXPECT_EQ(mappedBytes(file), (Bytes{'t', 'e', 'n', 't'}));
+}
+
+TEST_F(OpenInputFile, NamesTheFolderThatTakesNoCopy) {
+    const std::string missing = folder.file("missing");
+    const ScopedTemporaryFolder nowhere(missing);
+    const ScopedPipe pipe({1});
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file),
+              missing + ": no copy of standard input: No such file or directory");
+}
+
+TEST_F(OpenInputFile, ReportsAStandardInputThatCannotBeRead) {
+    const int saved = ::dup(STDIN_FILENO);
+    const int directory = ::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC);
+    ::dup2(directory, STDIN_FILENO);
+    ::close(directory);
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file), "standard input: Is a directory");
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+}
+
+class InputFileRefusal : public testing::Test {
+protected:
+    std::string sparse(std::uint64_t size) const {
+        const std::string path = folder.write("sparse", {});
+        std::filesystem::resize_file(path, size);
+        return path;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(InputFileRefusal, IsNothingForAFileThatCanBeSigned) {
+    EXPECT_EQ(inputFileRefusal(folder.write("file", {1})), std::nullopt);
+    EXPECT_EQ(inputFileRefusal(sparse(2147483647)), std::nullopt);
+    EXPECT_EQ(inputFileRefusal(sparse(4294967301)), std::nullopt);
+}
+
+TEST_F(InputFileRefusal, TellsWhyAFileCannotBeOpened) {
+    EXPECT_EQ(inputFileRefusal(folder.file("missing")),
+              "cannot be opened: No such file or directory");
+    EXPECT_EQ(inputFileRefusal(folder.write("file", {1}) + "/x"),
+              "cannot be opened: Not a directory");
+}
+
+TEST_F(InputFileRefusal, TellsWhatIsNoFile) {
+    EXPECT_EQ(inputFileRefusal(folder.path()), "is a directory");
+    EXPECT_EQ(inputFileRefusal("/dev/null"), "is no regular file");
+}
+
+TEST_F(InputFileRefusal, TellsTheSizesThatCannotBeSigned) {
+    EXPECT_EQ(inputFileRefusal(folder.write("file", {})), "is empty");
+    EXPECT_EQ(inputFileRefusal(sparse(2147483648)),
+              "has 2147483648 bytes: at most 2147483647 can be signed");
+    EXPECT_EQ(inputFileRefusal(sparse(4294967295)),
+              "has 4294967295 bytes: at most 2147483647 can be signed");
+    EXPECT_EQ(inputFileRefusal(sparse(4294967296)),
+              "has 4294967296 bytes, a multiple of 4294967296: nothing of it counts");
+}
+
+TEST_F(InputFileRefusal, IsAccompaniedByARemarkOnAFileOfWhichAPartCounts) {
+    EXPECT_EQ(inputFileRemark(folder.write("file", {1})), std::nullopt);
+    EXPECT_EQ(inputFileRemark(sparse(4294967295)), std::nullopt);
+    EXPECT_EQ(inputFileRemark(sparse(4294967301)), "only the first 5 bytes of 4294967301 count");
+    EXPECT_EQ(inputFileRemark(sparse(4294967297)), "only the first 1 byte of 4294967297 count");
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+#include "frontend/request_driver.h"
+#include "tests/unit/tools/explanation_test.h"
+
+namespace {
+
+class ExplainRecord : public ExplanationTest {
+protected:
+    /// The rule and the reason of a refusal with this message.
+    static std::string refusalOf(const Explanation& explanation, const std::string& message) {
+        EXPECT_EQ(explanation.status, "400 Bad Request");
+        EXPECT_EQ(explanation.body, message);
+        return reasonOf(explanation);
+    }
+
+    std::string signingForm() const { return "sig_create=true&project=" + project; }
+    std::string verifyingForm() const { return "sig_verify=true&project=" + project; }
+};
+
+constexpr const char* projectRequired = "'project' parameter is required";
+constexpr const char* signatureRequired = "'signature' parameter is required";
+constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
+constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
+
+}  // namespace
+
+TEST_F(ExplainRecord, TellsThatNoProjectIsNamed) {
+    for (const char* body : {"sig_create=true", "sig_verify=true&project="}) {
+        EXPECT_EQ(refusalOf(explainForm(body), projectRequired),
+                  "request.project: 'project' is absent or empty");
+    }
+    EXPECT_EQ(refusalOf(explainJson(R"({"mode":"verifySignature"})"), projectRequired),
+              "request.project: 'project' is absent or empty");
+}
+
+TEST_F(ExplainRecord, TellsThatVerifyingNeedsASignatureBeforeAllElse) {
+    for (const char* more : {"", "&sig_data=a", "&sig=", "&sig_data=a&sig_data_encoding=json"}) {
+        EXPECT_EQ(refusalOf(explainForm(verifyingForm() + more), signatureRequired),
+                  "request.no-signature: 'sig' is absent or empty, and verifying needs it");
+    }
+    EXPECT_EQ(
+        refusalOf(explainJson(R"({"mode":"verifySignature","project":"p"})"), signatureRequired),
+        "request.no-signature: 'signature.signature' is absent or empty, and verifying needs "
+        "it");
+}
+
+TEST_F(ExplainRecord, TellsThatThereIsNeitherDataNorFile) {
+    for (const std::string& body : {signingForm(), signingForm() + "&sig_data=&sig_file=",
+                                    verifyingForm() + "&sig=x&sig_data_encoding=json"}) {
+        EXPECT_EQ(refusalOf(explainForm(body), dataOrFile),
+                  "request.no-input: neither 'sig_data' nor 'sig_file' is given");
+    }
+}
+
+TEST_F(ExplainRecord, TellsThatThereAreDataAndFile) {
+    for (const std::string& body : {signingForm(), verifyingForm() + "&sig=x"}) {
+        EXPECT_EQ(refusalOf(explainForm(body + "&sig_data=a&sig_file=b"), dataOrFile),
+                  "request.two-inputs: 'sig_data' and 'sig_file' are both given, and only one may "
+                  "be");
+    }
+}
+
+TEST_F(ExplainRecord, TellsAWritingOfTheDataThatIsNotAllowed) {
+    for (const char* word : {"json", "urlencode"}) {
+        const std::string more = "&sig_data_encoding=" + std::string(word);
+        const std::string reason = "request.data-encoding: 'sig_data_encoding' is \"" +
+                                   std::string(word) +
+                                   "\"; data are written as \"plain\" or \"base64\"";
+        EXPECT_EQ(refusalOf(explainForm(signingForm() + "&sig_data=a" + more), wrongEncoding),
+                  reason);
+        EXPECT_EQ(
+            refusalOf(explainForm(verifyingForm() + "&sig=x&sig_file=a" + more), wrongEncoding),
+            reason + ", and this holds for a request with a file too");
+    }
+    EXPECT_EQ(refusalOf(explainJson(R"({"mode":"generateSignature","project":"p","signature":)"
+                                    R"({"data":"a","encoding":"json"}})"),
+                        wrongEncoding),
+              "request.data-encoding: 'signature.encoding' is \"json\"; data are written as "
+              "\"plain\" or \"base64\"");
+}
+
+TEST_F(ExplainRecord, TellsAnOperationThatTheProgramDoesNotHave) {
+    RequestReading reading;
+    reading.record.mode = static_cast<RequestMode>(7);
+    reading.record.project = project;
+    const Explanation explanation = explainReading(reading);
+    EXPECT_EQ(reasonOf(explanation),
+              "request.mode-unknown: the record asks for an operation that the program does not "
+              "have");
+    const RequestAnswer answer =
+        answerFrom(capturedOutput([&] { dispatchRequest(reading.record); }));
+    EXPECT_EQ(explanation.status, "500 Server Error");
+    EXPECT_TRUE(tells(explanation, answer)) << answer;
+}
+
+TEST_F(ExplainRecord, RemarksOnWordsThatAreNotKnown) {
+    const std::string signing = signingForm() + "&sig_data=a";
+    EXPECT_EQ(explainForm(signing + "&encoding=xml&sig_data_encoding=Base64").remarks,
+              (std::vector<std::string>{
+                  "'encoding' is \"xml\", which is no known word: the default holds, "
+                  "\"urlencode\"",
+                  "'sig_data_encoding' is \"Base64\", which is no known word: the default holds, "
+                  "\"plain\""}));
+    EXPECT_TRUE(explainForm(signing + "&encoding=&sig_data_encoding=base6").remarks.size() == 1);
+    const std::string start = R"({"mode":"generateSignature","project":")" + project;
+    EXPECT_EQ(
+        explainJson(start + R"(","encoding":"x","signature":{"data":"a","encoding":"y"}})").remarks,
+        (std::vector<std::string>{
+            "'encoding' is \"x\", which is no known word: the default holds, \"json\"",
+            "'signature.encoding' is \"y\", which is no known word: the default holds, "
+            "\"plain\""}));
+}

@@ -1,0 +1,220 @@
+#include "tools/files/whole_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/file_calls.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+using Bytes = std::vector<std::uint8_t>;
+
+const Bytes content = {'w', 'h', 'o', 'l', 'e'};
+
+bool writeContent(std::FILE* stream) {
+    return std::fwrite(content.data(), content.size(), 1, stream) == 1;
+}
+
+/// The wait status of a child that does this and exits with 0.
+int statusOfChild(const std::function<void()>& action) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        action();
+        ::_exit(0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+/// While it lives, the process may do no more than anybody.
+class ScopedOrdinaryUser {
+public:
+    ScopedOrdinaryUser() {
+        constexpr uid_t nobody = 65534;
+        if (before_ == 0) {
+            changed_ = ::seteuid(nobody) == 0;
+        }
+    }
+    ~ScopedOrdinaryUser() {
+        if (changed_ && ::seteuid(before_) != 0) {
+            std::abort();
+        }
+    }
+    ScopedOrdinaryUser(const ScopedOrdinaryUser&) = delete;
+    ScopedOrdinaryUser& operator=(const ScopedOrdinaryUser&) = delete;
+
+private:
+    uid_t before_ = ::geteuid();
+    bool changed_ = false;
+};
+
+/// With true, on a file system where every file has a name.
+class WholeFile : public testing::TestWithParam<bool> {
+protected:
+    WholeFile() {
+        if (GetParam()) {
+            calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
+        }
+    }
+
+    std::optional<std::string> write(FileAudience audience = FileAudience::owner) const {
+        return writeWholeFile(path, audience, writeContent);
+    }
+
+    /// The call that gives the file its name.
+    static FileCall publishing() { return GetParam() ? FileCall::rename : FileCall::linkUnnamed; }
+
+    TemporaryFolder folder;
+    const std::string path = folder.file("new");
+    ScopedFileCalls calls;
+};
+
+TEST_P(WholeFile, HasItsContentAndNothingBesideIt) {
+    EXPECT_EQ(write(), std::nullopt);
+    EXPECT_EQ(fileBytes(path), content);
+    EXPECT_EQ(folder.names(), Names{"new"});
+}
+
+TEST_P(WholeFile, IsReadableByItsAudience) {
+    const mode_t before = ::umask(0027);
+    EXPECT_EQ(write(FileAudience::everybody), std::nullopt);
+    EXPECT_EQ(writeWholeFile(folder.file("secret"), FileAudience::owner, writeContent),
+              std::nullopt);
+    ::umask(before);
+    struct stat status {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+    ASSERT_EQ(::stat(folder.file("secret").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_P(WholeFile, GoesToTheWorkingFolderWithoutAFolderInItsPath) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    EXPECT_EQ(writeWholeFile("new", FileAudience::owner, writeContent), std::nullopt);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(fileBytes(path), content);
+}
+
+TEST_P(WholeFile, ReplacesNothing) {
+    folder.write("new", {1});
+    EXPECT_EQ(write(), path + ": File exists");
+    EXPECT_EQ(fileBytes(path), Bytes{1});
+    EXPECT_EQ(folder.names(), Names{"new"});
+}
+
+TEST_P(WholeFile, LeavesNothingWhenTheContentFails) {
+    EXPECT_NE(writeWholeFile(path, FileAudience::owner,
+                             [](std::FILE* stream) {
+                                 writeContent(stream);
+                                 errno = EIO;
+                                 return false;
+                             }),
+              std::nullopt);
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, LeavesNothingOnAFullDisk) {
+    calls.errors[FileCall::flush] = ENOSPC;
+    EXPECT_EQ(write(), path + ": No space left on device");
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, LeavesNothingWhenItCannotBeNamed) {
+    calls.errors[publishing()] = EIO;
+    EXPECT_EQ(write(), path + ": Input/output error");
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, IsNotWrittenInAFolderWithoutPermission) {
+    std::filesystem::permissions(folder.path(), std::filesystem::perms{0555});
+    {
+        const ScopedOrdinaryUser user;
+        EXPECT_EQ(write(), path + ": Permission denied");
+    }
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, IsCompleteOnceItHasItsName) {
+    const int status = statusOfChild([this] {
+        calls.killAfter = publishing();
+        write();
+    });
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(fileBytes(path), content);
+    EXPECT_EQ(folder.names(), Names{"new"});
+}
+
+TEST_P(WholeFile, IsFinishedBeforeATerminationThatArrivesOnTheWay) {
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        const int status = statusOfChild([this, signal] {
+            writeWholeFile(path, FileAudience::owner, [signal](std::FILE* stream) {
+                ::kill(::getpid(), signal);
+                return writeContent(stream);
+            });
+        });
+        ASSERT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), signal);
+        EXPECT_EQ(folder.names(), Names{"new"});
+        EXPECT_EQ(fileBytes(path), content);
+        std::filesystem::remove(path);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Named, WholeFile, testing::Bool(), testing::PrintToStringParamName());
+
+using KilledWholeFile = testing::TestWithParam<FileCall>;
+
+TEST_P(KilledWholeFile, LeavesNothing) {
+    const TemporaryFolder folder;
+    const int status = statusOfChild([&] {
+        ScopedFileCalls calls;
+        calls.killBefore = GetParam();
+        writeWholeFile(folder.file("new"), FileAudience::owner, writeContent);
+    });
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+INSTANTIATE_TEST_SUITE_P(Before, KilledWholeFile,
+                         testing::Values(FileCall::openUnnamed, FileCall::flush,
+                                         FileCall::linkUnnamed));
+
+TEST(NamedWholeFile, IsLinkedWhereRenamingCannotSpareTheTarget) {
+    const TemporaryFolder folder;
+    ScopedFileCalls calls;
+    calls.errors = {{FileCall::openUnnamed, EOPNOTSUPP}, {FileCall::rename, EINVAL}};
+    const std::string path = folder.file("new");
+    EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent), std::nullopt);
+    EXPECT_EQ(fileBytes(path), content);
+    EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent), path + ": File exists");
+    EXPECT_EQ(folder.names(), Names{"new"});
+}
+
+TEST(NamedWholeFile, TakesANameThatIsFree) {
+    const TemporaryFolder folder;
+    ScopedFileCalls calls;
+    calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
+    const std::string stale = "new." + std::to_string(::getpid()) + ".0";
+    folder.write(stale, {1});
+    EXPECT_EQ(writeWholeFile(folder.file("new"), FileAudience::owner, writeContent), std::nullopt);
+    EXPECT_EQ(fileBytes(folder.file("new")), content);
+    EXPECT_EQ(fileBytes(folder.file(stale)), Bytes{1});
+    EXPECT_EQ(folder.names().size(), 2U);
+}
+
+}  // namespace

@@ -1,0 +1,292 @@
+#include "tools/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tools/commands/check_command.h"
+#include "tools/commands/convert_command.h"
+#include "tools/commands/create_command.h"
+#include "tools/commands/explain_command.h"
+#include "tools/commands/export_command.h"
+#include "tools/commands/show_command.h"
+#include "tools/commands/sign_command.h"
+#include "tools/commands/strip_command.h"
+#include "tools/commands/verify_command.h"
+#include "tools/exit_status.h"
+#include "tools/report.h"
+
+namespace {
+
+/// Refuses every word but these, and makes the enumerator of its position of each.
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+    const auto replace = [words](std::string& word) -> std::string {
+        const auto found = std::find(words.begin(), words.end(), word);
+        if (found == words.end()) {
+            return "'" + word + "' is none of " + CLI::detail::join(words, ", ");
+        }
+        word = std::to_string(found - words.begin());
+        return {};
+    };
+    return CLI::Validator(replace, "");
+}
+
+/// Throws if an option stands there more than once.
+void refuseRepetition(const CLI::App& command) {
+    for (const CLI::Option* option : command.get_options()) {
+        if (option->count() > 1) {
+            throw CLI::ArgumentMismatch(option->get_name() + " is given " +
+                                        std::to_string(option->count()) + " times");
+        }
+    }
+}
+
+constexpr const char* version = "projectctl " SIGN_VERSION;
+
+/// The parser's commands, each of which sets `run` to what it does.
+class CommandLine {
+public:
+    CommandLine() {
+        app_.require_subcommand(0, 1);
+        app_.set_version_flag("--version", version, "Print the version and exit");
+        app_.set_help_flag("-h,--help", "Print this help and exit");
+        app_.footer("'projectctl COMMAND --help' tells more of each, with an example.");
+        addCreate();
+        addShow();
+        addCheck();
+        addStrip();
+        addSign();
+        addVerify();
+        addExplain();
+        addExport();
+        addConvert();
+    }
+
+    int run(int argumentCount, const char* const* arguments) {
+        try {
+            app_.parse(argumentCount, arguments);
+            if (command_ == nullptr) {
+                throw CLI::RequiredError("a command");
+            }
+        } catch (const CLI::Success& success) {
+            return app_.exit(success);
+        } catch (const CLI::ParseError& error) {
+            const std::string message = error.what();
+            return reportFailure(message.substr(0, message.find_last_not_of(" \n") + 1) +
+                                 "; see 'projectctl --help'");
+        }
+        try {
+            return command_();
+        } catch (const std::bad_alloc&) {
+            return reportFailure("there is not enough memory");
+        }
+    }
+
+private:
+    CLI::App* addCommand(const std::string& name, const std::string& description,
+                         const std::string& example) {
+        CLI::App* command = app_.add_subcommand(name, description);
+        command->footer("Example:\n  projectctl " + example);
+        return command;
+    }
+
+    static CLI::Option* addFlag(CLI::App* command, const std::string& name, bool& value,
+                                const std::string& description) {
+        return command->add_flag(name, value, description)->disable_flag_override();
+    }
+
+    template <typename Value>
+    static CLI::Option* addOption(CLI::App* command, const std::string& name, Value& value,
+                                  const std::string& valueName, const std::string& description) {
+        return command->add_option(name, value, description)
+            ->type_name(valueName)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    }
+
+    static void addJson(CLI::App* command, bool& json) {
+        addFlag(command, "--json", json, "Print one line of JSON");
+    }
+
+    template <typename Options>
+    void onCommand(CLI::App* command, Options& options, int (*function)(const Options&)) {
+        command->callback([this, command, &options, function] {
+            refuseRepetition(*command);
+            command_ = [&options, function] { return function(options); };
+        });
+    }
+
+    void addCreate() {
+        CLI::App* command =
+            addCommand("create", "Make a project with a fresh key", "create my.project");
+        addOption(command, "FILE", create_.file, "", "The new project file")->required();
+        addOption(command, "--base", create_.base, "random|standard",
+                  "Base point: a random one, or the curve's published one")
+            ->transform(oneOf({"random", "standard"}));
+        addOption(command, "--from-scalar", create_.scalarFile, "HEXFILE",
+                  "Read the private scalar from a file (-: standard input), in hexadecimal");
+        onCommand(command, create_, createCommand);
+    }
+
+    void addShow() {
+        CLI::App* command =
+            addCommand("show", "Show the attributes of a project", "show my.project");
+        addOption(command, "FILE", show_.file, "", "The project file")->required();
+        addFlag(command, "--secret", show_.secret, "Show the private scalar too");
+        addJson(command, show_.json);
+        onCommand(command, show_, showCommand);
+    }
+
+    void addCheck() {
+        CLI::App* command =
+            addCommand("check", "Prove a project sound, or say what is not", "check my.project");
+        addOption(command, "FILE", check_.file, "", "The project file")->required();
+        addJson(command, check_.json);
+        onCommand(command, check_, checkCommand);
+    }
+
+    void addStrip() {
+        CLI::App* command = addCommand("strip", "Copy a project without its private scalar",
+                                       "strip my.project public.project");
+        addOption(command, "FILE", strip_.file, "", "The project file")->required();
+        addOption(command, "OUT", strip_.output, "", "The new project file, which only verifies")
+            ->required();
+        onCommand(command, strip_, stripCommand);
+    }
+
+    void addSign() {
+        CLI::App* command =
+            addCommand("sign", "Sign a file or standard input", "sign my.project letter.txt");
+        addOption(command, "PROJECT", sign_.project, "", "The project file")->required();
+        addOption(command, "FILE", sign_.file, "", "The file to sign (-: standard input)");
+        addJson(command, sign_.json);
+        onCommand(command, sign_, signCommand);
+    }
+
+    void addVerify() {
+        CLI::App* command =
+            addCommand("verify", "Verify a signature of a file or of standard input",
+                       "verify public.project \"$signature\" letter.txt");
+        addOption(command, "PROJECT", verify_.project, "", "The project file")->required();
+        addOption(command, "SIGNATURE", verify_.signature, "", "The text of the signature")
+            ->required();
+        addOption(command, "FILE", verify_.file, "",
+                  "The file that was signed (-: standard input)");
+        addJson(command, verify_.json);
+        onCommand(command, verify_, verifyCommand);
+    }
+
+    void addExplain();
+    void addExport() {
+        CLI::App* command =
+            addCommand("export", "Print the public key as PEM", "export my.project > public.pem");
+        addOption(command, "FILE", export_.file, "", "The project file")->required();
+        addFlag(command, "--private", export_.privateKey, "Print the private key instead");
+        onCommand(command, export_, exportCommand);
+    }
+
+    void addConvert();
+
+    CLI::App app_{"Makes, inspects and uses the projects that sign.cgi signs and verifies under.",
+                  "projectctl"};
+    CreateOptions create_;
+    ShowOptions show_;
+    CheckOptions check_;
+    StripOptions strip_;
+    SignOptions sign_;
+    VerifyOptions verify_;
+    ExplainOptions explain_;
+    ExportOptions export_;
+    ConvertOptions convert_;
+    std::function<int()> command_;
+};
+
+void CommandLine::addExplain() {
+    CLI::App* command =
+        addCommand("explain", "Tell how the program answers a request, and why",
+                   "explain --project my.project --file letter.txt --signature \"$signature\"");
+    CLI::Option* body = addOption(command, "--body", explain_.body, "FILE",
+                                  "The request's body (-: standard input)");
+    CLI::Option* type = addOption(command, "--content-type", explain_.contentType, "TYPE",
+                                  "CONTENT_TYPE; not set if left out");
+    CLI::Option* length = addOption(command, "--content-length", explain_.contentLength, "TEXT",
+                                    "CONTENT_LENGTH; the size of the body if left out");
+    CLI::Option* noLength = addFlag(command, "--no-content-length", explain_.noContentLength,
+                                    "CONTENT_LENGTH is not set");
+    for (CLI::Option* option : {body, type, length, noLength}) {
+        option->group("A raw request");
+    }
+    CLI::Option* project =
+        addOption(command, "--project", explain_.project, "FILE", "The project file");
+    CLI::Option* data = addOption(command, "--data", explain_.data, "TEXT", "The data");
+    CLI::Option* encoding = addOption(command, "--data-encoding", explain_.dataEncoding,
+                                      "plain|base64", "How the data is written");
+    CLI::Option* file = addOption(command, "--file", explain_.file, "FILE", "The file");
+    CLI::Option* signature = addOption(command, "--signature", explain_.signature, "TEXT",
+                                       "The signature; without one, the request signs");
+    for (CLI::Option* option : {project, data, encoding, file, signature}) {
+        option->group("A request in options");
+    }
+    type->needs(body);
+    length->needs(body)->excludes(noLength);
+    noLength->needs(body);
+    body->excludes(project);
+    data->needs(project)->excludes(file);
+    encoding->needs(data);
+    file->needs(project);
+    signature->needs(project);
+    addJson(command, explain_.json);
+    command->callback([=, this] {
+        refuseRepetition(*command);
+        if (body->empty() && project->empty()) {
+            throw CLI::RequiredError("--body or --project");
+        }
+        if (!project->empty() && data->empty() && file->empty()) {
+            throw CLI::RequiredError("--data or --file");
+        }
+        command_ = [this] { return explainCommand(explain_); };
+    });
+}
+
+void CommandLine::addConvert() {
+    CLI::App* command =
+        addCommand("convert", "Convert a signature, or digest a file, for other software",
+                   "convert \"$signature\" --to der > signature.der");
+    CLI::Option* signature =
+        addOption(command, "SIGNATURE", convert_.signature, "",
+                  "The signature; in DER, the file that holds it (-: standard input)");
+    CLI::Option* from = addOption(command, "--from", convert_.from, "text|der|hex",
+                                  "The form of the signature (default: text)")
+                            ->transform(oneOf({"text", "der", "hex"}));
+    CLI::Option* to = addOption(command, "--to", convert_.to, "text|der|hex", "The form to write")
+                          ->transform(oneOf({"text", "der", "hex"}));
+    CLI::Option* digest =
+        addOption(command, "--digest-of", convert_.digestOf, "FILE",
+                  "Write the file's digest in the order of bytes that other software wants");
+    from->needs(signature);
+    to->needs(signature);
+    digest->excludes(signature);
+    addJson(command, convert_.json);
+    command->callback([=, this] {
+        refuseRepetition(*command);
+        if (signature->empty() && digest->empty()) {
+            throw CLI::RequiredError("SIGNATURE or --digest-of");
+        }
+        if (!signature->empty() && to->empty() && !convert_.json) {
+            throw CLI::RequiredError("--to or --json");
+        }
+        if (!to->empty() && convert_.json) {
+            throw CLI::ExcludesError("--to", "--json");
+        }
+        command_ = [this] { return convertCommand(convert_); };
+    });
+}
+
+}  // namespace
+
+int runCommandLine(int argumentCount, const char* const* arguments) {
+    return CommandLine().run(argumentCount, arguments);
+}

@@ -1,0 +1,49 @@
+#include "tools/commands/check_command.h"
+
+#include <nlohmann/json.hpp>
+
+#include "tools/exit_status.h"
+#include "tools/project/project_check.h"
+#include "tools/report.h"
+
+namespace {
+
+nlohmann::ordered_json asJson(const ProjectFinding& finding) {
+    nlohmann::ordered_json value{{"code", finding.code}};
+    if (finding.attribute.has_value()) {
+        value["attribute"] = *finding.attribute;
+    }
+    value["text"] = finding.text;
+    return value;
+}
+
+void printCheckAsJson(const std::string& file, const ProjectCheck& check) {
+    nlohmann::ordered_json findings = nlohmann::ordered_json::array();
+    for (const ProjectFinding& finding : check.findings) {
+        findings.push_back(asJson(finding));
+    }
+    printJson({{"file", file},
+               {"sound", check.isSound()},
+               {"verifiesOnly", check.verifiesOnly},
+               {"findings", findings}});
+}
+
+void printCheck(const std::string& file, const ProjectCheck& check) {
+    for (const ProjectFinding& finding : check.findings) {
+        printText(file + ": " + finding.text + "\n");
+    }
+    if (check.isSound()) {
+        printText(file + ": sound" + (check.verifiesOnly ? ", for verifying only" : "") + "\n");
+    }
+}
+
+}  // namespace
+
+int checkCommand(const CheckOptions& options) {
+    const ProjectCheck check = checkProject(options.file);
+    if (check.unjudged.has_value()) {
+        return reportFailure(options.file + ": " + *check.unjudged);
+    }
+    (options.json ? printCheckAsJson : printCheck)(options.file, check);
+    return check.isSound() ? exitDone : exitNegative;
+}

@@ -1,0 +1,143 @@
+#include "tools/commands/explain_command.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "tools/exit_status.h"
+#include "tools/report.h"
+#include "tools/request/request_explanation.h"
+
+namespace {
+
+using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
+
+bool readAll(std::FILE* stream, std::string& content) {
+    std::string chunk(1 << 16, '\0');
+    std::size_t count = 0;
+    while ((count = std::fread(chunk.data(), 1, chunk.size(), stream)) != 0) {
+        content.append(chunk, 0, count);
+    }
+    return std::ferror(stream) == 0;
+}
+
+/// Reads a file, or standard input for "-"; the failure when it cannot be read.
+std::optional<std::string> readBody(const std::string& path, std::string& body) {
+    if (path == "-") {
+        return readAll(stdin, body)
+                   ? std::nullopt
+                   : std::optional("standard input: " + std::string(std::strerror(errno)));
+    }
+    const Stream stream(std::fopen(path.c_str(), "rbe"), &std::fclose);
+    if (stream == nullptr || !readAll(stream.get(), body)) {
+        return path + ": " + std::strerror(errno);
+    }
+    return std::nullopt;
+}
+
+bool hasRequestInOptions(const ExplainOptions& options) {
+    return options.project.has_value() || options.data.has_value() ||
+           options.dataEncoding.has_value() || options.file.has_value() ||
+           options.signature.has_value();
+}
+
+bool hasEnvironment(const ExplainOptions& options) {
+    return options.contentType.has_value() || options.contentLength.has_value() ||
+           options.noContentLength;
+}
+
+/// What is wrong with the options, if anything is.
+std::optional<std::string> conflict(const ExplainOptions& options) {
+    if (options.body.has_value() && hasRequestInOptions(options)) {
+        return "--body goes with none of --project, --data, --data-encoding, --file and "
+               "--signature";
+    }
+    if (!options.body.has_value() && hasEnvironment(options)) {
+        return "--content-type, --content-length and --no-content-length need --body";
+    }
+    if (!options.body.has_value() && !hasRequestInOptions(options)) {
+        return "no request: neither --body nor --project is given";
+    }
+    if (options.contentLength.has_value() && options.noContentLength) {
+        return "--content-length and --no-content-length exclude each other";
+    }
+    return std::nullopt;
+}
+
+/// The request that the options say, answered in plain text.
+RequestReading readOptions(const ExplainOptions& options) {
+    RequestReading reading{.names = {.project = "--project",
+                                     .data = "--data",
+                                     .dataEncoding = "--data-encoding",
+                                     .file = "--file",
+                                     .signature = "--signature"},
+                           .defaultEncoding = TextEncoding::plain,
+                           .dataEncodingWord = options.dataEncoding.value_or("")};
+    reading.record = {.project = options.project.value_or(""),
+                      .mode = options.signature.has_value() ? RequestMode::verifySignature
+                                                            : RequestMode::generateSignature,
+                      .signatureData = options.data.value_or(""),
+                      .signatureDataEncoding = parseTextEncoding(reading.dataEncodingWord),
+                      .signatureFile = options.file.value_or(""),
+                      .signature = options.signature.value_or("")};
+    return reading;
+}
+
+Explanation explainBody(const ExplainOptions& options, std::string body) {
+    RawRequest request{options.contentType, options.contentLength, std::move(body)};
+    if (!options.contentLength.has_value() && !options.noContentLength) {
+        request.contentLength = std::to_string(request.body.size());
+    }
+    return explainRequest(request);
+}
+
+void printExplanation(const Explanation& explanation) {
+    printText(explanation.status.empty()
+                  ? "The program ends without a response.\n"
+                  : "The program answers " + explanation.status + ": " + explanation.body + "\n");
+    printText("Rule " + explanation.rule + ": " + explanation.reason + ".\n");
+    for (const std::string& remark : explanation.remarks) {
+        printText("Note: " + remark + ".\n");
+    }
+}
+
+void printExplanationJson(const Explanation& explanation) {
+    nlohmann::ordered_json value;
+    if (explanation.status.empty()) {
+        value["status"] = nullptr;
+        value["body"] = nullptr;
+    } else {
+        value["status"] = explanation.status;
+        value["body"] = explanation.body;
+    }
+    value["rule"] = explanation.rule;
+    value["reason"] = explanation.reason;
+    value["remarks"] = explanation.remarks;
+    printJson(value);
+}
+
+}  // namespace
+
+int explainCommand(const ExplainOptions& options) {
+    if (const std::optional<std::string> failure = conflict(options)) {
+        return reportFailure(*failure);
+    }
+    std::string body;
+    if (options.body.has_value()) {
+        if (const std::optional<std::string> failure = readBody(*options.body, body)) {
+            return reportFailure(*failure);
+        }
+    }
+    try {
+        const Explanation explanation = options.body.has_value()
+                                            ? explainBody(options, std::move(body))
+                                            : explainReading(readOptions(options));
+        options.json ? printExplanationJson(explanation) : printExplanation(explanation);
+        return exitDone;
+    } catch (const std::system_error& error) {
+        return reportFailure(error.what());
+    }
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+struct ExplainOptions {
+    // A raw request: the body, and what the server would set.
+    std::optional<std::string> body;           ///< path of the body; "-" for standard input
+    std::optional<std::string> contentType;    ///< CONTENT_TYPE; unset if absent
+    std::optional<std::string> contentLength;  ///< CONTENT_LENGTH; the body's size if absent
+    bool noContentLength = false;              ///< CONTENT_LENGTH is unset
+
+    // Or a request in options, which verifies if there is a signature and signs otherwise.
+    std::optional<std::string> project;
+    std::optional<std::string> data;
+    std::optional<std::string> dataEncoding;  ///< as a request would say it
+    std::optional<std::string> file;
+    std::optional<std::string> signature;
+
+    bool json = false;
+};
+
+/// Tells how the program answers the request and which rule makes it so.
+int explainCommand(const ExplainOptions& options);

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// A file to sign, as the engine takes it.
+struct InputFile {
+    std::string path;     ///< what the engine opens
+    int descriptor = -1;  ///< keeps a file that has no name; -1 if it has one
+
+    InputFile() = default;
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+};
+
+/// What a person calls the file at `path`; standard input is "-".
+std::string inputName(const std::string& path);
+
+/// Makes `file`, which must be new, stand for the file at `path`, or for what standard input holds
+/// if `path` is "-". Returns what went wrong, or nothing.
+///
+/// A pipe is copied to the end into a file without a name in the folder that TMPDIR names, or else
+/// in /var/tmp; memory does not grow with it. A file on standard input, not yet read from, is taken
+/// as it stands.
+std::optional<std::string> openInputFile(const std::string& path, InputFile& file);
+
+/// Why the file at `path` cannot be signed or verified, by the rules of `mapInputFile`, in words
+/// that follow the path and a colon; nothing when it can.
+std::optional<std::string> inputFileRefusal(const std::string& path);
+
+/// Says how much of the file is left out, of which only the size modulo 2^32 counts; nothing when
+/// it is taken whole.
+std::optional<std::string> inputFileRemark(const std::string& path);

@@ -1,0 +1,39 @@
+#include "tools/project/attribute_meaning.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "core/core_integer.h"
+#include "project/project_key_record.h"
+
+std::string attributeMeaning(ProjectAttributeId id) {
+    switch (id) {
+        case basePointXAttribute:
+            return "x of the base point";
+        case basePointYAttribute:
+            return "y of the base point";
+        case privateScalarAttribute:
+            return "private scalar";
+        case publicPointXAttribute:
+            return "x of the public point";
+        case publicPointYAttribute:
+            return "y of the public point";
+        default:
+            return {};
+    }
+}
+
+std::string namedAttribute(ProjectAttributeId id) {
+    const std::string meaning = attributeMeaning(id);
+    return "attribute " + std::to_string(id) + (meaning.empty() ? "" : " (" + meaning + ")");
+}
+
+std::uint32_t statedBits(const ProjectFile& project, ProjectAttributeId id) {
+    const std::vector<std::uint8_t> value = project.getBytes(id);
+    std::uint32_t bits = 0;
+    if (!value.empty()) {
+        std::memcpy(&bits, value.data(), std::min(value.size(), sizeof bits));
+    }
+    return id == privateScalarAttribute ? bits & ~core::integerSignBit : bits;
+}

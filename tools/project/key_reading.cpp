@@ -1,0 +1,108 @@
+#include "tools/project/key_reading.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "engine/working_domain.h"
+#include "project/project_key_record.h"
+#include "tools/counted_text.h"
+#include "tools/project/attribute_meaning.h"
+
+namespace {
+
+constexpr std::uint32_t longestValue = 296;
+constexpr std::uint32_t elementBitRoom = 8 * keyElementCapacity;
+constexpr std::uint32_t scalarBitRoom = 320;
+constexpr std::uint64_t curveDegree = 163;
+
+/// Why the value counts as absent, if it does.
+std::optional<std::string> absence(const ProjectFile& project, ProjectAttributeId id,
+                                   std::uint32_t bitRoom) {
+    const std::uint32_t size = project.attributeSize(id);
+    if (size == 0) {
+        return namedAttribute(id) + " is absent";
+    }
+    if (size > longestValue) {
+        return namedAttribute(id) + " has " + counted(size, "byte") + ", of which at most " +
+               std::to_string(longestValue) + " are taken, and counts as absent";
+    }
+    const std::uint32_t bits = statedBits(project, id);
+    if (bits > bitRoom) {
+        return namedAttribute(id) + " states " + counted(bits, "bit") + ", has room for " +
+               std::to_string(bitRoom) + ", and counts as absent";
+    }
+    return std::nullopt;
+}
+
+/// Why there is no public point for the program, which looks at the bit counts alone.
+std::string publicPointRefusal(const ProjectFile& project) {
+    for (const ProjectAttributeId id : {publicPointXAttribute, publicPointYAttribute}) {
+        if (const auto refusal = absence(project, id, elementBitRoom)) {
+            return *refusal;
+        }
+    }
+    const std::uint32_t x = statedBits(project, publicPointXAttribute);
+    const std::uint32_t y = statedBits(project, publicPointYAttribute);
+    if (x == y) {
+        return namedAttribute(publicPointXAttribute) + " states 0 bits";
+    }
+    return "attributes 75 and 76 (the public point) state different numbers of bits, " +
+           std::to_string(x) + " and " + std::to_string(y);
+}
+
+}  // namespace
+
+std::optional<std::string> coordinateRefusal(const ProjectFile& project, ProjectAttributeId id) {
+    if (auto refusal = absence(project, id, elementBitRoom)) {
+        return refusal;
+    }
+    const std::uint32_t bits = statedBits(project, id);
+    if (bits != curveDegree) {
+        return namedAttribute(id) + " states " + counted(bits, "bit") + " instead of " +
+               std::to_string(curveDegree);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> scalarRefusal(const ProjectFile& project) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    if (record.hasPrivateScalar()) {
+        return std::nullopt;
+    }
+    return absence(project, privateScalarAttribute, scalarBitRoom)
+        .value_or(namedAttribute(privateScalarAttribute) + " is zero");
+}
+
+std::optional<std::string> signingRefusal(const ProjectFile& project) {
+    if (auto refusal = scalarRefusal(project)) {
+        return refusal;
+    }
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    if (!record.hasPublicPoint()) {
+        return publicPointRefusal(project);
+    }
+    for (const ProjectAttributeId id : {basePointXAttribute, basePointYAttribute}) {
+        if (auto refusal = coordinateRefusal(project, id)) {
+            return refusal;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> verifyingRefusal(const ProjectFile& project) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    if (!record.hasPublicPoint()) {
+        return publicPointRefusal(project);
+    }
+    for (const ProjectAttributeId id :
+         {basePointXAttribute, basePointYAttribute, publicPointXAttribute, publicPointYAttribute}) {
+        if (auto refusal = coordinateRefusal(project, id)) {
+            return refusal;
+        }
+    }
+    return std::nullopt;
+}

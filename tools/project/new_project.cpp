@@ -1,0 +1,141 @@
+#include "tools/project/new_project.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "core/integer.h"
+#include "curve/field.h"
+#include "curve/point.h"
+#include "curve/random_scalar.h"
+#include "curve/sect163r2.h"
+#include "project/project_key_record.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+const core::CurveDomain& curve() {
+    return core::sect163r2.domain;
+}
+
+void appendWord(Bytes& bytes, std::uint64_t value) {
+    const auto word = static_cast<std::uint32_t>(value);
+    bytes.resize(bytes.size() + sizeof word);
+    std::memcpy(bytes.data() + bytes.size() - sizeof word, &word, sizeof word);
+}
+
+/// The stored form of an element: its degree, four zero bytes, its bits in 32-bit words.
+Bytes storedElement(const core::FieldElement& e) {
+    Bytes bytes;
+    appendWord(bytes, e.degree);
+    appendWord(bytes, 0);
+    for (std::size_t i = 0; i < (e.degree + 31) / 32; ++i) {
+        appendWord(bytes, e.words[i / 2] >> (i % 2 * 32));
+    }
+    return bytes;
+}
+
+/// The stored form of a scalar: its bit length and its bytes.
+Bytes storedScalar(const core::FieldElement& k) {
+    core::CoreInteger scalar{.capacity = core::integerLimbRoom};
+    core::fieldToInteger(k, scalar);
+    core::integerNormalise(scalar);
+    Bytes bytes;
+    appendWord(bytes, core::integerBitLength(scalar));
+    for (std::size_t i = 0; i < core::integerByteLength(scalar); ++i) {
+        bytes.push_back(static_cast<std::uint8_t>(scalar.limbs[i / 8] >> (i % 8 * 8)));
+    }
+    return bytes;
+}
+
+/// out := k * P.
+void multiply(const core::FieldElement& k, const core::CurvePoint& P, core::CurvePoint& out) {
+    const core::CurveCoefficients coefficients{curve().coefficientA, curve().coefficientB};
+    core::pointMultiply(k, P, coefficients, out, curve().reductionPolynomial);
+}
+
+core::FieldElement randomScalar() {
+    const core::FieldTemporary k(core::fieldNew(curve().degree));
+    core::drawScalar(*k, curve().order);
+    return *k;
+}
+
+/// -1 for a character that is no hexadecimal digit.
+int digitValue(char digit) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const auto lower = static_cast<char>(digit >= 'A' && digit <= 'F' ? digit - 'A' + 'a' : digit);
+    const std::size_t value = digits.find(lower);
+    return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view whiteSpace = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(whiteSpace);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(whiteSpace) - first + 1);
+}
+
+bool isBelowOrder(const core::FieldElement& k) {
+    const auto& order = curve().order.words;
+    return std::lexicographical_compare(k.words.rbegin(), k.words.rend(), order.rbegin(),
+                                        order.rend());
+}
+
+}  // namespace
+
+ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& scalar) {
+    core::PointTemporary basePoint(curve().degree);
+    core::PointTemporary publicPoint(curve().degree);
+    if (base == BasePoint::standard) {
+        core::pointCopy(curve().basePoint, *basePoint);
+    } else {
+        // The order is prime, so every multiple of the published base point but infinity has that
+        // order.
+        multiply(randomScalar(), curve().basePoint, *basePoint);
+    }
+    const core::FieldElement k = scalar.has_value() ? *scalar : randomScalar();
+    multiply(k, *basePoint, *publicPoint);
+
+    ProjectFile project;
+    project.insertAttribute(basePointXAttribute, storedElement(*basePoint->x));
+    project.insertAttribute(basePointYAttribute, storedElement(*basePoint->y));
+    project.insertAttribute(privateScalarAttribute, storedScalar(k));
+    project.insertAttribute(publicPointXAttribute, storedElement(*publicPoint->x));
+    project.insertAttribute(publicPointYAttribute, storedElement(*publicPoint->y));
+    return project;
+}
+
+ScalarReading readScalar(std::string_view text) {
+    std::string_view digits = trimmed(text);
+    if (digits.empty()) {
+        return {.refusal = "holds no digits", .scalar = {}};
+    }
+    for (const char digit : digits) {
+        if (digitValue(digit) < 0) {
+            return {.refusal = "holds something else than hexadecimal digits", .scalar = {}};
+        }
+    }
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
+    if (digits.empty()) {
+        return {.refusal = "the scalar is zero", .scalar = {}};
+    }
+    core::FieldElement scalar{.degree = curve().order.degree, .capacity = curve().order.capacity};
+    constexpr std::size_t digitsOfWord = 16;
+    constexpr std::size_t longestScalar = 41;  // digits of 163 bits
+    if (digits.size() <= longestScalar) {
+        for (std::size_t i = 0; i < digits.size(); ++i) {
+            const auto value =
+                static_cast<std::uint64_t>(digitValue(digits[digits.size() - 1 - i]));
+            scalar.words[i / digitsOfWord] |= value << (i % digitsOfWord * 4);
+        }
+    }
+    if (digits.size() > longestScalar || !isBelowOrder(scalar)) {
+        return {.refusal = "the scalar is not below the order", .scalar = {}};
+    }
+    return {.refusal = std::nullopt, .scalar = scalar};
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "project/project_file.h"
+
+/// One thing that is wrong with a project.
+struct ProjectFinding {
+    std::string code;                             ///< stays the same when words change
+    std::optional<ProjectAttributeId> attribute;  ///< where it is, if in one attribute
+    std::string text;                             ///< in words that follow the path and a colon
+};
+
+/// What there is to say of a project.
+struct ProjectCheck {
+    std::optional<std::string> unjudged;  ///< why the file could not be read, in words
+    std::vector<ProjectFinding> findings;
+    bool verifiesOnly = false;  ///< there is no private scalar, which is no finding
+
+    bool isSound() const { return !unjudged.has_value() && findings.empty(); }
+};
+
+/// Proves the project at `path` sound, or finds what is not. What a finding makes meaningless is
+/// not looked at: a damaged file has no attributes, a point off the curve no order. The core must
+/// have been started.
+///
+/// Sound is a file that loads, holds each attribute once, and has
+/// - coordinates of degree 163, reduced, in the 32 bytes that they take;
+/// - points on the curve, other than infinity and the point with x = 0, of order n (SEC 1 version
+///   2.0, section 3.2.2.1);
+/// - no scalar, or one from 1 to n - 1 under its true bit length, of which the public point is the
+///   product with the base point, in a file that its owner alone can use.
+ProjectCheck checkProject(const std::string& path);

@@ -1,0 +1,161 @@
+#include "tools/project/project_reading.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "core/entry.h"
+#include "tools/counted_text.h"
+
+namespace {
+
+constexpr std::uint64_t headerSize = sizeof(ProjectFileHeader);
+constexpr std::uint64_t entrySize = 12;
+constexpr std::string_view magic = "VLT2";
+constexpr const char* unreadableContent = "cannot be read";
+
+static_assert(sizeof(ProjectEntry) == entrySize);
+
+/// A file opened beside the program's own reading, to see what that met.
+class OpenedFile {
+public:
+    explicit OpenedFile(const std::string& path)
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+        if (isOpen() && ::fstat(descriptor_, &status_) != 0) {
+            status_ = {};
+        }
+    }
+    ~OpenedFile() {
+        if (isOpen()) {
+            ::close(descriptor_);
+        }
+    }
+    OpenedFile(const OpenedFile&) = delete;
+    OpenedFile& operator=(const OpenedFile&) = delete;
+
+    bool isOpen() const { return descriptor_ != -1; }
+    bool isFolder() const { return S_ISDIR(status_.st_mode); }
+    bool isRegular() const { return S_ISREG(status_.st_mode); }
+    std::uint64_t size() const { return static_cast<std::uint64_t>(status_.st_size); }
+
+    /// Whether all of these bytes could be read.
+    bool read(std::uint64_t offset, void* buffer, std::uint64_t count) const {
+        auto* bytes = static_cast<char*>(buffer);
+        while (count > 0) {
+            const ssize_t taken = ::pread(descriptor_, bytes, count, static_cast<off_t>(offset));
+            if (taken <= 0) {
+                return false;
+            }
+            bytes += taken;
+            offset += static_cast<std::uint64_t>(taken);
+            count -= static_cast<std::uint64_t>(taken);
+        }
+        return true;
+    }
+
+private:
+    int descriptor_;
+    struct stat status_ {};
+};
+
+/// The header; one without entries if there is none.
+ProjectFileHeader readHeader(const OpenedFile& file) {
+    ProjectFileHeader header;
+    return file.read(0, &header, sizeof header) ? header : ProjectFileHeader{};
+}
+
+std::vector<ProjectEntry> readEntries(const OpenedFile& file, std::uint32_t count) {
+    std::vector<ProjectEntry> entries;
+    ProjectEntry entry;
+    while (entries.size() < count &&
+           file.read(headerSize + entrySize * entries.size(), &entry, sizeof entry)) {
+        entries.push_back(entry);
+    }
+    return entries;
+}
+
+bool digestDiffers(const OpenedFile& file, const ProjectFileHeader& header) {
+    std::vector<std::uint8_t> body(file.size() - headerSize);
+    std::array<std::uint8_t, 16> digest{};
+    if (!file.read(headerSize, body.data(), body.size())) {
+        return false;
+    }
+    coreEntry::md5Digest(body.data(), body.size(), digest.data());
+    return digest != header.bodyDigest;
+}
+
+/// What is wrong with the first entry that the program refuses, if there is one.
+std::optional<std::string> entryRefusal(const OpenedFile& file,
+                                        const std::vector<ProjectEntry>& entries) {
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const ProjectEntry& entry = entries[i];
+        const std::string name =
+            "entry " + std::to_string(i + 1) + " (attribute " + std::to_string(entry.id) + ") ";
+        if (entry.size == 0) {
+            return name + "has a size of 0";
+        }
+        if (std::uint64_t{entry.offset} + entry.size > file.size()) {
+            return name + "runs past the end of the file: " + counted(entry.size, "byte") +
+                   " at offset " + std::to_string(entry.offset) + ", and the file has " +
+                   std::to_string(file.size());
+        }
+    }
+    return std::nullopt;
+}
+
+/// Why the program does not load this file, in the order of its own steps.
+std::string refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
+                      const std::vector<ProjectEntry>& entries) {
+    if (file.isFolder()) {
+        return "is a directory";
+    }
+    if (!file.isRegular()) {
+        return "is no regular file";
+    }
+    if (file.size() < headerSize) {
+        return "has " + counted(file.size(), "byte") + ", fewer than the 24 of a header";
+    }
+    if (std::string_view(header.magic.data(), header.magic.size()) != magic) {
+        return "is no project file: it does not begin with VLT2";
+    }
+    if (file.size() == headerSize) {
+        return "has a header that counts " + counted(header.entryCount, "entry", "entries") +
+               ", and nothing behind it";
+    }
+    if (digestDiffers(file, header)) {
+        return "is damaged: the digest in its header is not that of its body";
+    }
+    if (const auto refusal = entryRefusal(file, entries)) {
+        return *refusal;
+    }
+    if (entries.size() < header.entryCount) {
+        return "the directory ends after " + std::to_string(entries.size()) + " of " +
+               counted(header.entryCount, "entry", "entries");
+    }
+    return unreadableContent;
+}
+
+}  // namespace
+
+ProjectReading readProject(const std::string& path) {
+    ProjectReading reading;
+    const bool loaded = reading.project.load(path.c_str());
+    const OpenedFile file(path);
+    if (!file.isOpen()) {
+        reading.refusal = std::string("cannot be opened: ") + std::strerror(errno);
+        reading.unreadable = true;
+        reading.project.clear();
+        return reading;
+    }
+    const ProjectFileHeader header = readHeader(file);
+    reading.entries = readEntries(file, header.entryCount);
+    if (!loaded) {
+        reading.refusal = refusalOf(file, header, reading.entries);
+        reading.unreadable = !file.isRegular() || *reading.refusal == unreadableContent;
+    }
+    return reading;
+}

@@ -1,0 +1,121 @@
+#include "tools/request/engine_remarks.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <iomanip>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+
+#include "core/entry.h"
+#include "project/project_key_record.h"
+#include "tools/counted_text.h"
+#include "tools/files/input_file.h"
+#include "tools/request/quoted_text.h"
+#include "tools/signature/signature_reading.h"
+
+namespace {
+
+using Remarks = std::vector<std::string>;
+
+void remarkZeroByte(const std::string& name, const std::string& text, Remarks& remarks) {
+    const std::string counting = beforeZero(text);
+    if (counting.size() != text.size()) {
+        remarks.push_back(name + " ends at its zero byte, and counts as " + quotation(counting));
+    }
+}
+
+void remarkInput(const RequestReading& reading, Remarks& remarks) {
+    const RequestRecord& record = reading.record;
+    const bool base64 = record.signatureDataEncoding == TextEncoding::base64;
+    if (base64 && record.signatureData.size() > 4) {
+        remarks.push_back(
+            "base64 data of more than four characters decode with one zero byte in "
+            "front of their last group, and the signature is over that byte too");
+    }
+    if (base64 && !record.signatureFile.empty()) {
+        remarks.push_back("the content of a file counts as it stands, whatever " +
+                          reading.names.dataEncoding + " says");
+    }
+}
+
+void remarkFileSize(const std::string& path, Remarks& remarks) {
+    if (inputFileRefusal(path).has_value()) {
+        return;
+    }
+    if (const std::optional<std::string> remark = inputFileRemark(path)) {
+        remarks.push_back("the file " + quotation(path) + ": " + *remark);
+    }
+}
+
+void remarkPermissions(const std::string& path, Remarks& remarks) {
+    using std::filesystem::perms;
+    std::error_code failure;
+    const perms mode = std::filesystem::status(path, failure).permissions();
+    if (failure || (mode & (perms::group_all | perms::others_all)) == perms::none) {
+        return;
+    }
+    ProjectFile project;
+    ProjectKeyRecord record;
+    if (!project.load(path.c_str())) {
+        return;
+    }
+    record.loadFromAttributes(project);
+    if (record.hasPrivateScalar()) {
+        std::ostringstream octal;
+        octal << std::oct << std::setw(4) << std::setfill('0')
+              << static_cast<unsigned>(mode & perms::mask);
+        remarks.push_back("the project holds the private scalar, and its permissions (" +
+                          octal.str() + ") are not for its owner alone");
+    }
+}
+
+bool isOfAlphabet(char character) {
+    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+           (character >= 'a' && character <= 'z') || character == '+' || character == '/';
+}
+
+void remarkSignature(const std::string& text, Remarks& remarks) {
+    constexpr std::string_view pairName = "signature:";
+    if (text.starts_with(pairName)) {
+        remarks.push_back(
+            "the signature begins with \"signature:\", which is the name in front of "
+            "it and no part of it");
+    }
+    const auto strange = std::count_if(text.begin(), text.end(), [](char character) {
+        return character != '=' && !isOfAlphabet(character);
+    });
+    if (strange != 0) {
+        remarks.push_back(counted(static_cast<std::uint64_t>(strange), "character") +
+                          " of the signature outside its alphabet: each counts as \"A\"");
+    }
+    const SignatureReading reading = readSignature(text);
+    constexpr std::uint64_t alwaysRefusedBits = 128;
+    if (!reading.refusal.has_value() &&
+        coreEntry::integerBitLength(reading.r) <= alwaysRefusedBits) {
+        remarks.push_back(
+            "r is below 2^128: a verifier refuses such a signature even where it is "
+            "right, which meets one in 2^35");
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> engineRemarks(const RequestReading& reading) {
+    const RequestRecord& record = reading.record;
+    Remarks remarks;
+    remarkZeroByte(reading.names.project, record.project, remarks);
+    remarkPermissions(beforeZero(record.project), remarks);
+    remarkInput(reading, remarks);
+    if (!record.signatureFile.empty()) {
+        remarkZeroByte(reading.names.file, record.signatureFile, remarks);
+        remarkFileSize(beforeZero(record.signatureFile), remarks);
+    }
+    if (record.mode == RequestMode::verifySignature) {
+        remarkZeroByte(reading.names.signature, record.signature, remarks);
+        remarkSignature(beforeZero(record.signature), remarks);
+    }
+    return remarks;
+}

@@ -1,0 +1,222 @@
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <string_view>
+
+#include "frontend/form_input.h"
+#include "tools/counted_text.h"
+#include "tools/request/quoted_text.h"
+#include "tools/request/request_reading.h"
+
+namespace {
+
+constexpr std::array<std::string_view, 9> knownNames = {
+    "project",  "sig_create",        "sig_verify", "encoding", "genpairs",
+    "sig_data", "sig_data_encoding", "sig_file",   "sig"};
+
+bool isKnown(std::string_view name) {
+    return std::find(knownNames.begin(), knownNames.end(), name) != knownNames.end();
+}
+
+std::string marked(std::string_view name) {
+    return "'" + std::string(name) + "'";
+}
+
+/// Why `readFormParameters` finds no form.
+Ruling formRefusal(const RawRequest& request) {
+    if (!request.contentLength.has_value()) {
+        return {"form.length-unset", "CONTENT_LENGTH is not set, so there is no body"};
+    }
+    const std::string announced = "CONTENT_LENGTH is " + quotation(*request.contentLength);
+    const std::uint64_t length = parseContentLength(*request.contentLength);
+    if (length == 0) {
+        return {"form.length-zero",
+                announced + ": the number at its start is 0 or missing, so there is no body"};
+    }
+    if (length == std::numeric_limits<std::uint64_t>::max()) {
+        return {"form.length-range",
+                announced + ", which counts as 2^64 - 1 and means that there is no body"};
+    }
+    return {"form.body-empty", announced + ", but nothing arrives: the body is empty"};
+}
+
+/// The text that the parser gets: the announced part of the body up to its first zero byte.
+std::string_view formText(const RawRequest& request, std::uint64_t length) {
+    const std::string_view body = request.body;
+    return body.substr(0, std::min<std::uint64_t>(length, body.find('\0')));
+}
+
+bool isEscape(std::string_view digits) {
+    return digits.size() == 2 && std::all_of(digits.begin(), digits.end(), [](char digit) {
+               return std::isxdigit(static_cast<unsigned char>(digit)) != 0;
+           });
+}
+
+/// A remark on the first "%" of a value that two hexadecimal digits do not follow.
+void remarkEscapes(std::string_view name, std::string_view value,
+                   std::vector<std::string>& remarks) {
+    std::size_t at = value.find('%');
+    while (at != std::string_view::npos && isEscape(value.substr(at + 1, 2))) {
+        at = value.find('%', at + 3);
+    }
+    if (at != std::string_view::npos) {
+        const std::string_view escape = value.substr(at, 3);
+        remarks.push_back(quotation(escape) + " in " + marked(name) +
+                          " is no \"%\" with two hexadecimal digits and stands for the byte " +
+                          quotation(formDecode(escape)));
+    }
+}
+
+/// A remark on a plus sign where the value is in an alphabet that has one and no space.
+void remarkPlus(std::string_view name, std::string_view value, const RequestRecord& record,
+                std::vector<std::string>& remarks) {
+    const bool base64 = name == "sig_data" && record.signatureDataEncoding == TextEncoding::base64;
+    if ((name == "sig" || base64) && value.find('+') != std::string_view::npos) {
+        remarks.push_back("\"+\" in " + marked(name) +
+                          " stands for a space; a plus sign is written \"%2B\"");
+    }
+}
+
+/// What the pieces of the text hold that makes no difference, or another than one may think.
+struct PieceRemarks {
+    std::map<std::string, std::uint64_t> occurrences;
+    std::vector<std::string> unknown;
+    std::vector<std::string> remarks;
+
+    void add(std::string_view piece, const RequestRecord& record) {
+        FormParameters pair;
+        parseFormPairs(pair, piece);
+        if (pair.empty()) {
+            addWithoutValue(formDecode(piece));
+            return;
+        }
+        const std::string& name = pair.begin()->first;
+        if (!isKnown(name)) {
+            unknown.push_back(name);
+            return;
+        }
+        ++occurrences[name];
+        const std::string_view value = piece.substr(piece.find('=') + 1);
+        remarkEscapes(name, value, remarks);
+        remarkPlus(name, value, record, remarks);
+    }
+
+    void addWithoutValue(const std::string& name) {
+        if (isKnown(name)) {
+            remarks.push_back(marked(name) + " stands without \"=\" and counts as absent");
+        }
+    }
+
+    void finish() {
+        for (const auto& [name, count] : occurrences) {
+            if (count > 1) {
+                remarks.push_back(marked(name) + " is given " + counted(count, "time") +
+                                  ", and the last one counts");
+            }
+        }
+        if (!unknown.empty()) {
+            remarks.push_back(unknownNames("parameter", unknown));
+        }
+    }
+};
+
+std::vector<std::string> pieceRemarks(std::string_view text, const RequestRecord& record) {
+    PieceRemarks pieces;
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, text.find('&'));
+        pieces.add(piece, record);
+        text.remove_prefix(std::min(piece.size() + 1, text.size()));
+    }
+    pieces.finish();
+    return pieces.remarks;
+}
+
+/// Why neither operation is selected.
+std::string missingOperation(const FormParameters& parameters) {
+    if (parameters.empty()) {
+        return "the form holds no parameter, and so neither 'sig_create' nor 'sig_verify'";
+    }
+    std::string given;
+    for (const char* name : {"sig_create", "sig_verify"}) {
+        if (parameters.contains(name)) {
+            given += (given.empty() ? "" : ", ") + marked(name) + " is " +
+                     quotation(getFormString(parameters, name));
+        }
+    }
+    return given.empty() ? "neither 'sig_create' nor 'sig_verify' is given"
+                         : given + "; only exactly \"true\" selects it";
+}
+
+void remarkBody(const RawRequest& request, std::uint64_t length,
+                std::vector<std::string>& remarks) {
+    for (std::string& remark : lengthRemarks(request, length)) {
+        remarks.push_back(std::move(remark));
+    }
+    if (request.body.size() < length) {
+        remarks.push_back("the body ends after " + std::to_string(request.body.size()) +
+                          " of the " + counted(length, "byte") + " announced, which a form may");
+    }
+    const std::size_t textLength = formText(request, length).size();
+    if (textLength < std::min<std::uint64_t>(length, request.body.size())) {
+        remarks.push_back("byte " + std::to_string(textLength + 1) +
+                          " of the body is a zero byte, and the form ends in front of it");
+    }
+}
+
+void remarkType(const RawRequest& request, std::vector<std::string>& remarks) {
+    if (request.contentType.value_or("").find("json") != std::string::npos) {
+        remarks.push_back(
+            "CONTENT_TYPE is " + quotation(*request.contentType) +
+            ": only exactly \"application/json\" is JSON, and this is read as a form");
+    } else if (request.body.starts_with('{')) {
+        remarks.emplace_back(
+            "the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE must be "
+            "exactly \"application/json\"");
+    }
+}
+
+}  // namespace
+
+RequestReading readFormRequest(const RawRequest& request) {
+    RequestReading reading{.names = {.project = "'project'",
+                                     .encoding = "'encoding'",
+                                     .data = "'sig_data'",
+                                     .dataEncoding = "'sig_data_encoding'",
+                                     .file = "'sig_file'",
+                                     .signature = "'sig'"},
+                           .defaultEncoding = TextEncoding::urlencode};
+    remarkType(request, reading.remarks);
+    FormParameters parameters;
+    const InputOutcome outcome =
+        readAsProgram(request, [&] { return readFormParameters(parameters, true); });
+    if (outcome == InputOutcome::refused) {
+        reading.refusal = refusalBy(formRefusal(request), "Failed to parse input data");
+        return reading;
+    }
+    if (outcome != InputOutcome::accepted) {
+        reading.refusal = explainSilence(request, outcome, "form");
+        return reading;
+    }
+    if (!fillRecordFromForm(parameters, reading.record)) {
+        reading.refusal = refusalBy({"form.parameters", "the parameters make no record"},
+                                    "Failed to parse parameters");
+        return reading;
+    }
+    const std::uint64_t length = parseContentLength(request.contentLength.value_or(""));
+    reading.encodingWord = getFormString(parameters, "encoding");
+    reading.dataEncodingWord = getFormString(parameters, "sig_data_encoding");
+    reading.missingMode = missingOperation(parameters);
+    remarkBody(request, length, reading.remarks);
+    if (getFormString(parameters, "sig_create") == "true" &&
+        getFormString(parameters, "sig_verify") == "true") {
+        reading.remarks.emplace_back(
+            "'sig_create' and 'sig_verify' are both \"true\", and verifying wins");
+    }
+    for (std::string& remark : pieceRemarks(formText(request, length), reading.record)) {
+        reading.remarks.push_back(std::move(remark));
+    }
+    return reading;
+}

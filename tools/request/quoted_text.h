@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Pieces of a request in sentences for a person.
+
+/// The text between double quotation marks, cut behind its first 60 bytes. Whatever is no printable
+/// ASCII is written as "\x" and two hexadecimal digits, so that no text can disturb a terminal.
+std::string quotation(std::string_view text);
+
+/// The same for text that a sentence goes on with, without marks and uncut.
+std::string printable(std::string_view text);
+
+/// The part of a text that counts where it is handed on as terminated: up to its first zero byte.
+std::string beforeZero(const std::string& text);
+
+/// The remark on names that nothing knows, the first three of them by name; `kind` is their noun.
+std::string unknownNames(const std::string& kind, const std::vector<std::string>& names);

@@ -1,0 +1,125 @@
+#include "tools/signature/signature_conversion.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "tools/counted_text.h"
+#include "tools/signature/byte_string.h"
+#include "tools/signature/der_signature.h"
+
+namespace {
+
+/// Bytes that the order, and so each number, is written in.
+constexpr std::size_t numberSize = 21;
+
+constexpr std::uint32_t halfLimbs = 3;
+constexpr std::size_t longestDigits = std::size_t{16} * halfLimbs;
+
+constexpr std::string_view whiteSpace = " \t\n\v\f\r";
+
+std::vector<std::string_view> wordsOf(std::string_view text) {
+    std::vector<std::string_view> words;
+    std::size_t start = text.find_first_not_of(whiteSpace);
+    while (start != std::string_view::npos) {
+        const std::size_t end = std::min(text.find_first_of(whiteSpace, start), text.size());
+        words.push_back(text.substr(start, end - start));
+        start = text.find_first_not_of(whiteSpace, end);
+    }
+    return words;
+}
+
+std::optional<std::uint8_t> digitValue(char digit) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const bool isUpperCase = digit >= 'A' && digit <= 'F';
+    const std::size_t value =
+        digits.find(isUpperCase ? static_cast<char>(digit - 'A' + 'a') : digit);
+    if (value == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint8_t>(value);
+}
+
+/// Reads a word such as "r=1F" into the number `name`; says what is wrong with it.
+std::optional<std::string> readNumber(std::string_view word, const std::string& name,
+                                      core::CoreInteger& number) {
+    if (word.substr(0, name.size() + 1) != name + "=") {
+        return "\"" + name + "=\" is missing in front of a number";
+    }
+    word.remove_prefix(name.size() + 1);
+    if (word.empty()) {
+        return name + " has no digits";
+    }
+    const auto wrong = std::find_if(word.begin(), word.end(),
+                                    [](char digit) { return !digitValue(digit).has_value(); });
+    if (wrong != word.end()) {
+        return name + " has a character that is no hexadecimal digit (number " +
+               std::to_string(wrong - word.begin() + 1) + " of " + std::to_string(word.size()) +
+               ")";
+    }
+    word.remove_prefix(std::min(word.find_first_not_of('0'), word.size()));
+    if (word.size() > longestDigits) {
+        return name + " is not below the order";
+    }
+    std::array<std::uint8_t, longestDigits / 2> bytes{};
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        const std::uint8_t value = digitValue(word[word.size() - 1 - i]).value_or(0);
+        std::uint8_t& byte = bytes[bytes.size() - 1 - i / 2];
+        byte = static_cast<std::uint8_t>(byte | value << 4 * (i % 2));
+    }
+    number = integerFromBytes(bytes, halfLimbs);
+    return std::nullopt;
+}
+
+SignatureReading readHexadecimal(std::string_view text) {
+    const std::vector<std::string_view> words = wordsOf(text);
+    if (words.size() != 2) {
+        return {.refusal = "the signature has " + counted(words.size(), "word") +
+                           R"( instead of two, "r=..." and "s=...")"};
+    }
+    core::CoreInteger r{};
+    core::CoreInteger s{};
+    if (auto refusal = readNumber(words[0], "r", r)) {
+        return {.refusal = std::move(refusal)};
+    }
+    if (auto refusal = readNumber(words[1], "s", s)) {
+        return {.refusal = std::move(refusal)};
+    }
+    return signatureOfNumbers(r, s);
+}
+
+}  // namespace
+
+SignatureReading readSignatureAs(SignatureForm form, std::string_view bytes) {
+    switch (form) {
+        case SignatureForm::der:
+            return readDerSignature(ByteString(bytes.begin(), bytes.end()));
+        case SignatureForm::hexadecimal:
+            return readHexadecimal(bytes);
+        case SignatureForm::text:
+            break;
+    }
+    return readSignature(bytes);
+}
+
+std::string writeSignatureAs(SignatureForm form, const SignatureReading& signature) {
+    switch (form) {
+        case SignatureForm::der: {
+            const ByteString bytes = writeDerSignature(signature.r, signature.s);
+            return {bytes.begin(), bytes.end()};
+        }
+        case SignatureForm::hexadecimal:
+            return "r=" + numberDigits(signature.r) + "\ns=" + numberDigits(signature.s);
+        case SignatureForm::text:
+            break;
+    }
+    return writeSignature(signature.r, signature.s);
+}
+
+std::string numberDigits(const core::CoreInteger& number) {
+    return hexadecimalDigits(bigEndianBytes(number.limbs, numberSize));
+}
