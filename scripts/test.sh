@@ -3,7 +3,7 @@
 #
 #   scripts/test.sh [PRESET]      dev unless told otherwise; or asan, which clang builds; or coverage
 #
-# After dev, the tests of the built program run once more on the release programs, as installed.
+# After dev, the tests of the built programs run once more on the release programs, as installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null
@@ -26,5 +26,5 @@ ctest --preset "$preset" --parallel "$(nproc)"
 if [[ $preset == dev ]]; then
     cmake --preset release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
     cmake --build --preset release
-    SIGN_PROGRAM_FOLDER=$PWD/build/release ctest --preset dev --parallel "$(nproc)" -R '^Program'
+    SIGN_PROGRAM_FOLDER=$PWD/build/release ctest --preset dev --parallel "$(nproc)" -R '^Pro(gram|jectctl)'
 fi

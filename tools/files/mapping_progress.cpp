@@ -22,9 +22,9 @@ std::uint64_t residentFileBytes() {
 
 std::string bar(std::uint64_t percent) {
     constexpr std::uint64_t width = 40;
-    const std::uint64_t filled = percent * width / 100;
-    return "[" + std::string(filled, '#') + std::string(width - filled, ' ') + "] " +
-           std::to_string(percent) + " %";
+    std::string text(percent * width / 100, '#');
+    text.resize(width, ' ');
+    return "[" + text + "] " + std::to_string(percent) + " %";
 }
 
 }  // namespace

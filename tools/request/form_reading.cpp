@@ -22,7 +22,7 @@ bool isKnown(std::string_view name) {
 }
 
 std::string marked(std::string_view name) {
-    return "'" + std::string(name) + "'";
+    return std::string(1, '\'').append(name) + '\'';
 }
 
 /// Why `readFormParameters` finds no form.
