@@ -63,7 +63,7 @@ protected:
 }  // namespace
 
 TEST_F(ExplanationComparison, FindsTheAnswersOfTheProgram) {
-    compareRequests(2000, answerOfProgram);
+    compareRequests(SIGN_REQUESTS_TO_PROGRAM, answerOfProgram);
 }
 
 TEST_F(ExplanationComparison, FindsTheAnswersOfTheDriverAndMeetsEveryRule) {

@@ -114,9 +114,6 @@ int writeDigest(const std::string& path, bool json) {
 }  // namespace
 
 int convertCommand(const ConvertOptions& options) {
-    if (options.signature.has_value() == options.digestOf.has_value()) {
-        return reportFailure("either a signature or a file to digest must be given");
-    }
     return options.signature.has_value() ? convertSignature(options)
                                          : writeDigest(*options.digestOf, options.json);
 }

@@ -38,35 +38,6 @@ std::optional<std::string> readBody(const std::string& path, std::string& body) 
     return std::nullopt;
 }
 
-bool hasRequestInOptions(const ExplainOptions& options) {
-    return options.project.has_value() || options.data.has_value() ||
-           options.dataEncoding.has_value() || options.file.has_value() ||
-           options.signature.has_value();
-}
-
-bool hasEnvironment(const ExplainOptions& options) {
-    return options.contentType.has_value() || options.contentLength.has_value() ||
-           options.noContentLength;
-}
-
-/// What is wrong with the options, if anything is.
-std::optional<std::string> conflict(const ExplainOptions& options) {
-    if (options.body.has_value() && hasRequestInOptions(options)) {
-        return "--body goes with none of --project, --data, --data-encoding, --file and "
-               "--signature";
-    }
-    if (!options.body.has_value() && hasEnvironment(options)) {
-        return "--content-type, --content-length and --no-content-length need --body";
-    }
-    if (!options.body.has_value() && !hasRequestInOptions(options)) {
-        return "no request: neither --body nor --project is given";
-    }
-    if (options.contentLength.has_value() && options.noContentLength) {
-        return "--content-length and --no-content-length exclude each other";
-    }
-    return std::nullopt;
-}
-
 /// The request that the options say, answered in plain text.
 RequestReading readOptions(const ExplainOptions& options) {
     RequestReading reading{.names = {.project = "--project",
@@ -122,9 +93,6 @@ void printExplanationJson(const Explanation& explanation) {
 }  // namespace
 
 int explainCommand(const ExplainOptions& options) {
-    if (const std::optional<std::string> failure = conflict(options)) {
-        return reportFailure(*failure);
-    }
     std::string body;
     if (options.body.has_value()) {
         if (const std::optional<std::string> failure = readBody(*options.body, body)) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+/// Either a raw request or one in options.
 struct ExplainOptions {
     // A raw request: the body, and what the server would set.
     std::optional<std::string> body;           ///< path of the body; "-" for standard input

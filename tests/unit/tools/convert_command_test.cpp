@@ -194,13 +194,4 @@ TEST_F(ConvertCommand, RefusesToDigestWhatCannotBeSigned) {
     EXPECT_EQ(digest("-"), failed("standard input: is empty"));
 }
 
-TEST_F(ConvertCommand, NeedsExactlyOneThingToConvert) {
-    const std::string message = "either a signature or a file to digest must be given";
-    EXPECT_EQ(runCommand(convertCommand, ConvertOptions{}), failed(message));
-    ConvertOptions both;
-    both.signature = text;
-    both.digestOf = folder.write("data", {1});
-    EXPECT_EQ(runCommand(convertCommand, both), failed(message));
-}
-
 }  // namespace

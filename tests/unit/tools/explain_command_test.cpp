@@ -145,21 +145,3 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
     options.body = folder.path();
     EXPECT_EQ(failureOf(options), "projectctl: " + folder.path() + ": Is a directory\n");
 }
-
-TEST_F(ExplainCommand, RefusesOptionsThatMakeNoRequest) {
-    EXPECT_EQ(failureOf({}), "projectctl: no request: neither --body nor --project is given\n");
-    ExplainOptions both = bodyOptions("a=1");
-    both.project = project;
-    EXPECT_EQ(failureOf(both),
-              "projectctl: --body goes with none of --project, --data, --data-encoding, --file and "
-              "--signature\n");
-    ExplainOptions typed = verifyingOptions();
-    typed.contentType = "application/json";
-    EXPECT_EQ(failureOf(typed),
-              "projectctl: --content-type, --content-length and --no-content-length need --body\n");
-    ExplainOptions lengths = bodyOptions("a=1");
-    lengths.contentLength = "3";
-    lengths.noContentLength = true;
-    EXPECT_EQ(failureOf(lengths),
-              "projectctl: --content-length and --no-content-length exclude each other\n");
-}
