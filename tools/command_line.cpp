@@ -32,7 +32,7 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
         word = std::to_string(found - words.begin());
         return {};
     };
-    return CLI::Validator(replace, "");
+    return {replace, ""};
 }
 
 /// Throws if an option stands there more than once.
@@ -80,7 +80,8 @@ public:
                                  "; see 'projectctl --help'");
         }
         try {
-            return command_();
+            const int status = command_();
+            return flushOutput() ? status : exitFailed;
         } catch (const std::bad_alloc&) {
             return reportFailure("there is not enough memory");
         }

@@ -1,6 +1,8 @@
 #include "tools/report.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "tools/exit_status.h"
@@ -15,10 +17,18 @@ void reportRemark(const std::string& message) {
 }
 
 void printText(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
 void printJson(const nlohmann::ordered_json& value) {
     using nlohmann::ordered_json;
     printText(value.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+}
+
+bool flushOutput() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return true;
+    }
+    reportRemark(std::string("standard output: ") + std::strerror(errno));
+    return false;
 }

@@ -1,6 +1,8 @@
 // The reading of arguments: what is refused, and in which words.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -123,6 +125,16 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
         isRefused({"convert", "--digest-of", "a", "--to", "der"}, "--to requires SIGNATURE"));
     EXPECT_TRUE(
         isRefused({"convert", "--digest-of", "a", "--from", "der"}, "--from requires SIGNATURE"));
+}
+
+TEST(ProjectctlCommandLine, FailsWhenWhatItPrintsDoesNotGoOut) {
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_NE(full, -1);
+    ProgramCall call = projectctlCall({"convert", "--digest-of", "-"}, "data");
+    call.outputDescriptor = full;
+    EXPECT_TRUE(endedWith(runProgram(call), 2, "",
+                          "projectctl: standard output: No space left on device\n"));
+    ::close(full);
 }
 
 TEST(ProjectctlCommandLine, PrintsItsVersion) {

@@ -3,14 +3,18 @@
 #include <cstdlib>
 #include <utility>
 
-ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& input) {
+ProgramCall projectctlCall(std::vector<std::string> arguments, const std::string& input) {
     const char* chosen = std::getenv("SIGN_PROGRAM_FOLDER");
     arguments.insert(arguments.begin(), "projectctl");
     ProgramCall call;
     call.path = std::string(chosen == nullptr ? SIGN_BUILD_FOLDER : chosen) + "/projectctl";
     call.arguments = std::move(arguments);
     call.pieces = {input};
-    return runProgram(call);
+    return call;
+}
+
+ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& input) {
+    return runProgram(projectctlCall(std::move(arguments), input));
 }
 
 testing::AssertionResult endedWith(const ProgramEnd& end, int status, const std::string& output,

@@ -7,7 +7,11 @@
 
 #include "tests/support/program_run.h"
 
-/// Runs the built projectctl with these arguments behind its name. Standard input gives `input`.
+/// A call of the built projectctl with these arguments behind its name. Standard input gives
+/// `input`.
+ProgramCall projectctlCall(std::vector<std::string> arguments, const std::string& input = "");
+
+/// The end of that call.
 ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& input = "");
 
 /// Whether it ended by itself with this status and these texts.

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -43,8 +44,8 @@ std::string folderOf(const std::string& path) {
 /// A file that is not at its path yet. Errors stand in `errno`.
 class UnpublishedFile {
 public:
-    UnpublishedFile(const std::string& path, mode_t mode)
-        : path_(path), descriptor_(openUnnamed(mode)) {
+    UnpublishedFile(std::string path, mode_t mode)
+        : path_(std::move(path)), descriptor_(openUnnamed(mode)) {
         if (descriptor_ == -1 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
             descriptor_ = openNamed(mode);
         }

@@ -139,7 +139,7 @@ SignatureReading readSignature(std::string_view text) {
 }
 
 std::string mismatchReason(const SignatureReading& signature) {
-    const std::string reason =
+    std::string reason =
         "the signature is well formed but made over other data or under another key";
     constexpr std::uint32_t limbsOfAcceptedR = 3;
     if (signature.r.lengthAndSign == limbsOfAcceptedR) {
