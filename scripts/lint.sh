@@ -26,7 +26,7 @@ sources -name '*.h' -o -name '*.cpp' | xargs -0 clang-format-14 --dry-run -Werro
 
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"
-cmake --preset asan >/dev/null
+cmake --preset dev -B build/lint -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
 sources -name '*.cpp' -a \( "${is_in[@]}" \) |
-    xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 --quiet -p build/asan \
+    xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 --quiet -p build/lint \
         2> >(grep -v ' warnings\? generated\.$' >&2)

@@ -9,13 +9,6 @@
 
 #include "tests/support/standard_streams.h"
 
-#ifdef SIGN_ADDRESS_SANITIZER
-/// Lets the sanitizer's allocator refuse a block as any other does.
-extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1";
-}
-#endif
-
 TEST(ReadRequestBody, TakesTheAnnouncedBytesAndLeavesTheRest) {
     const ScopedInput input("abcdefgh");
     const RequestBody body = readRequestBody(5);

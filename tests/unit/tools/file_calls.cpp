@@ -58,7 +58,8 @@ int replacedRename(int oldFolder, const char* oldPath, int newFolder, const char
 int systemLink(const char* oldPath, const char* newPath) asm("__real_link");
 int replacedLink(const char* oldPath, const char* newPath) asm("__wrap_link");
 
-int replacedOpen(const char* path, int flags, ...) {
+// As the library declares it.
+int replacedOpen(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp)
     mode_t mode = 0;
     if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
         std::va_list arguments;

@@ -1,12 +1,5 @@
 #include "tests/unit/tools/explanation_test.h"
 
-#ifdef SIGN_ADDRESS_SANITIZER
-/// Lets the sanitizer's allocator refuse a block as any other does.
-extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1";
-}
-#endif
-
 namespace {
 
 constexpr const char* noForm = "Failed to parse input data";
