@@ -31,6 +31,8 @@ def start_demo(*arguments):
         stderr=subprocess.STDOUT,
         text=True,
         start_new_session=True,
+        # A shell that was started with a signal ignored, as in the background, cannot trap it.
+        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
     )
 
 
