@@ -3,6 +3,7 @@
     completion_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
 """
 
+import itertools
 import os
 import re
 import subprocess
@@ -26,8 +27,10 @@ VALUES = {
 FILE_OPTIONS = {("create", "--from-scalar"), ("explain", "--body"), ("explain", "--project"),
                 ("explain", "--file"), ("convert", "--digest-of")}
 SCRIPT = """
-source "$1"; shift
-COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
+source "$1"
+COMP_CWORD=$2
+shift 2
+COMP_WORDS=("$@")
 "$(complete -p projectctl | sed 's/.*-F \\([^ ]*\\).*/\\1/')"
 printf '%s\\n' "${COMPREPLY[@]}"
 """
@@ -59,9 +62,12 @@ class Completion(unittest.TestCase):
         for name in ("letter.txt", "my.project", "my other.project"):
             Path(folder.name, name).touch()
 
-    def offered(self, *words):
-        result = subprocess.run(["bash", "-c", SCRIPT, "bash", COMPLETION, "projectctl", *words],
-                                cwd=self.folder, check=True, capture_output=True, text=True)
+    def offered(self, *words, after=()):
+        """What completes the last of the words, with others behind the cursor."""
+        result = subprocess.run(
+            ["bash", "-c", SCRIPT, "bash", COMPLETION, str(len(words)), "projectctl", *words,
+             *after],
+            cwd=self.folder, check=True, capture_output=True, text=True)
         self.assertEqual(result.stderr, "")
         return set(result.stdout.split("\n")) - {""}
 
@@ -93,23 +99,36 @@ class Completion(unittest.TestCase):
                     given = [option, "value"] if has_value else [option]
                     self.assertNotIn(option, self.offered(command, *given, "-"))
 
-    def test_offers_no_option_that_the_program_refuses_beside_another(self):
+    def accepts(self, command, arguments):
+        """Whether the command line can be parsed, whatever the command then says to it."""
+        result = subprocess.run([self.programs / "projectctl", command, *arguments],
+                                cwd=self.folder, stdin=subprocess.DEVNULL, capture_output=True,
+                                check=False)
+        return b"see 'projectctl --help'" not in result.stderr
+
+    def accepted_option_sets(self, command):
+        """All sets of options that the program takes on one line, with a signature or without."""
+        options = sorted(set(self.options[command]) - {"--help"})
+        for size in range(len(options) + 1):
+            for chosen in itertools.combinations(options, size):
+                words = [word for option in chosen
+                         for word in ([option, self.value_of(command, option)]
+                                      if self.options[command][option] else [option])]
+                if self.accepts(command, words) or (
+                        command == "convert" and self.accepts(command, ["AAAA", *words])):
+                    yield set(chosen)
+
+    def test_offers_the_options_that_the_program_takes_beside_another(self):
         for command in ("explain", "convert"):
+            accepted = list(self.accepted_option_sets(command))
             for first, has_value in self.options[command].items():
+                if first == "--help":
+                    continue
+                beside = set().union(*(options for options in accepted if first in options))
                 given = [first, self.value_of(command, first)] if has_value else [first]
-                offered = self.offered(command, *given, "-")
-                for second in set(self.options[command]) - {first, "--help"}:
-                    if first == "--help":
-                        continue
-                    more = ([second, self.value_of(command, second)]
-                            if self.options[command][second] else [second])
-                    message = subprocess.run(
-                        [self.programs / "projectctl", command, *given, *more], cwd=self.folder,
-                        capture_output=True, text=True, check=False).stderr
-                    with self.subTest(command=command, first=first, second=second):
-                        if f"{first} excludes {second}" in message or \
-                                f"{second} excludes {first}" in message:
-                            self.assertNotIn(second, offered)
+                with self.subTest(command=command, first=first):
+                    self.assertEqual(self.offered(command, *given, "-"),
+                                     beside - {first} | {"--help"})
 
     @staticmethod
     def value_of(command, option):
@@ -132,6 +151,31 @@ class Completion(unittest.TestCase):
             expected = set() if command == "explain" else {"my.project", "my other.project"}
             with self.subTest(command=command):
                 self.assertEqual(self.offered(command, "my"), expected)
+
+    def test_offers_files_up_to_the_last_operand(self):
+        for command, operands in {"create": 1, "show": 1, "check": 1, "export": 1, "convert": 1,
+                                  "strip": 2, "sign": 2, "verify": 3}.items():
+            for given in range(1, operands + 1):
+                with self.subTest(command=command, given=given):
+                    signature_is_next = command == "verify" and given == 1
+                    expected = given < operands and not signature_is_next
+                    self.assertEqual(self.offered(command, *["x"] * given, "l"),
+                                     {"letter.txt"} if expected else set())
+
+    def test_tells_operands_from_the_values_of_options(self):
+        self.assertEqual(self.offered("create", "--base", "random", "l"), {"letter.txt"})
+        self.assertEqual(self.offered("create", "x", "--base", "random", "l"), set())
+
+    def test_offers_a_digest_or_a_signature(self):
+        self.assertIn("--digest-of", self.offered("convert", "-"))
+        self.assertNotIn("--digest-of", self.offered("convert", "AAAA", "-"))
+
+    def test_completes_values_behind_an_equals_sign(self):
+        self.assertEqual(self.offered("create", "--base", "="), {"random", "standard"})
+        self.assertEqual(self.offered("create", "--base", "=", "s"), {"standard"})
+
+    def test_offers_no_option_that_stands_behind_the_cursor(self):
+        self.assertNotIn("--json", self.offered("show", "-", after=["--json"]))
 
     def test_offers_nothing_behind_an_unknown_command(self):
         self.assertEqual(self.offered("remove", "-"), set())
