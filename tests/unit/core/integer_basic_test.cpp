@@ -225,8 +225,9 @@ TEST(IntegerLimbs, AreTheMagnitudeAsLittleEndianBytes) {
     const BigNumber number = randomNumber(5);
     CoreInteger value = number.toInteger();
     EXPECT_EQ(core::integerLimbs(value), value.limbs.data());
-    const std::vector<std::uint8_t> bytes = number.toBytes();
-    EXPECT_EQ(std::memcmp(core::integerLimbs(value), bytes.data(), bytes.size()), 0);
+    std::vector<std::uint8_t> bytes(5 * sizeof(std::uint64_t));
+    std::memcpy(bytes.data(), core::integerLimbs(value), bytes.size());
+    EXPECT_EQ(BigNumber::fromBytes(bytes), number);
 }
 
 std::vector<std::uint8_t> storedForm(std::uint32_t bits, std::vector<std::uint8_t> magnitude) {
