@@ -13,11 +13,6 @@
 
 namespace {
 
-constexpr std::size_t longestText = 128;
-
-/// Bytes of two numbers below the order, which has 163 bits.
-constexpr std::uint64_t longestSignature = 42;
-
 /// Reads `bytes` bytes as a number. Of its zero limbs at the top one at most is dropped.
 void readHalf(const std::uint8_t* half, std::uint64_t bytes, core::CoreInteger& value) {
     std::memcpy(coreEntry::integerLimbs(value), half, bytes);
@@ -75,7 +70,7 @@ bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,
                         const core::CurvePoint& publicPoint, const core::CurvePoint& base,
                         const char* signature) {
     const std::size_t textLength = std::strlen(signature);
-    if (textLength == 0 || textLength > longestText) {
+    if (textLength == 0 || textLength > longestSignatureText) {
         return false;
     }
     std::array<std::uint8_t, 136> raw;

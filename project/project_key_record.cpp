@@ -8,10 +8,7 @@
 
 namespace {
 
-constexpr std::uint32_t elementBitRoom = 8 * keyElementCapacity;
-constexpr std::uint32_t scalarBitRoom = 5 * 64;
-
-using AttributeScratch = std::array<std::uint8_t, 296>;
+using AttributeScratch = std::array<std::uint8_t, keyAttributeRoom>;
 
 /// The bit count at the start of both value forms; bit 31 of an integer's is no part of it.
 std::uint32_t storedBitCount(const AttributeScratch& attributeScratch) {

@@ -17,11 +17,17 @@ inline constexpr ProjectAttributeId publicPointYAttribute = 76;
 /// Bytes of `words` in use in the record's elements: 512 bits.
 inline constexpr std::uint64_t keyElementCapacity = 64;
 
+/// Bytes of the longest attribute that is read; a longer one counts as absent.
+inline constexpr std::uint32_t keyAttributeRoom = 296;
+
+/// Bits that there is room for; an attribute that claims more counts as absent.
+inline constexpr std::uint32_t elementBitRoom = 8 * keyElementCapacity;
+inline constexpr std::uint32_t scalarBitRoom = 5 * 64;
+
 /// The signature key of one project, unpacked from its attributes; nothing in it is checked.
 ///
 /// An element is empty, with a degree of 0, and the scalar absent, when the attribute is absent,
-/// has more than 296 bytes, or claims more bits than the field has room for (512 for an element,
-/// 320 for the scalar).
+/// has more than `keyAttributeRoom` bytes, or claims more bits than there is room for.
 struct ProjectKeyRecord {
     core::FieldElement basePointX{.capacity = keyElementCapacity};
     core::FieldElement basePointY{.capacity = keyElementCapacity};

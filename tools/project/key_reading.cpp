@@ -4,17 +4,12 @@
 #include <cstdint>
 #include <cstring>
 
-#include "engine/working_domain.h"
+#include "curve/sect163r2.h"
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/project/attribute_meaning.h"
 
 namespace {
-
-constexpr std::uint32_t longestValue = 296;
-constexpr std::uint32_t elementBitRoom = 8 * keyElementCapacity;
-constexpr std::uint32_t scalarBitRoom = 320;
-constexpr std::uint64_t curveDegree = 163;
 
 /// Why the value counts as absent, if it does.
 std::optional<std::string> absence(const ProjectFile& project, ProjectAttributeId id,
@@ -23,9 +18,9 @@ std::optional<std::string> absence(const ProjectFile& project, ProjectAttributeI
     if (size == 0) {
         return namedAttribute(id) + " is absent";
     }
-    if (size > longestValue) {
+    if (size > keyAttributeRoom) {
         return namedAttribute(id) + " has " + counted(size, "byte") + ", of which at most " +
-               std::to_string(longestValue) + " are taken, and counts as absent";
+               std::to_string(keyAttributeRoom) + " are taken, and counts as absent";
     }
     const std::uint32_t bits = statedBits(project, id);
     if (bits > bitRoom) {
@@ -58,6 +53,7 @@ std::optional<std::string> coordinateRefusal(const ProjectFile& project, Project
         return refusal;
     }
     const std::uint32_t bits = statedBits(project, id);
+    const std::uint64_t curveDegree = core::sect163r2.domain.degree;
     if (bits != curveDegree) {
         return namedAttribute(id) + " states " + counted(bits, "bit") + " instead of " +
                std::to_string(curveDegree);

@@ -10,14 +10,10 @@
 #include "core/integer.h"
 #include "curve/field.h"
 #include "curve/sect163r2.h"
+#include "engine/verify.h"
 #include "tools/counted_text.h"
 
 namespace {
-
-constexpr std::size_t longestText = 128;
-
-/// Bytes of two numbers below the order.
-constexpr std::uint64_t longestSignature = 42;
 
 constexpr std::size_t limbBytes = 8;
 
@@ -58,9 +54,9 @@ std::optional<std::string> lengthRefusal(std::size_t length) {
     if (length == 0) {
         return "the signature is empty";
     }
-    if (length > longestText) {
+    if (length > longestSignatureText) {
         return "the signature has " + std::to_string(length) + " characters, more than " +
-               std::to_string(longestText);
+               std::to_string(longestSignatureText);
     }
     if (length % 4 != 0) {
         return "the signature's " + counted(length, "character is", "characters are") +
@@ -130,7 +126,7 @@ SignatureReading readSignature(std::string_view text) {
         return {.refusal = std::move(refusal)};
     }
     // Decoding writes a zero byte behind the last group.
-    std::array<std::uint8_t, longestText / 4 * 3 + 1> raw{};
+    std::array<std::uint8_t, longestSignatureText / 4 * 3 + 1> raw{};
     const auto count =
         static_cast<std::size_t>(core::coreBase64Decode(text.data(), text.size(), raw.data()));
     const std::size_t half = count / 2;
@@ -160,7 +156,7 @@ std::string writeSignature(const core::CoreInteger& r, const core::CoreInteger& 
     std::array<std::uint8_t, longestSignature + 3> raw{};
     std::memcpy(raw.data(), r.limbs.data(), half);
     std::memcpy(raw.data() + half, s.limbs.data(), half);
-    std::array<char, longestText> text{};
+    std::array<char, longestSignatureText> text{};
     return {text.data(),
             static_cast<std::size_t>(core::coreBase64Encode(raw.data(), 2 * half, text.data()))};
 }
