@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <new>
 #include <string>
 #include <vector>
@@ -73,7 +74,9 @@ public:
                 throw CLI::RequiredError("a command");
             }
         } catch (const CLI::Success& success) {
-            return app_.exit(success);
+            app_.exit(success);
+            std::cout.flush();
+            return flushOutput() ? exitDone : exitFailed;
         } catch (const CLI::ParseError& error) {
             const std::string message = error.what();
             return reportFailure(message.substr(0, message.find_last_not_of(" \n") + 1) +

@@ -107,7 +107,8 @@ TEST_F(ProjectctlCreate, RefusesAScalarThatIsNone) {
           {"12x", "holds something else than hexadecimal digits"},
           {"0", "the scalar is zero"},
           {curveOrderDigits, "the scalar is not below the order"},
-          {std::string(10000, '1'), "the scalar is not below the order"}}) {
+          {std::string(4096, '1'), "the scalar is not below the order"},
+          {std::string(4096, '0') + "1", "has more than 4096 bytes, which is no scalar"}}) {
         EXPECT_TRUE(endedWith(runProjectctl({"create", path, "--from-scalar", "-"}, text), 2, "",
                               "projectctl: standard input: " + refusal + "\n"));
     }
@@ -254,6 +255,18 @@ TEST_F(ProjectctlStrip, CopiesEverythingButTheScalar) {
     // A copy of the copy is the same.
     EXPECT_TRUE(endedWith(runProjectctl({"strip", copy, folder.file("again")}), 0, ""));
     EXPECT_EQ(fileBytes(folder.file("again")), fileBytes(copy));
+}
+
+TEST_F(ProjectctlStrip, RefusesAProjectThatHoldsTheScalarTwice) {
+    AttributeValues values =
+        keyAttributes(keyWithScalar("123456789ABCDEF0123456789ABCDEF", key.baseX, key.baseY));
+    values[200] = Bytes{7, 7};
+    values[200].insert(values[200].end(), values[74].begin(), values[74].end());
+    write(values);
+    EXPECT_TRUE(
+        endedWith(runProjectctl({"strip", path, folder.file("copy")}), 2, "",
+                  "projectctl: " + path + ": attribute 200 holds the private scalar too\n"));
+    EXPECT_EQ(folder.names(), Names{"my.project"});
 }
 
 TEST_F(ProjectctlStrip, RefusesWhatLeavesNothing) {

@@ -11,6 +11,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 from pathlib import Path
 
@@ -99,6 +100,16 @@ class LargeFiles(unittest.TestCase):
         with open(errors, "wb") as stream:
             self.run_projectctl("sign", "project", self.sparse_file(LARGE_SIZE), stderr=stream)
         self.assertEqual(errors.read_bytes(), b"")
+
+    def test_a_file_that_is_cut_meanwhile_is_told_of(self):
+        file = self.sparse_file(24 * QUIET_SIZE)
+        signing = subprocess.Popen([self.programs / "projectctl", "sign", "project", file],
+                                   cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.5)
+        self.sparse_file(1)
+        output, errors = signing.communicate(timeout=SECONDS_FOR_A_COMMAND)
+        self.assertEqual((signing.returncode, output, errors),
+                         (2, b"", b"projectctl: a file was cut while it was read\n"))
 
     def test_a_pipe_of_any_size_is_signed_in_the_same_memory(self):
         writing = subprocess.Popen(["head", "-c", str(LARGE_SIZE), "/dev/zero"],

@@ -15,12 +15,15 @@ namespace {
 
 using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-/// What `path` holds, as far as a scalar with white space around it may go.
+/// More bytes than a scalar has with any sensible white space around it are not read.
+constexpr std::size_t longestText = 4096;
+
+/// What `path` holds, with one byte more than `longestText` if there are more.
 std::optional<std::string> readText(const std::string& path) {
     const bool standardInput = path == "-";
     const Stream file(standardInput ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
     std::FILE* stream = standardInput ? stdin : file.get();
-    std::array<char, 4096> text{};
+    std::array<char, longestText + 1> text{};
     if (stream == nullptr) {
         return std::nullopt;
     }
@@ -41,6 +44,10 @@ int createCommand(const CreateOptions& options) {
         const std::optional<std::string> text = readText(path);
         if (!text.has_value()) {
             return reportFailure(name + ": " + std::strerror(errno));
+        }
+        if (text->size() > longestText) {
+            return reportFailure(name + ": has more than " + std::to_string(longestText) +
+                                 " bytes, which is no scalar");
         }
         const ScalarReading reading = readScalar(*text);
         if (reading.refusal.has_value()) {

@@ -14,8 +14,8 @@ namespace {
 
 /// Findings by which other software would not read the key, or read a wrong one.
 bool spoilsKey(const ProjectFinding& finding, bool privateKey) {
-    constexpr std::array<std::string_view, 4> ofPoints = {"infinity", "off-curve", "x-zero",
-                                                          "wrong-order"};
+    constexpr std::array<std::string_view, 5> ofPoints = {"short-coordinate", "infinity",
+                                                          "off-curve", "x-zero", "wrong-order"};
     return std::find(ofPoints.begin(), ofPoints.end(), finding.code) != ofPoints.end() ||
            (privateKey && finding.code == "key-mismatch");
 }

@@ -1,15 +1,51 @@
 #include "tools/commands/strip_command.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <vector>
+
 #include "project/project_key_record.h"
 #include "tools/exit_status.h"
+#include "tools/project/attribute_meaning.h"
 #include "tools/project/project_reading.h"
 #include "tools/project/project_writer.h"
 #include "tools/report.h"
+
+namespace {
+
+/// The attribute other than the scalar that holds the scalar's bytes, if there is one. Fewer bytes
+/// than a limb tell nothing: they may stand anywhere.
+std::optional<ProjectAttributeId> copyOfScalar(const ProjectFile& project) {
+    constexpr std::ptrdiff_t headerSize = 4;
+    constexpr std::ptrdiff_t tellingSize = 8;
+    const std::vector<std::uint8_t> scalar = project.getBytes(privateScalarAttribute);
+    if (std::ssize(scalar) < headerSize + tellingSize) {
+        return std::nullopt;
+    }
+    for (const ProjectAttributeId id : project.attributeIds()) {
+        const std::vector<std::uint8_t> value = project.getBytes(id);
+        if (id != privateScalarAttribute &&
+            std::search(value.begin(), value.end(), scalar.begin() + headerSize, scalar.end()) !=
+                value.end()) {
+            return id;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
 
 int stripCommand(const StripOptions& options) {
     ProjectReading reading = readProject(options.file);
     if (reading.refusal.has_value()) {
         return reportFailure(options.file + ": " + *reading.refusal);
+    }
+    if (const auto id = copyOfScalar(reading.project)) {
+        return reportFailure(options.file + ": " + namedAttribute(*id) +
+                             " holds the private scalar too");
     }
     reading.project.eraseAttribute(privateScalarAttribute);
     if (reading.project.attributes.empty()) {

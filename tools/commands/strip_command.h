@@ -8,4 +8,5 @@ struct StripOptions {
 };
 
 /// Writes a copy of a project that only verifies: all attributes but the private scalar.
+/// Fails when another attribute holds the scalar's bytes too.
 int stripCommand(const StripOptions& options);

@@ -21,11 +21,13 @@ std::string descriptorPath(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-/// A regular file of which nothing has been read.
+/// A regular file of which nothing has been read, and which can be opened once more.
 bool isUnreadFile(int descriptor) {
     struct stat status {};
     return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-           ::lseek(descriptor, 0, SEEK_CUR) == 0;
+           (::fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_WRONLY &&
+           ::lseek(descriptor, 0, SEEK_CUR) == 0 &&
+           ::faccessat(AT_FDCWD, descriptorPath(descriptor).c_str(), R_OK, AT_EACCESS) == 0;
 }
 
 /// A new file without a name; -1 if there can be none.

@@ -21,8 +21,8 @@ std::string inputName(const std::string& path);
 /// if `path` is "-". Returns what went wrong, or nothing.
 ///
 /// A pipe is copied to the end into a file without a name in the folder that TMPDIR names, or else
-/// in /var/tmp; memory does not grow with it. A file on standard input, not yet read from, is taken
-/// as it stands.
+/// in /var/tmp; memory does not grow with it. A file on standard input that is not yet read from
+/// and can be opened once more is taken as it stands.
 std::optional<std::string> openInputFile(const std::string& path, InputFile& file);
 
 /// Why the file at `path` cannot be signed or verified, by the rules of `mapInputFile`, in words

@@ -88,10 +88,11 @@ bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldE
     }
     const std::uint32_t size = checked.project.attributeSize(id);
     if (size != elementSize(e.degree)) {
-        checked.find("dishonest-length", id,
+        const bool isShort = size < elementSize(e.degree);
+        checked.find(isShort ? "short-coordinate" : "dishonest-length", id,
                      namedAttribute(id) + " has " + counted(size, "byte") + " instead of " +
                          std::to_string(elementSize(e.degree)));
-        if (size < elementSize(e.degree)) {
+        if (isShort) {
             return false;
         }
     }

@@ -107,9 +107,10 @@ std::optional<std::string> entryRefusal(const OpenedFile& file,
     return std::nullopt;
 }
 
-/// Why the program does not load this file, in the order of its own steps.
+/// Why the program does not load this file, in the order of its own steps. The directory is read
+/// only when it comes to that.
 std::string refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
-                      const std::vector<ProjectEntry>& entries) {
+                      std::vector<ProjectEntry>& entries) {
     if (file.isFolder()) {
         return "is a directory";
     }
@@ -129,6 +130,7 @@ std::string refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
     if (digestDiffers(file, header)) {
         return "is damaged: the digest in its header is not that of its body";
     }
+    entries = readEntries(file, header.entryCount);
     if (const auto refusal = entryRefusal(file, entries)) {
         return *refusal;
     }
@@ -152,8 +154,9 @@ ProjectReading readProject(const std::string& path) {
         return reading;
     }
     const ProjectFileHeader header = readHeader(file);
-    reading.entries = readEntries(file, header.entryCount);
-    if (!loaded) {
+    if (loaded) {
+        reading.entries = readEntries(file, header.entryCount);
+    } else {
         reading.refusal = refusalOf(file, header, reading.entries);
         reading.unreadable = !file.isRegular() || *reading.refusal == unreadableContent;
     }

@@ -22,7 +22,7 @@ struct ProjectReading {
     bool unreadable = false;  ///< the refusal says nothing of the content, which could not be read
 
     ProjectFile project;                ///< what was loaded; empty after a refusal
-    std::vector<ProjectEntry> entries;  ///< the directory as far as it can be read, in its order
+    std::vector<ProjectEntry> entries;  ///< the directory in its order, where the digest holds
 };
 
 /// Loads the project at `path` as the program does. Whether it loads is the answer of

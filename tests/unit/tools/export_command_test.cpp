@@ -116,6 +116,13 @@ TEST_F(ExportCommand, RefusesAPointOfAnotherOrder) {
               refused("the public point has x = 0: it is the point of order 2"));
 }
 
+TEST_F(ExportCommand, RefusesACoordinateWithBytesMissing) {
+    AttributeValues unsound = attributes;
+    unsound[72].resize(28);
+    EXPECT_EQ(runOn(projectBytes(unsound)),
+              refused("attribute 72 (x of the base point) has 28 bytes instead of 32"));
+}
+
 TEST_F(ExportCommand, RefusesAPrivateKeyWhosePointsDoNotFit) {
     AttributeValues unsound = attributes;
     unsound[74] = integerValue("12345");

@@ -79,6 +79,15 @@ TEST_F(ReadProject, TellsWhatCouldNotBeRead) {
     EXPECT_TRUE(fifo.unreadable);
 }
 
+TEST_F(ReadProject, ReadsNoDirectoryOfWhatIsNoProject) {
+    const ProjectReading device = readProject("/dev/urandom");
+    EXPECT_EQ(device.refusal, "is no regular file");
+    EXPECT_TRUE(device.entries.empty());
+    Bytes image = {0xFF, 0xD8, 0xFF, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF};
+    image.resize(1000);
+    EXPECT_TRUE(readingOf(image).entries.empty());
+}
+
 TEST_F(ReadProject, TellsOfAShortHeader) {
     EXPECT_EQ(readingOf({}).refusal, "has 0 bytes, fewer than the 24 of a header");
     EXPECT_EQ(readingOf(Bytes(1)).refusal, "has 1 byte, fewer than the 24 of a header");
