@@ -178,8 +178,21 @@ curl_command() {
 
 serve_until_interrupted() {
     local url=http://127.0.0.1:$port/sign.cgi project=$work/demo.project sig tries=0
-    SIGN_PORT=$port SIGN_PROGRAM_FOLDER=$programs SIGN_SERVER_FOLDER=$work \
-        lighttpd -D -f deploy/lighttpd.conf </dev/null >"$work/server-output" 2>&1 &
+    # The configuration as installed, but for the folder of the programs.
+    mkdir "$work/programs"
+    cp "$programs"/{sign.cgi,nph-sign.cgi} deploy/limited "$work/programs"
+    sed "s|/usr/libexec/sign-cgi|$work/programs|g" deploy/lighttpd.conf >"$work/sign.conf"
+    cat >"$work/lighttpd.conf" <<EOF
+server.bind = "127.0.0.1"
+server.port = $port
+server.document-root = "$work/programs"
+server.errorlog = "$work/error.log"
+server.upload-dirs = ( "$work" )
+# No file is handed out, and no folder listed.
+server.compat-module-load = "disable"
+include "$work/sign.conf"
+EOF
+    lighttpd -D -f "$work/lighttpd.conf" </dev/null >"$work/server-output" 2>&1 &
     server=$!
     # The log names the server's start: an answer on the port alone may be another server's.
     until grep -qs 'server started' "$work/error.log"; do

@@ -9,7 +9,8 @@ set -euo pipefail
 declare -A packages=(
     [build]="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
-    [test]="libgtest-dev libssl-dev openssl valgrind python3 lighttpd curl mandoc"
+    [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
+            apache2-bin lighttpd nginx fcgiwrap systemd"
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14"
     [coverage]="gcovr"

@@ -1,0 +1,268 @@
+"""Web servers on free loopback ports, each with its configuration of deploy/ and a folder of its own.
+
+    with Lighttpd(programs, folder) as server:
+        urllib.request.urlopen(server.url("sign.cgi"), b"...")
+
+`programs` is a folder with sign.cgi and, but for nginx, nph-sign.cgi. `folder` must exist; the
+server puts a folder of its own there, with its log. `static`, if given, is a folder whose files the
+server hands out as well. A server ends with the block, by its own process id.
+"""
+
+import os
+import pwd
+import re
+import shutil
+import signal
+import socket
+import subprocess
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+DEPLOY = ROOT / "deploy"
+INSTALLED = "/usr/libexec/sign-cgi"
+INSTALLED_SOCKET = "/run/sign-fcgiwrap.socket"
+SECONDS_TO_START = 20
+SECONDS_TO_STOP = 20
+ACCOUNT = "www-data"  # of the servers and what they start, when the tests run as root
+
+
+def program_of_server(name):
+    """The path of a server's program, which Debian keeps where not every user looks."""
+    path = shutil.which(name, path=os.environ["PATH"] + ":/usr/sbin:/sbin")
+    if path is None:
+        raise FileNotFoundError(f"{name} is not installed")
+    return path
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def runs_as_root():
+    return os.geteuid() == 0
+
+
+def give_to_account(path):
+    """Makes the account that the servers run as the owner of this folder or file."""
+    if runs_as_root():
+        account = pwd.getpwnam(ACCOUNT)
+        os.chown(path, account.pw_uid, account.pw_gid)
+
+
+def stop(process):
+    """Ends a process that this one started, with its group: fcgiwrap leaves its workers behind."""
+    process.send_signal(signal.SIGTERM)
+    try:
+        process.wait(SECONDS_TO_STOP)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+    try:
+        os.killpg(process.pid, signal.SIGKILL)
+    except ProcessLookupError:
+        pass  # it has left nothing
+
+
+class Server:
+    """What the servers share. Each writes its main configuration, which includes that of deploy/."""
+
+    nph = True  # whether nph-sign.cgi is served
+
+    def __init__(self, programs, folder, static=None):
+        self.folder = Path(folder) / f"{type(self).__name__.lower()}-{free_port()}"
+        self.folder.mkdir()
+        # Copies, where the server's account can reach them; `limited` stands beside the programs.
+        self.programs = self.folder / "programs"
+        self.programs.mkdir()
+        for program in (*Path(programs).glob("*sign.cgi"), DEPLOY / "limited"):
+            shutil.copy(program, self.programs)
+        self.static = Path(static) if static else self.folder / "static"
+        self.static.mkdir(exist_ok=True)
+        self.log = self.folder / "error.log"
+        self.port = free_port()
+        self.processes = []
+        for path in (self.folder, self.static):
+            path.chmod(0o755)
+            give_to_account(path)
+
+    def url(self, path):
+        return f"http://127.0.0.1:{self.port}/{path}"
+
+    def configuration(self, name):
+        """The file of deploy/, with the folders of this server in place of those installed."""
+        text = (DEPLOY / name).read_text(encoding="utf-8")
+        text = text.replace(INSTALLED, str(self.programs))
+        return text.replace(INSTALLED_SOCKET, str(self.folder / "fcgiwrap.socket"))
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_text(text, encoding="utf-8")
+        return path
+
+    def start(self, command, **options):
+        # In a process group of its own: httpd's prefork ends all of its group, itself included.
+        with open(self.folder / "output", "ab") as output:
+            self.processes.append(subprocess.Popen(
+                command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                env={"PATH": os.environ["PATH"]}, start_new_session=True, **options))
+
+    def __enter__(self):
+        try:
+            self.start_all()
+            self.wait_until_it_listens()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            stop(process)
+        self.processes.clear()
+
+    def wait_until_it_listens(self):
+        """Until the port answers; a process that ends meanwhile has failed to start."""
+        deadline = time.monotonic() + SECONDS_TO_START
+        while time.monotonic() < deadline and all(p.poll() is None for p in self.processes):
+            with socket.socket() as probe:
+                if probe.connect_ex(("127.0.0.1", self.port)) == 0:
+                    return
+            time.sleep(0.05)
+        raise AssertionError(f"{type(self).__name__} does not start: {self.all_it_said()}")
+
+    def all_it_said(self):
+        return "".join(path.read_text(errors="replace")
+                       for path in (self.folder / "output", self.log) if path.exists())
+
+
+class Lighttpd(Server):
+    def start_all(self):
+        main = self.write("main.conf", f"""
+server.bind = "127.0.0.1"
+server.port = {self.port}
+server.document-root = "{self.static}"
+server.errorlog = "{self.log}"
+server.upload-dirs = ( "{self.folder}" )
+server.modules = ( "mod_indexfile" )
+index-file.names = ( "index.html" )
+mimetype.assign = ( ".html" => "text/html; charset=utf-8" )
+{f'server.username = "{ACCOUNT}"' if runs_as_root() else ''}
+include "{self.write('sign.conf', self.configuration('lighttpd.conf'))}"
+""")
+        self.start([program_of_server("lighttpd"), "-D", "-f", main])
+
+
+class Apache(Server):
+    MODULES = ("authz_core", "authz_host", "alias", "env", "dir", "mime", "reqtimeout")
+
+    def start_all(self):
+        modules = (self.PROCESSING, *self.MODULES, self.CGI)
+        load = "\n".join(f"LoadModule {name}_module /usr/lib/apache2/modules/mod_{name}.so"
+                         for name in modules)
+        main = self.write("main.conf", f"""
+ServerRoot {self.folder}
+DefaultRuntimeDir {self.folder}
+PidFile apache.pid
+ServerName localhost
+Listen 127.0.0.1:{self.port}
+{load}
+{f'User {ACCOUNT}' if runs_as_root() else ''}
+{f'Group {ACCOUNT}' if runs_as_root() else ''}
+ErrorLog {self.log}
+TypesConfig /dev/null
+AddType text/html .html
+{'ScriptSock cgid.socket' if self.CGI == 'cgid' else ''}
+DocumentRoot {self.static}
+<Directory {self.static}>
+    Require local
+</Directory>
+Include {self.write('sign.conf', self.configuration('apache.conf'))}
+""")
+        self.start([program_of_server("apache2"), "-d", self.folder, "-f", main, "-D", "FOREGROUND"])
+
+
+class ApacheEvent(Apache):
+    PROCESSING, CGI = "mpm_event", "cgid"
+
+
+class ApachePrefork(Apache):
+    PROCESSING, CGI = "mpm_prefork", "cgi"
+
+
+class Nginx(Server):
+    """nginx and fcgiwrap, which waits on a socket that it is handed, as systemd does it."""
+
+    nph = False
+
+    def main_configuration(self, inside):
+        return self.write("nginx.conf", f"""
+daemon off;
+pid {self.folder}/nginx.pid;
+error_log {self.log};
+{f'user {ACCOUNT};' if runs_as_root() else ''}
+worker_processes 1;
+events {{ worker_connections 256; }}
+http {{
+    access_log off;
+    types {{ text/html html; }}
+    client_body_temp_path {self.folder}/client;
+    fastcgi_temp_path {self.folder}/fastcgi;
+    proxy_temp_path {self.folder}/proxy;
+    uwsgi_temp_path {self.folder}/uwsgi;
+    scgi_temp_path {self.folder}/scgi;
+    {inside}
+}}
+""")
+
+    def start_fcgiwrap(self):
+        unit = self.configuration("systemd/sign-fcgiwrap.service")
+        command = re.search(r"^ExecStart=(.*)$", unit, re.MULTILINE).group(1).split()
+        path = self.folder / "fcgiwrap.socket"
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(str(path))
+            listener.listen(1024)
+            give_to_account(path)
+            os.set_inheritable(listener.fileno(), True)
+            # The socket comes as descriptor 3, with the variables of sd_listen_fds(3).
+            shell = ["sh", "-c", f'exec 3<&{listener.fileno()}; LISTEN_FDS=1 LISTEN_PID=$$ exec "$@"',
+                     "sh", *command]
+            account = {"user": ACCOUNT, "group": ACCOUNT} if runs_as_root() else {}
+            self.start(shell, close_fds=False, **account)
+
+    def start_all(self):
+        self.start_fcgiwrap()
+        main = self.main_configuration(f"""
+    server {{
+        listen 127.0.0.1:{self.port};
+        root {self.static};
+        include {self.write('sign.conf', self.configuration('nginx.conf'))};
+    }}""")
+        self.start([program_of_server("nginx"), "-p", self.folder, "-e", self.log, "-c", main])
+
+
+class NginxBalancer(Nginx):
+    """An nginx that hands each request to one of other servers in turn."""
+
+    def __init__(self, servers, folder):
+        super().__init__(DEPLOY, folder)
+        self.servers = servers
+
+    def start_all(self):
+        upstream = "".join(f"server 127.0.0.1:{server.port}; " for server in self.servers)
+        main = self.main_configuration(f"""
+    upstream signers {{ {upstream} }}
+    server {{
+        listen 127.0.0.1:{self.port};
+        client_max_body_size 8m;
+        location = /sign.cgi {{
+            proxy_pass http://signers;
+            add_header Served-By $upstream_addr always;
+        }}
+    }}""")
+        self.start([program_of_server("nginx"), "-p", self.folder, "-e", self.log, "-c", main])
+
+
+SERVERS = {server.__name__: server for server in (ApacheEvent, ApachePrefork, Lighttpd, Nginx)}
