@@ -2,11 +2,12 @@
 // for a signature: what a server needs for starting any program at all.
 #include <unistd.h>
 
+#include <array>
 #include <string_view>
 
 int main() {
-    char body[4096];
-    while (read(STDIN_FILENO, body, sizeof body) > 0) {
+    std::array<char, 4096> body;
+    while (read(STDIN_FILENO, body.data(), body.size()) > 0) {
     }
     constexpr std::string_view answer =
         "Status: 200 OK\r\nContent-Type: application/json\r\nContent-Length: 72\r\n\r\n"
