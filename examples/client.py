@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+"""Signs and verifies through sign.cgi, as a program or as a module of two functions:
+
+    client.py [--form] sign PROJECT data|base64|file VALUE
+    client.py [--form] verify PROJECT data|base64|file VALUE SIGNATURE
+
+Asks in JSON, or as a form. PROJECT and a file's path are paths of the server, whose program is at
+SIGN_URL, or http://127.0.0.1/sign.cgi. Prints the signature, true or false. Exit status:
+0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer of it.
+"""
+
+import http.client
+import json
+import os
+import sys
+import urllib.error
+import urllib.parse
+import urllib.request
+
+URL = os.environ.get("SIGN_URL", "http://127.0.0.1/sign.cgi")
+USAGE = "usage: client.py [--form] sign|verify PROJECT data|base64|file VALUE [SIGNATURE]"
+
+
+class Refused(Exception):
+    """The program's own words."""
+
+
+class NoAnswer(Exception):
+    """What came in place of an answer of the program."""
+
+
+class NoRedirect(urllib.request.HTTPRedirectHandler):
+    def redirect_request(self, *_):
+        """A request that is sent on comes without its body: the redirection is the answer."""
+
+
+def sign(project, what, value, form=False):
+    """The text of a signature over `value`, which is, as `what` tells, data, base64 or a file."""
+    return ask("signature", project, what, value, "", form)
+
+
+def verify(project, what, value, signature, form=False):
+    # The name that genPairs puts in front is no part of the signature: with it, nothing verifies.
+    signature = signature.removeprefix("signature:")
+    return ask("valid", project, what, value, signature, form) == "true"
+
+
+def ask(result, project, what, value, signature, form):
+    # Base64 data of more than three bytes is signed with a zero byte in front of its last group.
+    # What was signed as base64 is verified as base64.
+    member, writing = ("data", "base64") if what == "base64" else (what, "plain")
+    mode, operation = {"signature": ("generateSignature", "sig_create"),
+                       "valid": ("verifySignature", "sig_verify")}[result]
+    if form:
+        # A "+" in form text is a space: urlencode escapes it, and "=", "&" and "%".
+        body = urllib.parse.urlencode({
+            operation: "true", "genpairs": "true", "project": project, f"sig_{member}": value,
+            "sig_data_encoding": writing, "sig": signature}, errors="surrogateescape")
+        content_type = "application/x-www-form-urlencoded"
+    else:
+        body = json.dumps({"mode": mode, "project": project, "signature": {
+            member: value, "encoding": writing, "signature": signature}})
+        # These bytes alone. With a charset behind them, the body would be read as a form.
+        content_type = "application/json"
+    try:
+        request = urllib.request.Request(URL, body.encode(), {"Content-Type": content_type})
+        with urllib.request.build_opener(NoRedirect).open(request, timeout=60) as response:
+            status = f"HTTP status {response.status} {response.headers['Content-Type']}"
+            text = response.read().decode(errors="replace")
+    except urllib.error.HTTPError as error:
+        if error.code == 400 and error.headers.get("Content-Type", "").startswith("text/plain"):
+            raise Refused(error.read().decode(errors="replace")) from None
+        raise NoAnswer(f"no answer of the program, but HTTP status {error.code}") from None
+    except (OSError, ValueError, http.client.HTTPException) as error:
+        raise NoAnswer(f"no answer from {URL}: {error}") from None
+    try:
+        # A form is answered in a pair, name:value.
+        answer = dict([text.split(":", 1)]) if form else json.loads(text)
+        answer = {True: "true", False: "false"}.get(answer[result], answer[result])
+        if result == "signature" or answer in ("true", "false"):
+            return answer
+    except (KeyError, ValueError, TypeError):
+        pass
+    raise NoAnswer(f"no answer of the program, but {status}")
+
+
+def main(words):
+    form = words[:1] == ["--form"]
+    operation, *operands = words[form:] or [""]
+    function, count = {"sign": (sign, 3), "verify": (verify, 4)}.get(operation, (None, 0))
+    if len(operands) != count or operands[1:2] not in (["data"], ["base64"], ["file"]):
+        return complain(USAGE, 2)
+    try:
+        answer = function(*operands, form=form)
+    except Refused as refusal:
+        return complain(f"refused: {refusal}", 3)
+    except NoAnswer as reason:
+        return complain(reason, 4)
+    print({True: "true", False: "false"}.get(answer, answer))
+    return 0 if answer else 1
+
+
+def complain(reason, status):
+    print(f"client.py: {reason}", file=sys.stderr)
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
