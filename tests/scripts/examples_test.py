@@ -1,0 +1,502 @@
+"""Runs everything in examples/ against a web server with the programs.
+
+    examples_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
+"""
+
+import base64
+import http.server
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+from pathlib import Path
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service as Driver
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select, WebDriverWait
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests" / "servers"))
+from servers import Lighttpd, free_port  # noqa: E402
+from service import Project  # noqa: E402
+
+EXAMPLES = ROOT / "examples"
+CLIENTS = ("client.sh", "client.py", "client.mjs")
+KINDS = ([], ["--form"])
+SIGNATURE = r"[A-Za-z0-9+/]{4,56}={0,2}"
+AWKWARD = "1 + 1 = 2 & \"so\" \\ 100% %41 'on'\n\tf\u00fcr \u20ac;\r\n \U0001f58b\x01\n"
+NO_DATA = "Either 'data' or 'file' parameter is required"
+NO_MODE = "'mode' parameter missing or invalid"
+SECONDS = 60
+BROWSER_OPTIONS = (
+    "--headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
+    "--disable-background-networking --disable-component-update --disable-sync").split()
+
+
+class StandIn(http.server.ThreadingHTTPServer):
+    """Gives one answer to every request, and keeps the content types that it was sent."""
+
+    def __init__(self, status, content_type, body, **headers):
+        seen = self.content_types = []
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                seen.append(self.headers["Content-Type"])
+                self.rfile.read(int(self.headers["Content-Length"]))
+                self.send_response(status)
+                for name, value in {"Content-Type": content_type, **headers}.items():
+                    self.send_header(name, value)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            do_GET = do_POST
+
+            def log_message(self, *_):
+                pass
+
+        super().__init__(("127.0.0.1", 0), Handler)
+        self.url = f"http://127.0.0.1:{self.server_port}/sign.cgi"
+
+    def __enter__(self):
+        self.thread = threading.Thread(target=self.serve_forever, args=(0.02,))
+        self.thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self.shutdown()
+        self.thread.join()
+        self.server_close()
+
+
+class Served(unittest.TestCase):
+    """A server with the programs and the page, and a project that it can read."""
+
+    programs = None
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.folder = Path(folder.name)
+        cls.folder.chmod(0o755)
+        cls.project = Project(cls.programs / "projectctl", cls.folder)
+        static = shutil.copytree(EXAMPLES / "page", cls.folder / "page")
+        cls.server = cls.enterClassContext(Lighttpd(cls.programs, cls.folder, static))
+        cls.url = cls.server.url("sign.cgi")
+
+    def run_example(self, name, *words, url=None):
+        """The exit status and what is written to both streams."""
+        done = subprocess.run(
+            [EXAMPLES / name, *words], env={**os.environ, "SIGN_URL": url or self.url},
+            stdin=subprocess.DEVNULL, capture_output=True, timeout=SECONDS, check=False)
+        return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+class CurlCommands(Served):
+    def curl_commands(self):
+        """The answers of curl.sh: in their order, under the headings that it prints."""
+        status, output, errors = self.run_example(
+            "curl.sh", self.url, str(self.project.path), str(self.project.file))
+        self.assertEqual((status, errors), (0, ""))
+        paragraphs = [part.split("\n", 1) for part in output.strip().split("\n\n")]
+        return [part for part in paragraphs if not part[0].startswith("== ")]
+
+    def test_answer_as_their_headings_say(self):
+        told = 0
+        for heading, answer in self.curl_commands():
+            with self.subTest(heading):
+                expected = re.search(r"\((true|false|refused)\):$", heading)
+                if expected is None:
+                    continue
+                told += 1
+                if expected[1] == "refused":
+                    self.assertEqual(answer, f"{NO_MODE} (status 400)")
+                else:
+                    self.assertIn(answer, (expected[1], f'{{"valid":{expected[1]}}}'))
+        self.assertEqual(told, 16)
+
+    def test_sign_the_bytes_that_they_name(self):
+        answers = dict(self.curl_commands()[::-1])  # of headings that occur twice, the first counts
+        letter = b"Dear reader,\0\xff\n"
+        signed = {
+            "Sign a text:": b"1 + 1 = 2",
+            "Sign a file of the server:": self.project.file.read_bytes(),
+            "Sign the bytes of a file of this machine:": letter,
+            "Sign a file of the server, and be answered in bare text:":
+                self.project.file.read_bytes(),
+            "Sign the six bytes ABCDEF, written in base64 "
+            "(on one line: a line break would be refused):": b"ABC\0DEF",
+            'Sign a text until there is a "+" in the signature:': b"hello",
+        }
+        for heading, data in signed.items():
+            with self.subTest(heading):
+                self.assertRegex(answers[heading], rf"\A{SIGNATURE}\Z")
+                self.assertTrue(self.project.verifies(answers[heading], data))
+        self.assertIn("+", answers['Sign a text until there is a "+" in the signature:'])
+        self.assertRegex(answers["Sign a text, with the name of the result in front:"],
+                         rf"\Asignature:{SIGNATURE}\Z")
+        self.assertRegex(answers["Right: the bare type:"],
+                         rf'\A\{{"signature":"{SIGNATURE}"\}}\Z')
+
+    def test_show_the_refusals(self):
+        answers = dict(self.curl_commands())
+        self.assertEqual(answers["Sign nothing:"], f"{NO_DATA} (status 400)")
+        self.assertEqual(answers["Verify without a signature:"],
+                         "'signature' parameter is required (status 400)")
+        self.assertEqual(answers["Sign under a project that is not there:"],
+                         "Signature generation failed (status 400)")
+        self.assertEqual(answers["Verify under it, which is no refusal:"], "false (status 200)")
+
+    def test_end_with_the_words_of_a_refusal(self):
+        status, _, errors = self.run_example("curl.sh", self.url, "/nonexistent")
+        self.assertEqual(status, 1)
+        self.assertTrue(errors.endswith("Signature generation failed\n"), errors)
+
+    def test_end_when_the_server_is_dead(self):
+        status, _, errors = self.run_example("curl.sh", f"http://127.0.0.1:{free_port()}/sign.cgi")
+        self.assertEqual(status, 1)
+        self.assertIn("curl: (7)", errors)
+
+
+class Clients(Served):
+    def each(self):
+        for client in CLIENTS:
+            for kind in KINDS:
+                with self.subTest(client, kind=kind):
+                    yield client, kind
+
+    def signs(self, client, kind, what, value):
+        status, output, errors = self.run_example(
+            client, *kind, "sign", str(self.project.path), what, value)
+        self.assertEqual((status, errors), (0, ""))
+        self.assertRegex(output, rf"\A{SIGNATURE}\n\Z")
+        return output.strip()
+
+    def verifies(self, client, kind, what, value, signature):
+        status, output, errors = self.run_example(
+            client, *kind, "verify", str(self.project.path), what, value, signature)
+        self.assertEqual(errors, "")
+        self.assertIn((status, output), ((0, "true\n"), (1, "false\n")))
+        return status == 0
+
+    def fails(self, client, kind, status, words, *operands, url=None):
+        done = self.run_example(client, *kind, *operands, url=url)
+        self.assertEqual((done[0], done[1]), (status, ""), done)
+        self.assertTrue(done[2].splitlines()[-1].startswith(f"{client}: {words}"), done[2])
+
+    def test_sign_and_verify_text_of_every_kind(self):
+        for client, kind in self.each():
+            signature = self.signs(client, kind, "data", AWKWARD)
+            self.assertTrue(self.project.verifies(signature, AWKWARD.encode()))
+            self.assertTrue(self.verifies(client, kind, "data", AWKWARD, signature))
+            self.assertFalse(self.verifies(client, kind, "data", AWKWARD + "\n", signature))
+
+    def test_sign_and_verify_a_file_of_the_server(self):
+        for client, kind in self.each():
+            signature = self.signs(client, kind, "file", str(self.project.file))
+            self.assertTrue(self.project.verifies(signature, self.project.file.read_bytes()))
+            self.assertTrue(
+                self.verifies(client, kind, "file", str(self.project.file), signature))
+            self.assertFalse(
+                self.verifies(client, kind, "file", str(self.project.path), signature))
+
+    def test_find_a_wrong_signature_false(self):
+        signature = "AA"
+        while signature[0] == signature[1]:
+            signature = self.project.sign(b"hello")
+        wrong = signature[1] + signature[0] + signature[2:]
+        for client, kind in self.each():
+            self.assertFalse(self.verifies(client, kind, "data", "hello", wrong))
+            self.assertFalse(self.verifies(client, kind, "data", "hullo", signature))
+            self.assertFalse(self.verifies(client, kind, "data", "hello", "no signature"))
+
+    def test_verify_base64_data_in_the_writing_in_which_it_was_signed(self):
+        text = base64.b64encode(b"ABCDEF").decode()
+        for client, kind in self.each():
+            signature = self.signs(client, kind, "base64", text)
+            self.assertTrue(self.project.verifies(signature, b"ABC\0DEF"))
+            self.assertTrue(self.verifies(client, kind, "base64", text, signature))
+            self.assertFalse(self.verifies(client, kind, "data", "ABCDEF", signature))
+
+    def test_cut_off_the_name_that_stands_in_front_of_a_signature(self):
+        signature = self.project.sign(b"hello")
+        for client, kind in self.each():
+            self.assertTrue(
+                self.verifies(client, kind, "data", "hello", f"signature:{signature}"))
+
+    def test_send_plus_and_equals_in_a_signature(self):
+        signature = ""
+        while "+" not in signature or "=" not in signature:
+            signature = self.project.sign(b"hello")
+        for client, kind in self.each():
+            self.assertTrue(self.verifies(client, kind, "data", "hello", signature))
+
+    def test_send_a_type_without_a_charset_for_json(self):
+        with StandIn(200, "application/json", b'{"signature":"AAAA"}') as server:
+            for client in CLIENTS:
+                with self.subTest(client):
+                    done = self.run_example(client, "sign", "p", "data", "x", url=server.url)
+                    self.assertEqual(done, (0, "AAAA\n", ""))
+        self.assertEqual(server.content_types, ["application/json"] * len(CLIENTS))
+
+    def test_tell_what_the_program_refuses(self):
+        for client, kind in self.each():
+            self.fails(client, kind, 3, "refused: Signature generation failed",
+                       "sign", "/nonexistent", "data", "x")
+            self.fails(client, kind, 3, f"refused: {NO_DATA}",
+                       "sign", str(self.project.path), "data", "")
+            self.fails(client, kind, 3, "refused: Invalid base64 data",
+                       "sign", str(self.project.path), "base64", "QUJ")
+            self.fails(client, kind, 3, "refused: 'signature' parameter is required",
+                       "verify", str(self.project.path), "data", "x", "")
+
+    def test_tell_apart_what_is_no_answer_of_the_program(self):
+        words = "no answer of the program, but HTTP status "
+        request = ("sign", "p", "data", "x")
+        for client, kind in self.each():
+            self.fails(client, kind, 4, words + "404", *request, url=self.server.url("other"))
+            self.fails(client, kind, 4, words + "200 text/html", *request, url=self.server.url(""))
+        answers = (
+            (400, "text/html", b"<p>Bad request", {}),
+            (502, "text/plain", b"no program", {}),
+            (302, "text/plain", b"moved", {"Location": self.url}),
+            (200, "text/plain", b"", {}),
+            (200, "application/json", b'{"valid":true}', {}),
+            (200, "application/json", b"[1]", {}),
+            (200, "application/json", b"null", {}),
+        )
+        for status, content_type, body, headers in answers:
+            with StandIn(status, content_type, body, **headers) as server:
+                for client, kind in self.each():
+                    self.fails(client, kind, 4, f"{words}{status}", *request, url=server.url)
+
+    def test_find_a_verdict_in_no_other_answer(self):
+        words = "no answer of the program, but HTTP status 200"
+        for body in (b"true", b"valid:maybe", b'{"valid":2}', b'{"valid":"true', b"signature:AAAA"):
+            with StandIn(200, "text/plain", body) as server:
+                for client, kind in self.each():
+                    self.fails(client, kind, 4, words, "verify", "p", "data", "x", "AAAA",
+                               url=server.url)
+
+    def test_tell_that_the_server_is_dead(self):
+        url = f"http://127.0.0.1:{free_port()}/sign.cgi"
+        for client, kind in self.each():
+            self.fails(client, kind, 4, f"no answer from {url}", "sign", "p", "data", "x", url=url)
+
+    def test_tell_their_usage(self):
+        calls = ([], ["sign"], ["sign", "p", "data"], ["sign", "p", "text", "x"],
+                 ["sign", "p", "data", "x", "y"], ["verify", "p", "data", "x"],
+                 ["verify", "p", "data", "x", "y", "z"], ["create", "p", "data", "x"],
+                 ["--json", "sign", "p", "data", "x"], ["constructor", "p", "data", "x"])
+        for client, kind in self.each():
+            for words in calls:
+                self.fails(client, kind, 2, f"usage: {client} [--form] sign|verify", *words)
+
+    def test_serve_as_modules(self):
+        python = ("import client\n"
+                  "text = client.sign({0!r}, 'data', 'x', form=True)\n"
+                  "print(client.verify({0!r}, 'data', 'x', text),"
+                  " client.verify({0!r}, 'data', 'y', text))")
+        script = ("import {{ sign, verify }} from './client.mjs';\n"
+                  "const text = await sign({0!r}, 'data', 'x', true);\n"
+                  "console.log(await verify({0!r}, 'data', 'x', text),"
+                  " await verify({0!r}, 'data', 'y', text));")
+        commands = ([sys.executable, "-B", "-c", python],
+                    ["node", "--input-type=module", "-e", script])
+        for *command, text in commands:
+            with self.subTest(command[0]):
+                done = subprocess.run(
+                    [*command, text.format(str(self.project.path))], cwd=EXAMPLES,
+                    env={**os.environ, "SIGN_URL": self.url}, capture_output=True, text=True,
+                    timeout=SECONDS, check=False)
+                self.assertEqual((done.stdout.lower(), done.stderr), ("true false\n", ""))
+
+
+class Page(Served):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.browser = cls.start_browser()
+
+    @classmethod
+    def start_browser(cls, **preferences):
+        profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
+        cls.addClassCleanup(profile.cleanup)
+        options = webdriver.ChromeOptions()
+        for option in (*BROWSER_OPTIONS, f"--user-data-dir={profile.name}"):
+            options.add_argument(option)
+        options.add_experimental_option("prefs", preferences)
+        browser = webdriver.Chrome(options=options, service=Driver(shutil.which("chromedriver")))
+        cls.addClassCleanup(browser.quit)
+        browser.set_page_load_timeout(SECONDS)
+        return browser
+
+    def setUp(self):
+        self.open(self.browser)
+
+    def open(self, browser):
+        browser.get(self.server.url(""))
+        project = browser.find_element("id", "project")
+        project.clear()
+        project.send_keys(str(self.project.path))
+
+    def field(self, name):
+        return self.browser.find_element("id", name)
+
+    def fill(self, name, text):
+        self.field(name).clear()
+        self.field(name).send_keys(text)
+
+    def answer(self, before):
+        """The next answer: `before` asks for it."""
+        self.browser.execute_script("document.getElementById('answer').textContent = ''")
+        before()
+        return WebDriverWait(self.browser, SECONDS).until(
+            lambda _: self.field("answer").text.removeprefix("Asking the program"))
+
+    def press(self, button):
+        return self.answer(self.browser.find_element("name", f"sig_{button}").click)
+
+    def sign(self):
+        """The signature that the page got, which it puts into its field as well."""
+        shown = re.fullmatch(rf"Signed: (?:signature:|\{{\"signature\":\")?({SIGNATURE})(?:\"\}})?",
+                             self.press("create"))
+        self.assertIsNotNone(shown, self.field("answer").text)
+        self.assertEqual(self.field("sig").get_attribute("value"), shown[1])
+        return shown[1]
+
+    def test_signs_and_verifies_data_asked_for_in_both_ways(self):
+        text = "1 + 1 = 2 & f\u00fcr 100%\nline two"
+        for answers in (("Valid: true", "Not valid: false"),
+                        ('Valid: {"valid":true}', 'Not valid: {"valid":false}')):
+            with self.subTest(answers=answers):
+                self.fill("data", text)
+                self.assertTrue(self.project.verifies(self.sign(), text.encode()))
+                self.assertEqual(self.press("verify"), answers[0])
+                self.fill("data", "1 + 1 = 3")
+                self.assertEqual(self.press("verify"), answers[1])
+            self.field("json").click()
+
+    def test_signs_and_verifies_a_file_of_the_server(self):
+        self.fill("file", str(self.project.file))
+        self.assertTrue(self.project.verifies(self.sign(), self.project.file.read_bytes()))
+        self.assertEqual(self.press("verify"), "Valid: true")
+        self.fill("file", str(self.project.path))
+        self.assertEqual(self.press("verify"), "Not valid: false")
+
+    def test_verifies_a_signature_from_elsewhere_with_plus_and_equals_in_it(self):
+        signature = ""
+        while "+" not in signature or "=" not in signature:
+            signature = self.project.sign(b"hello")
+        self.fill("data", "hello")
+        for text in (signature, f"signature:{signature}", f" {signature} "):
+            with self.subTest(text):
+                self.fill("sig", text)
+                self.assertEqual(self.press("verify"), "Valid: true")
+
+    def test_tells_that_base64_is_verified_as_base64(self):
+        self.fill("data", base64.b64encode(b"ABCDEF").decode())
+        Select(self.field("writing")).select_by_value("base64")
+        self.assertTrue(self.project.verifies(self.sign(), b"ABC\0DEF"))
+        self.assertEqual(self.press("verify"), "Valid: true")
+        self.fill("data", "ABCDEF")
+        Select(self.field("writing")).select_by_value("plain")
+        self.assertEqual(self.press("verify"), "Not valid: false")
+        self.assertIn("a zero byte", self.field("writing-hint").text)
+
+    def test_cuts_off_the_name_that_stands_in_front(self):
+        self.fill("data", "hello")
+        self.field("genpairs").click()
+        self.sign()
+        self.assertTrue(self.field("answer").text.startswith("Signed: signature:"))
+        self.assertEqual(self.press("verify"), "Valid: valid:true")
+
+    def test_shows_a_refusal(self):
+        for _ in range(2):
+            self.assertEqual(self.press("create"), f"Refused: {NO_DATA}")
+            self.assertEqual(self.press("verify"), "Refused: 'signature' parameter is required")
+            self.field("json").click()
+
+    def test_tells_apart_what_is_no_answer_of_the_program(self):
+        self.fill("data", "hello")
+        self.fill("sig", "AAAA")
+        form = self.browser.find_element("tag name", "form")
+        self.browser.execute_script("arguments[0].action = '/other'", form)
+        self.assertEqual(self.press("create"), "No answer of the program, but HTTP status 404.")
+        self.browser.execute_script("arguments[0].action = '/'", form)
+        self.assertRegex(self.press("create"), "^No answer: this is not the program's: <!DOCTYPE")
+        self.browser.execute_script("arguments[0].action = arguments[1]", form,
+                                    f"http://127.0.0.1:{free_port()}/sign.cgi")
+        self.assertRegex(self.press("verify"), "^No answer: Failed to fetch")
+        self.assertEqual(self.field("sig").get_attribute("value"), "AAAA")
+
+    def test_verifies_when_enter_is_pressed_in_the_signature(self):
+        self.fill("data", "hello")
+        signature = self.sign()
+        answer = self.answer(lambda: self.field("sig").send_keys(Keys.ENTER))
+        self.assertEqual(answer, "Valid: true")
+        self.assertEqual(self.field("sig").get_attribute("value"), signature)
+
+    def test_is_walked_through_by_keyboard(self):
+        self.field("project").click()
+        order = []
+        for _ in range(8):
+            self.browser.switch_to.active_element.send_keys(Keys.TAB)
+            active = self.browser.switch_to.active_element
+            order.append(active.get_attribute("id") or active.get_attribute("name"))
+        self.assertEqual(order, ["data", "writing", "file", "sig", "genpairs", "json",
+                                 "sig_create", "sig_verify"])
+        self.fill("data", "hello")
+        button = self.browser.find_element("name", "sig_create")
+        self.assertRegex(self.answer(lambda: button.send_keys(Keys.SPACE)), "^Signed: ")
+
+    def test_has_a_label_on_every_field(self):
+        fields = self.browser.find_elements("css selector", "input, textarea, select")
+        self.assertEqual(len(fields), 7)
+        for field in fields:
+            self.assertNotEqual(field.accessible_name, "", field.get_attribute("id"))
+        self.assertEqual(self.field("answer").aria_role, "status")
+
+    def test_fits_a_narrow_screen(self):
+        self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+            "width": 320, "height": 640, "deviceScaleFactor": 1, "mobile": True})
+        self.addCleanup(self.browser.execute_cdp_cmd, "Emulation.clearDeviceMetricsOverride", {})
+        self.fill("data", "hello")
+        self.sign()
+        self.assertEqual(self.browser.execute_script("return document.body.scrollWidth"), 320)
+        self.assertEqual(
+            self.browser.execute_script("return document.documentElement.scrollWidth"), 320)
+
+    def test_works_without_its_script(self):
+        browser = self.start_browser(**{
+            "profile.managed_default_content_settings.javascript": 2})
+
+        def submit(signature, button):
+            self.open(browser)
+            browser.find_element("id", "data").send_keys("a + b\nc")
+            browser.find_element("id", "sig").send_keys(signature)
+            browser.find_element("name", button).click()
+            return WebDriverWait(browser, SECONDS).until(
+                lambda _: browser.current_url == self.url
+                and browser.find_element("tag name", "body").text)
+
+        signature = submit("", "sig_create")
+        self.assertRegex(signature, rf"\A{SIGNATURE}\Z")
+        self.assertTrue(self.project.verifies(signature, b"a + b\r\nc"))
+        self.assertEqual(submit(signature, "sig_verify"), "true")
+        self.assertEqual(submit("AAAA", "sig_verify"), "false")
+        self.assertEqual(submit("", "sig_verify"), "'signature' parameter is required")
+
+
+if __name__ == "__main__":
+    Served.programs = Path(os.environ.get("SIGN_PROGRAM_FOLDER") or sys.argv[1]).resolve()
+    # The server is on this machine: nothing goes through a proxy.
+    for variable in [name for name in os.environ if name.lower().endswith("_proxy")]:
+        del os.environ[variable]
+    unittest.main(argv=sys.argv[:1])
