@@ -4,14 +4,12 @@
 """
 
 import base64
-import http.server
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 from pathlib import Path
 
@@ -24,6 +22,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "servers"))
 from servers import Lighttpd, free_port  # noqa: E402
 from service import Project  # noqa: E402
+from stand_in_server import StandInServer  # noqa: E402
 
 EXAMPLES = ROOT / "examples"
 CLIENTS = ("client.sh", "client.py", "client.mjs")
@@ -36,42 +35,6 @@ SECONDS = 60
 BROWSER_OPTIONS = (
     "--headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
     "--disable-background-networking --disable-component-update --disable-sync").split()
-
-
-class StandIn(http.server.ThreadingHTTPServer):
-    """Gives one answer to every request, and keeps the content types that it was sent."""
-
-    def __init__(self, status, content_type, body, **headers):
-        seen = self.content_types = []
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_POST(self):
-                seen.append(self.headers["Content-Type"])
-                self.rfile.read(int(self.headers["Content-Length"]))
-                self.send_response(status)
-                for name, value in {"Content-Type": content_type, **headers}.items():
-                    self.send_header(name, value)
-                self.send_header("Content-Length", str(len(body)))
-                self.end_headers()
-                self.wfile.write(body)
-
-            do_GET = do_POST
-
-            def log_message(self, *_):
-                pass
-
-        super().__init__(("127.0.0.1", 0), Handler)
-        self.url = f"http://127.0.0.1:{self.server_port}/sign.cgi"
-
-    def __enter__(self):
-        self.thread = threading.Thread(target=self.serve_forever, args=(0.02,))
-        self.thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self.shutdown()
-        self.thread.join()
-        self.server_close()
 
 
 class Served(unittest.TestCase):
@@ -238,7 +201,7 @@ class Clients(Served):
             self.assertTrue(self.verifies(client, kind, "data", "hello", signature))
 
     def test_send_a_type_without_a_charset_for_json(self):
-        with StandIn(200, "application/json", b'{"signature":"AAAA"}') as server:
+        with StandInServer(200, "application/json", b'{"signature":"AAAA"}') as server:
             for client in CLIENTS:
                 with self.subTest(client):
                     done = self.run_example(client, "sign", "p", "data", "x", url=server.url)
@@ -272,14 +235,14 @@ class Clients(Served):
             (200, "application/json", b"null", {}),
         )
         for status, content_type, body, headers in answers:
-            with StandIn(status, content_type, body, **headers) as server:
+            with StandInServer(status, content_type, body, headers) as server:
                 for client, kind in self.each():
                     self.fails(client, kind, 4, f"{words}{status}", *request, url=server.url)
 
     def test_find_a_verdict_in_no_other_answer(self):
         words = "no answer of the program, but HTTP status 200"
         for body in (b"true", b"valid:maybe", b'{"valid":2}', b'{"valid":"true', b"signature:AAAA"):
-            with StandIn(200, "text/plain", body) as server:
+            with StandInServer(200, "text/plain", body) as server:
                 for client, kind in self.each():
                     self.fails(client, kind, 4, words, "verify", "p", "data", "x", "AAAA",
                                url=server.url)
