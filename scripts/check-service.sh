@@ -24,11 +24,10 @@ altered='0o54yQ4q7VRU6odVJ/i3dK6bAQXASrU21N6PxnZIE+AD9iP/GSUrk/SA'
 project=/usr/share/sign-cgi/check.project
 url='' warning='' critical='' limit=10
 slowest=0 spent=0
-step='' body=''
+step=''
 
 # Ends with state $1, its word $2 and text $3, which must be one line and hold no "|".
 finish() {
-    [ -z "$body" ] || rm -f "$body"
     printf 'sign.cgi %s: %s | time=%ss;%s;%s;0;%s\n' "$2" "$(printf %s "$3" | tr '|\n' '  ')" \
         "$slowest" "$warning" "$critical" "$limit"
     exit "$1"

@@ -256,10 +256,12 @@ class Clients(Served):
         calls = ([], ["sign"], ["sign", "p", "data"], ["sign", "p", "text", "x"],
                  ["sign", "p", "data", "x", "y"], ["verify", "p", "data", "x"],
                  ["verify", "p", "data", "x", "y", "z"], ["create", "p", "data", "x"],
-                 ["--json", "sign", "p", "data", "x"], ["constructor", "p", "data", "x"])
-        for client, kind in self.each():
+                 ["--json", "sign", "p", "data", "x"], ["constructor", "p", "data", "x"],
+                 ["--form"], ["--form", "--form", "sign", "p", "data", "x"])
+        for client in CLIENTS:
             for words in calls:
-                self.fails(client, kind, 2, f"usage: {client} [--form] sign|verify", *words)
+                with self.subTest(client, words=words):
+                    self.fails(client, [], 2, f"usage: {client} [--form] sign|verify", *words)
 
     def test_serve_as_modules(self):
         python = ("import client\n"
