@@ -26,7 +26,7 @@ from stand_in_server import StandInServer  # noqa: E402
 
 EXAMPLES = ROOT / "examples"
 CLIENTS = ("client.sh", "client.py", "client.mjs")
-KINDS = ([], ["--form"])
+CLIENTS_AND_KINDS = [(client, kind) for client in CLIENTS for kind in ([], ["--form"])]
 SIGNATURE = r"[A-Za-z0-9+/]{4,56}={0,2}"
 AWKWARD = "1 + 1 = 2 & \"so\" \\ 100% %41 'on'\n\tf\u00fcr \u20ac;\r\n \U0001f58b\x01\n"
 NO_DATA = "Either 'data' or 'file' parameter is required"
@@ -128,12 +128,6 @@ class CurlCommands(Served):
 
 
 class Clients(Served):
-    def each(self):
-        for client in CLIENTS:
-            for kind in KINDS:
-                with self.subTest(client, kind=kind):
-                    yield client, kind
-
     def signs(self, client, kind, what, value):
         status, output, errors = self.run_example(
             client, *kind, "sign", str(self.project.path), what, value)
@@ -154,51 +148,57 @@ class Clients(Served):
         self.assertTrue(done[2].splitlines()[-1].startswith(f"{client}: {words}"), done[2])
 
     def test_sign_and_verify_text_of_every_kind(self):
-        for client, kind in self.each():
-            signature = self.signs(client, kind, "data", AWKWARD)
-            self.assertTrue(self.project.verifies(signature, AWKWARD.encode()))
-            self.assertTrue(self.verifies(client, kind, "data", AWKWARD, signature))
-            self.assertFalse(self.verifies(client, kind, "data", AWKWARD + "\n", signature))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                signature = self.signs(client, kind, "data", AWKWARD)
+                self.assertTrue(self.project.verifies(signature, AWKWARD.encode()))
+                self.assertTrue(self.verifies(client, kind, "data", AWKWARD, signature))
+                self.assertFalse(self.verifies(client, kind, "data", AWKWARD + "\n", signature))
 
     def test_sign_and_verify_a_file_of_the_server(self):
-        for client, kind in self.each():
-            signature = self.signs(client, kind, "file", str(self.project.file))
-            self.assertTrue(self.project.verifies(signature, self.project.file.read_bytes()))
-            self.assertTrue(
-                self.verifies(client, kind, "file", str(self.project.file), signature))
-            self.assertFalse(
-                self.verifies(client, kind, "file", str(self.project.path), signature))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                signature = self.signs(client, kind, "file", str(self.project.file))
+                self.assertTrue(self.project.verifies(signature, self.project.file.read_bytes()))
+                self.assertTrue(
+                    self.verifies(client, kind, "file", str(self.project.file), signature))
+                self.assertFalse(
+                    self.verifies(client, kind, "file", str(self.project.path), signature))
 
     def test_find_a_wrong_signature_false(self):
         signature = "AA"
         while signature[0] == signature[1]:
             signature = self.project.sign(b"hello")
         wrong = signature[1] + signature[0] + signature[2:]
-        for client, kind in self.each():
-            self.assertFalse(self.verifies(client, kind, "data", "hello", wrong))
-            self.assertFalse(self.verifies(client, kind, "data", "hullo", signature))
-            self.assertFalse(self.verifies(client, kind, "data", "hello", "no signature"))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.assertFalse(self.verifies(client, kind, "data", "hello", wrong))
+                self.assertFalse(self.verifies(client, kind, "data", "hullo", signature))
+                self.assertFalse(self.verifies(client, kind, "data", "hello", "no signature"))
 
     def test_verify_base64_data_in_the_writing_in_which_it_was_signed(self):
         text = base64.b64encode(b"ABCDEF").decode()
-        for client, kind in self.each():
-            signature = self.signs(client, kind, "base64", text)
-            self.assertTrue(self.project.verifies(signature, b"ABC\0DEF"))
-            self.assertTrue(self.verifies(client, kind, "base64", text, signature))
-            self.assertFalse(self.verifies(client, kind, "data", "ABCDEF", signature))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                signature = self.signs(client, kind, "base64", text)
+                self.assertTrue(self.project.verifies(signature, b"ABC\0DEF"))
+                self.assertTrue(self.verifies(client, kind, "base64", text, signature))
+                self.assertFalse(self.verifies(client, kind, "data", "ABCDEF", signature))
 
     def test_cut_off_the_name_that_stands_in_front_of_a_signature(self):
         signature = self.project.sign(b"hello")
-        for client, kind in self.each():
-            self.assertTrue(
-                self.verifies(client, kind, "data", "hello", f"signature:{signature}"))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.assertTrue(
+                    self.verifies(client, kind, "data", "hello", f"signature:{signature}"))
 
     def test_send_plus_and_equals_in_a_signature(self):
         signature = ""
         while "+" not in signature or "=" not in signature:
             signature = self.project.sign(b"hello")
-        for client, kind in self.each():
-            self.assertTrue(self.verifies(client, kind, "data", "hello", signature))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.assertTrue(self.verifies(client, kind, "data", "hello", signature))
 
     def test_send_a_type_without_a_charset_for_json(self):
         with StandInServer(200, "application/json", b'{"signature":"AAAA"}') as server:
@@ -209,22 +209,25 @@ class Clients(Served):
         self.assertEqual(server.content_types, ["application/json"] * len(CLIENTS))
 
     def test_tell_what_the_program_refuses(self):
-        for client, kind in self.each():
-            self.fails(client, kind, 3, "refused: Signature generation failed",
-                       "sign", "/nonexistent", "data", "x")
-            self.fails(client, kind, 3, f"refused: {NO_DATA}",
-                       "sign", str(self.project.path), "data", "")
-            self.fails(client, kind, 3, "refused: Invalid base64 data",
-                       "sign", str(self.project.path), "base64", "QUJ")
-            self.fails(client, kind, 3, "refused: 'signature' parameter is required",
-                       "verify", str(self.project.path), "data", "x", "")
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.fails(client, kind, 3, "refused: Signature generation failed",
+                           "sign", "/nonexistent", "data", "x")
+                self.fails(client, kind, 3, f"refused: {NO_DATA}",
+                           "sign", str(self.project.path), "data", "")
+                self.fails(client, kind, 3, "refused: Invalid base64 data",
+                           "sign", str(self.project.path), "base64", "QUJ")
+                self.fails(client, kind, 3, "refused: 'signature' parameter is required",
+                           "verify", str(self.project.path), "data", "x", "")
 
     def test_tell_apart_what_is_no_answer_of_the_program(self):
         words = "no answer of the program, but HTTP status "
         request = ("sign", "p", "data", "x")
-        for client, kind in self.each():
-            self.fails(client, kind, 4, words + "404", *request, url=self.server.url("other"))
-            self.fails(client, kind, 4, words + "200 text/html", *request, url=self.server.url(""))
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.fails(client, kind, 4, words + "404", *request, url=self.server.url("other"))
+                self.fails(client, kind, 4, words + "200 text/html", *request,
+                           url=self.server.url(""))
         answers = (
             (400, "text/html", b"<p>Bad request", {}),
             (502, "text/plain", b"no program", {}),
@@ -236,21 +239,25 @@ class Clients(Served):
         )
         for status, content_type, body, headers in answers:
             with StandInServer(status, content_type, body, headers) as server:
-                for client, kind in self.each():
-                    self.fails(client, kind, 4, f"{words}{status}", *request, url=server.url)
+                for client, kind in CLIENTS_AND_KINDS:
+                    with self.subTest(client, kind=kind):
+                        self.fails(client, kind, 4, f"{words}{status}", *request, url=server.url)
 
     def test_find_a_verdict_in_no_other_answer(self):
         words = "no answer of the program, but HTTP status 200"
         for body in (b"true", b"valid:maybe", b'{"valid":2}', b'{"valid":"true', b"signature:AAAA"):
             with StandInServer(200, "text/plain", body) as server:
-                for client, kind in self.each():
-                    self.fails(client, kind, 4, words, "verify", "p", "data", "x", "AAAA",
-                               url=server.url)
+                for client, kind in CLIENTS_AND_KINDS:
+                    with self.subTest(client, kind=kind):
+                        self.fails(client, kind, 4, words, "verify", "p", "data", "x", "AAAA",
+                                   url=server.url)
 
     def test_tell_that_the_server_is_dead(self):
         url = f"http://127.0.0.1:{free_port()}/sign.cgi"
-        for client, kind in self.each():
-            self.fails(client, kind, 4, f"no answer from {url}", "sign", "p", "data", "x", url=url)
+        for client, kind in CLIENTS_AND_KINDS:
+            with self.subTest(client, kind=kind):
+                self.fails(client, kind, 4, f"no answer from {url}", "sign", "p", "data", "x",
+                           url=url)
 
     def test_tell_their_usage(self):
         calls = ([], ["sign"], ["sign", "p", "data"], ["sign", "p", "text", "x"],
