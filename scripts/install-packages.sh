@@ -10,7 +10,8 @@ declare -A packages=(
     [build]="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
     [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
-            apache2-bin lighttpd nginx fcgiwrap systemd"
+            apache2-bin lighttpd nginx fcgiwrap systemd
+            chromium chromium-driver python3-selenium nodejs"
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14"
     [coverage]="gcovr"
