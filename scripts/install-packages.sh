@@ -11,7 +11,8 @@ declare -A packages=(
     [serve]="lighttpd curl"
     [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
             apache2-bin lighttpd nginx fcgiwrap systemd
-            chromium chromium-driver python3-selenium nodejs"
+            chromium chromium-driver python3-selenium nodejs
+            python3-jsonschema openapi-specification"
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14"
     [coverage]="gcovr"

@@ -1,0 +1,468 @@
+"""Replays docs/http-interface.md and docs/openapi.json against the programs, started as a server does.
+
+    http_interface_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
+"""
+
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import urllib.parse
+from dataclasses import dataclass
+from pathlib import Path
+
+from jsonschema import Draft4Validator, RefResolver
+
+ROOT = Path(__file__).resolve().parents[2]
+REFERENCE = (ROOT / "docs" / "http-interface.md").read_text(encoding="utf-8")
+DESCRIPTION = json.loads((ROOT / "docs" / "openapi.json").read_text(encoding="utf-8"))
+# Of Debian's package openapi-specification.
+OPENAPI_SCHEMA = Path("/usr/share/openapi-specification/schemas/v3.0/schema.json")
+NAMES = ("sign.cgi", "nph-sign.cgi")
+SECONDS_FOR_A_REQUEST = 60
+
+FORM = "application/x-www-form-urlencoded"
+JSON = "application/json"
+STATUS_LINES = {"200": "200 OK", "400": "400 Bad Request", "500": "500 Server Error"}
+SIGNATURE = re.compile(r"[A-Za-z0-9+/]{50,56}={0,2}")
+NO_JSON = "Invalid JSON data"
+NO_FORM = "Failed to parse input data"
+MODE_MISSING = "'mode' parameter missing or invalid"
+PROJECT_MISSING = "'project' parameter is required"
+INPUT_MISSING = "Either 'data' or 'file' parameter is required"
+NOT_MADE = "Signature generation failed"
+
+
+@dataclass(frozen=True)
+class Request:
+    content_type: str
+    body: bytes
+
+
+@dataclass(frozen=True)
+class Response:
+    status: str
+    content_type: str
+    body: str
+
+    def written_by(self, program):
+        first = "HTTP/1.0" if program.startswith("nph-") else "Status:"
+        return (f"{first} {self.status}\r\nContent-Type: {self.content_type}\r\n"
+                f"Content-Length: {len(self.body.encode())}\r\n\r\n{self.body}").encode()
+
+    def without_signature(self):
+        return Response(self.status, self.content_type, SIGNATURE.sub("S", self.body))
+
+
+def compact(value):
+    return json.dumps(value, separators=(",", ":"), ensure_ascii=False)
+
+
+def form(**parameters):
+    return Request(FORM, urllib.parse.urlencode(parameters).encode())
+
+
+def refusal(message):
+    return Response("400 Bad Request", "text/plain", message)
+
+
+def text_result(text):
+    return Response("200 OK", "text/plain", text)
+
+
+def verifying(request, signature):
+    """The request that verifies what this one signs, to be answered in bare text."""
+    if request.content_type == JSON:
+        value = json.loads(request.body)
+        value.update(mode="verifySignature", encoding="plain", genPairs=False)
+        value["signature"]["signature"] = signature
+        return Request(JSON, compact(value).encode())
+    parameters = dict(urllib.parse.parse_qsl(request.body.decode()))
+    for name in ("sig_create", "encoding", "genpairs"):
+        parameters.pop(name, None)
+    return form(sig_verify="true", sig=signature, **parameters)
+
+
+# The reference: its fenced exchanges and its tables.
+
+
+def fenced_exchanges():
+    """The program, the request and the response of each pair of fenced blocks."""
+    blocks = re.findall(r"^```http\n(.*?)\n```$", REFERENCE, re.MULTILINE | re.DOTALL)
+    for request, response in zip(blocks[0::2], blocks[1::2], strict=True):
+        head, _, body = request.partition("\n\n")
+        line, *fields = head.split("\n")
+        program = re.fullmatch(r"POST /((?:nph-)?sign\.cgi) HTTP/1\.1", line).group(1)
+        headers = dict(field.split(": ", 1) for field in fields)
+        if headers.pop("Content-Length") != str(len(body.encode())):
+            raise AssertionError(f"a wrong Content-Length in {request}")
+        yield program, Request(headers.pop("Content-Type"), body.encode()), response
+        if headers:
+            raise AssertionError(f"unknown headers in {request}")
+
+
+def table(header):
+    """The rows below this header, as lists of cells."""
+    start = REFERENCE.index(f"\n{header}\n") + 1
+    lines = REFERENCE[start:REFERENCE.index("\n\n", start)].split("\n")
+    return [line.removeprefix("| ").removesuffix(" |").split(" | ") for line in lines[2:]]
+
+
+def code(cell):
+    """What stands between the backticks that make up this cell."""
+    return re.fullmatch("`(.+)`", cell).group(1)
+
+
+def response_rows():
+    """Each row of the table of responses: the response, the exit status, whether it occurs."""
+    for *cells, exit_status, when in table("| Status | Content type | Body | Exit status | When |"):
+        yield Response(*map(code, cells)), int(exit_status), not when.startswith("never")
+
+
+# The description: its examples.
+
+
+OPERATION = DESCRIPTION["paths"]["/sign.cgi"]["post"]
+
+
+def content_of(part):
+    return ((media, content["schema"], name, example)
+            for media, content in part.get("content", {}).items()
+            for name, example in content["examples"].items())
+
+
+def request_examples():
+    """Name, schema, value and request of each."""
+    for media, schema, name, example in content_of(OPERATION["requestBody"]):
+        value = example["value"]
+        body = compact(value) if media == JSON else urllib.parse.urlencode(value)
+        yield name, schema, value, Request(media, body.encode())
+
+
+def response_examples():
+    """Name, schema, example and response of each."""
+    for status, part in OPERATION["responses"].items():
+        for media, schema, name, example in content_of(part):
+            value = example["value"]
+            yield name, schema, example, Response(
+                STATUS_LINES[status], media, compact(value) if media == JSON else value)
+
+
+def described_exchanges():
+    """Name, request and response of each pair of examples."""
+    requests = {name: request for name, _, _, request in request_examples()}
+    for name, _, example, response in response_examples():
+        refused = example.get("x-request")
+        if refused is not None:
+            ((content_type, body),) = refused.items()
+            yield name, Request(content_type, body.encode()), response
+        elif name in requests:
+            yield name, requests[name], response
+
+
+def fits(schema, value):
+    resolver = RefResolver.from_schema(DESCRIPTION)
+    return Draft4Validator(schema, resolver=resolver).is_valid(value)
+
+
+def body_fits(content_type, body):
+    """Whether the description has a request of this type and with this text."""
+    content = OPERATION["requestBody"]["content"].get(content_type)
+    if content is None:
+        return False
+    try:
+        value = json.loads(body) if content_type == JSON else dict(urllib.parse.parse_qsl(body))
+    except ValueError:
+        return False
+    return fits(content["schema"], value)
+
+
+class Description(unittest.TestCase):
+    def test_is_an_openapi_description(self):
+        schema = json.loads(OPENAPI_SCHEMA.read_text(encoding="utf-8"))
+        errors = [f"{list(error.absolute_path)}: {error.message}"
+                  for error in Draft4Validator(schema).iter_errors(DESCRIPTION)]
+        self.assertEqual(errors, [])
+        self.assertEqual(DESCRIPTION["openapi"], "3.0.3")
+
+    def test_names_the_version_of_the_project(self):
+        text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+        version = re.search(r"^project\(\w+\s+VERSION\s+([0-9.]+)", text, re.MULTILINE).group(1)
+        self.assertEqual(DESCRIPTION["info"]["version"], version)
+
+    def test_every_schema_is_well_formed_and_used(self):
+        schemas = DESCRIPTION["components"]["schemas"]
+        text = json.dumps(DESCRIPTION)
+        used = set(re.findall(r'"\$ref": "#/components/schemas/(\w+)"', text))
+        self.assertEqual(text.count('"$ref"'), len(re.findall(r'"\$ref": "#/components/', text)))
+        self.assertEqual(used, set(schemas))
+        for name, schema in schemas.items():
+            with self.subTest(name):
+                Draft4Validator.check_schema(schema)
+
+    def test_every_request_example_fits_its_schema_and_one_response(self):
+        answered = [name for name, _, _, _ in response_examples()]
+        self.assertEqual(len(answered), len(set(answered)))
+        names = [name for name, _, _, _ in request_examples()]
+        self.assertEqual(len(names), len(set(names)))
+        for name, schema, value, _ in request_examples():
+            with self.subTest(name):
+                self.assertTrue(fits(schema, value))
+                self.assertIn(name, answered)
+
+    def test_every_response_example_fits_its_schema(self):
+        for name, schema, example, _ in response_examples():
+            with self.subTest(name):
+                self.assertTrue(fits(schema, example["value"]))
+
+    def test_a_refused_request_fits_no_schema(self):
+        for name, _, example, _ in response_examples():
+            for content_type, body in example.get("x-request", {}).items():
+                with self.subTest(name):
+                    self.assertFalse(body_fits(content_type, body))
+        for name, _, _, request in request_examples():
+            with self.subTest(name):
+                self.assertTrue(body_fits(request.content_type, request.body.decode()))
+
+
+class Reference(unittest.TestCase):
+    def test_the_table_of_responses_and_the_examples_are_the_same(self):
+        rows = {response: occurs for response, _, occurs in response_rows()}
+        described = {response.without_signature() for _, _, _, response in response_examples()}
+        self.assertEqual(described, set(rows))
+        replayed = {response.without_signature() for _, _, response in described_exchanges()}
+        self.assertEqual(replayed, {response for response, occurs in rows.items() if occurs})
+
+    def test_the_table_of_responses_has_every_message_of_the_code(self):
+        source = "".join((ROOT / "frontend" / name).read_text(encoding="utf-8")
+                         for name in ("request_driver.cpp", "signature_requests.cpp"))
+        in_code = {text for text in re.findall(r'"([^"\n]*)"', source) if " " in text}
+        self.assertEqual(in_code, {response.body for response, _, _ in response_rows()
+                                   if response.status != "200 OK"})
+
+    def test_the_exit_status_tells_a_result_from_a_refusal(self):
+        for response, exit_status, _ in response_rows():
+            self.assertEqual(exit_status, 0 if response.status == "200 OK" else 255)
+
+
+class Exchanges(unittest.TestCase):
+    programs = None
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.projects = Path(folder.name) / "projects"
+        cls.upload = Path(folder.name) / "upload"
+        cls.projects.mkdir()
+        cls.upload.mkdir()
+        cls.project = cls.projects / "my.project"
+        shutil.copy(ROOT / "tests" / "vectors" / "projects" / "project-00.bin", cls.project)
+        (cls.upload / "letter.txt").write_bytes(b"Dear reader")
+
+    def run_program(self, program, body, content_type, length):
+        environment = {"ASAN_OPTIONS": "allocator_may_return_null=1"}
+        if content_type is not None:
+            environment["CONTENT_TYPE"] = content_type
+        if length is not None:
+            environment["CONTENT_LENGTH"] = length
+        return subprocess.run([self.programs / program], input=body, env=environment, check=False,
+                              capture_output=True, timeout=SECONDS_FOR_A_REQUEST)
+
+    def ask(self, program, request):
+        """What the program writes and how it ends, with files of the test behind the paths."""
+        body = request.body.replace(b"/var/lib/sign-cgi/", f"{self.projects}/".encode())
+        body = body.replace(b"%2Fvar%2Flib%2Fsign-cgi%2F",
+                            urllib.parse.quote(f"{self.projects}/", safe="").encode())
+        body = body.replace(b"/srv/upload/", f"{self.upload}/".encode())
+        body = body.replace(b"%2Fsrv%2Fupload%2F",
+                            urllib.parse.quote(f"{self.upload}/", safe="").encode())
+        end = self.run_program(program, body, request.content_type, str(len(body)))
+        self.assertEqual(end.stderr, b"")
+        return end.stdout, end.returncode
+
+    def expect(self, request, response, program="sign.cgi"):
+        """The program answers so. Of a signature, both this one and that of the answer are valid."""
+        output, exit_status = self.ask(program, request)
+        expected = SIGNATURE.search(response.body)
+        if response.status == "200 OK" and expected:
+            made = SIGNATURE.search(output.decode())
+            self.assertIsNotNone(made, output)
+            self.assertNotEqual(made.group(), expected.group())
+            for text in (expected.group(), made.group()):
+                self.expect(verifying(request, text), text_result("true"))
+            response = Response(response.status, response.content_type,
+                                response.body.replace(expected.group(), made.group()))
+        self.assertEqual(output, response.written_by(program))
+        self.assertEqual(exit_status, 0 if response.status == "200 OK" else 255)
+
+    def test_every_example_of_the_description(self):
+        exchanges = list(described_exchanges())
+        self.assertGreater(len(exchanges), 30)
+        for program in NAMES:
+            for name, request, response in exchanges:
+                with self.subTest(name, program=program):
+                    self.expect(request, response, program)
+
+    def test_every_fenced_example_of_the_reference(self):
+        exchanges = list(fenced_exchanges())
+        self.assertGreater(len(exchanges), 5)
+        for program, request, text in exchanges:
+            with self.subTest(request=request):
+                head, _, body = text.partition("\n\n")
+                line, content_type, _ = head.split("\n")
+                response = Response(re.sub(r"^(Status:|HTTP/1\.0) ", "", line),
+                                    content_type.removeprefix("Content-Type: "), body)
+                self.assertEqual(text.replace("\n", "\r\n").encode(), response.written_by(program))
+                self.expect(request, response, program)
+
+    def expect_data(self, request, data):
+        """This request, which is one to sign, signs these bytes."""
+        path = self.upload / "data"
+        path.write_bytes(data)
+        output, exit_status = self.ask("sign.cgi", request)
+        self.assertEqual(exit_status, 0, output)
+        text = SIGNATURE.search(output.decode()).group()
+        for name, verdict in (("data", "true"), ("letter.txt", "false")):
+            self.expect(form(project=self.project, sig_verify="true", sig=text,
+                             sig_file=self.upload / name), text_result(verdict))
+
+    def signing_form(self, text):
+        return Request(FORM, f"project={self.project}&sig_create=true&{text}".encode())
+
+    def test_the_table_of_form_texts(self):
+        for text, value in table("| Form text | Value of `sig_data` |"):
+            with self.subTest(text):
+                request = self.signing_form(code(text))
+                if value == "absent":
+                    self.expect(request, refusal(INPUT_MISSING))
+                else:
+                    self.expect_data(request, code(value).encode())
+
+    def test_the_table_of_decoded_values(self):
+        rows = table("| Written | Bytes |")
+        self.assertGreater(len(rows), 9)
+        for text, written in rows:
+            with self.subTest(text):
+                self.expect_data(self.signing_form("sig_data=" + code(text)),
+                                 bytes.fromhex(written))
+
+    def test_the_table_of_json_bodies(self):
+        rows = table("| Body | |")
+        self.assertEqual({verdict for _, verdict in rows}, {"taken", "refused"})
+        for text, verdict in rows:
+            with self.subTest(text):
+                self.expect(Request(JSON, code(text).encode()),
+                            refusal(MODE_MISSING if verdict == "taken" else NO_JSON))
+
+    def test_json_may_begin_with_a_byte_order_mark_and_hold_no_zero_byte(self):
+        self.expect(Request(JSON, b"\xef\xbb\xbf{} \t\r\n"), refusal(MODE_MISSING))
+        for body in (b"{}\0", b"\0{}", b'{"a":"\xff"}'):
+            self.expect(Request(JSON, body), refusal(NO_JSON))
+
+    def test_the_table_of_base64_texts(self):
+        for text, written in table("| Text | Bytes |"):
+            with self.subTest(text):
+                request = Request(JSON, compact({
+                    "mode": "generateSignature", "project": str(self.project),
+                    "signature": {"data": code(text), "encoding": "base64"}}).encode())
+                if written == "refused":
+                    self.expect(request, refusal("Invalid base64 data"))
+                elif written == "none":
+                    self.expect(request, refusal(NOT_MADE))
+                    self.expect(verifying(request, "S"), text_result("false"))
+                else:
+                    self.expect_data(request, bytes.fromhex(written))
+
+    def test_the_table_of_lengths(self):
+        # Each body is complete after 15 bytes, and the next one spoils it.
+        kinds = ((FORM, b"sig_create=truex", NO_FORM, PROJECT_MISSING),
+                 (JSON, b"{             }x", NO_JSON, MODE_MISSING))
+        rows = table("| `CONTENT_LENGTH` | Form | JSON |")
+        self.assertEqual({cell for _, *cells in rows for cell in cells}, {"15", "no body", "ends"})
+        for text, *cells in rows:
+            length = {"(not set)": None, "(empty)": ""}.get(text, text[1:-1])
+            for (content_type, body, no_body, complete), cell in zip(kinds, cells, strict=True):
+                with self.subTest(length=length, content_type=content_type):
+                    end = self.run_program("sign.cgi", body, content_type, length)
+                    if cell == "ends":
+                        self.assertEqual((end.returncode, end.stdout), (-signal.SIGABRT, b""))
+                        continue
+                    response = refusal(no_body if cell == "no body" else complete)
+                    self.assertEqual(end.stdout, response.written_by("sign.cgi"))
+
+    def test_a_body_may_fall_short_in_a_form_alone(self):
+        for body, content_type, message in ((b"sig_create=true", FORM, PROJECT_MISSING),
+                                            (b"sig_create=true", None, PROJECT_MISSING),
+                                            (b"", FORM, NO_FORM), (b"{}", JSON, NO_JSON)):
+            end = self.run_program("sign.cgi", body, content_type, "100")
+            self.assertEqual(end.stdout, refusal(message).written_by("sign.cgi"))
+
+    def test_refusals_come_in_the_order_of_the_table(self):
+        faults = {"sig_verify": "true", "project": self.projects / "no.project", "sig": "x",
+                  "sig_data": "Q", "sig_data_encoding": "base64"}
+        told = []
+        sent = {}
+        for name, value in [(None, None), ("sig_data_encoding", "json"), *faults.items()]:
+            sent.update({name: value} if name else {})
+            told.append(self.ask("sign.cgi", form(**sent))[0].decode().rpartition("\r\n")[2])
+        sent.update(sig_verify="", sig_create="true", sig_data="QQ==")
+        told.append(self.ask("sign.cgi", form(**sent))[0].decode().rpartition("\r\n")[2])
+        self.assertEqual(told, [response.body for response, _, occurs in response_rows()
+                                if occurs and response.status == "400 Bad Request"
+                                and response.body != NO_JSON])
+
+    def test_what_wins_over_what(self):
+        name, data = {"project": self.project}, {"sig_data": "Dear reader"}
+        self.expect(form(**name, sig_create="true", sig_verify="true", **data),
+                    refusal("'signature' parameter is required"))
+        verify = {**name, **data, "sig_verify": "true", "sig": "x"}
+        self.expect(form(**verify, encoding="xml"), text_result("false"))
+        self.expect(form(**verify, encoding="json", genpairs="true"),
+                    Response("200 OK", JSON, '{"valid":false}'))
+        self.expect(form(**verify, sig_data_encoding="BASE64"), text_result("false"))
+        for value, on in (("", True), ("0", True), ("False", True), ("false", False)):
+            self.expect(form(**verify, genpairs=value),
+                        text_result("valid:false" if on else "false"))
+
+    def test_paths_and_signatures_end_at_a_zero_byte(self):
+        request = form(project=f"{self.project}\0x", sig_create="true",
+                       sig_file=f"{self.upload}/letter.txt\0x")
+        self.expect_data_of_letter(request)
+        self.expect(form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE))
+
+    def expect_data_of_letter(self, request):
+        output, _ = self.ask("sign.cgi", request)
+        text = SIGNATURE.search(output.decode()).group()
+        self.expect(form(project=self.project, sig_verify="true", sig_data="Dear reader",
+                         sig=text + "\0x"), text_result("true"))
+
+    def test_signing_refuses_where_verifying_says_no(self):
+        (text,) = {SIGNATURE.search(response.body).group()
+                   for name, _, _, response in response_examples() if name == "form-sign"}
+        damaged = bytearray(self.project.read_bytes())
+        damaged[-1] ^= 1
+        (self.projects / "damaged.project").write_bytes(damaged)
+        (self.projects / "empty.project").write_bytes(b"VLT2" + bytes(20))
+        subprocess.run([self.programs / "projectctl", "strip", self.project,
+                        self.projects / "public.project"], check=True)
+        for name, verdict in (("no", "false"), ("damaged", "false"), ("empty", "false"),
+                              ("public", "true")):
+            request = form(project=self.projects / f"{name}.project", sig_create="true",
+                           sig_data="Dear reader")
+            with self.subTest(name):
+                self.expect(request, refusal(NOT_MADE))
+                self.expect(verifying(request, text), text_result(verdict))
+        missing = form(project=self.project, sig_create="true", sig_file=self.upload / "no.txt")
+        self.expect(missing, refusal(NOT_MADE))
+        self.expect(verifying(missing, text), text_result("false"))
+
+
+if __name__ == "__main__":
+    Exchanges.programs = Path(os.environ.get("SIGN_PROGRAM_FOLDER") or sys.argv[1]).resolve()
+    unittest.main(argv=sys.argv[:1])
