@@ -6,7 +6,7 @@
 
 // The two operations. Each takes a record with a project and with both encodings set, writes
 // exactly one response, and returns 0 after a success and -1 after a refusal. The refusals are
-// tried in a fixed order, which docs/formats.md tells with their messages.
+// tried in a fixed order, which docs/http-interface.md tells with their messages.
 
 /// Signs the data or the file and answers with the signature's text.
 std::int32_t handleGenerateSignature(const RequestRecord& record);
