@@ -1,4 +1,6 @@
-"""Replays docs/http-interface.md and docs/openapi.json against the programs, started as a server does.
+"""Replays docs/http-interface.md and docs/openapi.json against the programs.
+
+They are started as a web server does it, with variables and a body on standard input.
 
     http_interface_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
 """
@@ -287,7 +289,7 @@ class Exchanges(unittest.TestCase):
         return end.stdout, end.returncode
 
     def expect(self, request, response, program="sign.cgi"):
-        """The program answers so. Of a signature, both this one and that of the answer are valid."""
+        """The program answers so; of a signature, this one and that of the answer are valid."""
         output, exit_status = self.ask(program, request)
         expected = SIGNATURE.search(response.body)
         if response.status == "200 OK" and expected:
@@ -431,16 +433,13 @@ class Exchanges(unittest.TestCase):
                         text_result("valid:false" if on else "false"))
 
     def test_paths_and_signatures_end_at_a_zero_byte(self):
-        request = form(project=f"{self.project}\0x", sig_create="true",
-                       sig_file=f"{self.upload}/letter.txt\0x")
-        self.expect_data_of_letter(request)
-        self.expect(form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE))
-
-    def expect_data_of_letter(self, request):
-        output, _ = self.ask("sign.cgi", request)
+        output, _ = self.ask("sign.cgi", form(project=f"{self.project}\0x", sig_create="true",
+                                              sig_file=f"{self.upload}/letter.txt\0x"))
         text = SIGNATURE.search(output.decode()).group()
         self.expect(form(project=self.project, sig_verify="true", sig_data="Dear reader",
                          sig=text + "\0x"), text_result("true"))
+        self.expect(form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE))
+        self.expect_data(form(project=self.project, sig_create="true", sig_data="a\0b"), b"a\0b")
 
     def test_signing_refuses_where_verifying_says_no(self):
         (text,) = {SIGNATURE.search(response.body).group()
