@@ -232,6 +232,42 @@ class Description(unittest.TestCase):
                 self.assertTrue(body_fits(request.content_type, request.body.decode()))
 
 
+    def test_no_schema_takes_an_empty_value_for_a_given_one(self):
+        requests = {name: (schema, value) for name, schema, value, _ in request_examples()}
+        for name in ("json-verify", "json-verify-file", "form-verify", "form-sign-file"):
+            schema, value = requests[name]
+            nested = value.get("signature", {})
+            for part, key in [(value, key) for key in value] + [(nested, key) for key in nested]:
+                if key not in ("signature", "genPairs") or part is nested:
+                    kept, part[key] = part[key], ""
+                    with self.subTest(name, key=key):
+                        self.assertFalse(fits(schema, value))
+                    part[key] = kept
+            self.assertTrue(fits(schema, value))
+
+    def test_words_and_defaults_are_those_of_the_code(self):
+        schemas = DESCRIPTION["components"]["schemas"]
+        source = (ROOT / "frontend" / "request_record.cpp").read_text(encoding="utf-8")
+        words = re.findall(r'word == "(\w+)"', source)
+        (row,) = (row for row in table("| Form parameter | JSON member | JSON type | Default | "
+                                       "Meaning |") if row[0] == "`encoding`")
+        defaults = re.fullmatch(r"form `(\w+)`, JSON `(\w+)`", row[3]).groups()
+        for kind, default in zip(("Form", "Json"), defaults, strict=True):
+            schema = schemas[f"{kind}ResultEncoding"]
+            self.assertEqual((schema["enum"], schema["default"]), (words, default))
+        self.assertEqual(schemas["DataEncoding"]["enum"], ["plain", "base64"])
+        self.assertEqual(schemas["DataEncoding"]["default"], "plain")
+
+    def test_the_mode_tells_the_schemas_of_json_apart(self):
+        schema = DESCRIPTION["components"]["schemas"]["JsonRequest"]
+        mapping = schema["discriminator"]["mapping"]
+        self.assertEqual([{"$ref": target} for target in mapping.values()], schema["oneOf"])
+        for mode, target in mapping.items():
+            named = DESCRIPTION["components"]["schemas"][target.rpartition("/")[2]]
+            self.assertEqual(named["properties"][schema["discriminator"]["propertyName"]]["enum"],
+                             [mode])
+
+
 class Reference(unittest.TestCase):
     def test_the_table_of_responses_and_the_examples_are_the_same(self):
         rows = {response: occurs for response, _, occurs in response_rows()}
@@ -310,6 +346,30 @@ class Exchanges(unittest.TestCase):
             for name, request, response in exchanges:
                 with self.subTest(name, program=program):
                     self.expect(request, response, program)
+
+    def test_an_example_that_fails_does_so_for_its_reason_alone(self):
+        mended = 0
+        for name, request, response in described_exchanges():
+            body = request.body
+            for wrong, right in ((b"Reader", b"reader"), (b"no.project", b"my.project"),
+                                 (b"no.txt", b"letter.txt"), (b'"QUJDRA="', b'"QUJDRA=="')):
+                body = body.replace(wrong, right)
+            if body != request.body:
+                with self.subTest(name):
+                    self.assertRegex(response.body, "false|failed|Invalid")
+                    output, exit_status = self.ask("sign.cgi", Request(request.content_type, body))
+                    self.assertNotIn(b"false", output)
+                    self.assertEqual(exit_status, 0)
+                mended += 1
+        self.assertEqual(mended, 7)
+
+    def test_the_program_takes_the_writings_of_data_that_the_schema_has(self):
+        allowed = DESCRIPTION["components"]["schemas"]["DataEncoding"]["enum"]
+        for word in DESCRIPTION["components"]["schemas"]["FormResultEncoding"]["enum"]:
+            request = form(project=self.project, sig_verify="true", sig="x", sig_data="QUJD",
+                           sig_data_encoding=word)
+            self.expect(request, text_result("false") if word in allowed else
+                        refusal("Signature encoding must be 'plain' or 'base64'"))
 
     def test_every_fenced_example_of_the_reference(self):
         exchanges = list(fenced_exchanges())
