@@ -404,7 +404,6 @@ class TestServer(unittest.TestCase):
         limits = {name: int(most) for name, most in re.findall(
             r"^Max ([a-z ]+?) {2,}(\d+) ", self.stand_in.ask(b"limits").body.decode(), re.MULTILINE)}
         self.assertEqual(limits["cpu time"], MOST_PROCESSOR_SECONDS)
-        self.assertEqual(limits["core file size"], 0)
         # The address space of httpd's programs, in which a file that is signed counts.
         kind = "address space" if issubclass(self.kind, servers.Apache) else "data size"
         self.assertEqual(limits[kind], MOST_MEMORY[kind])
