@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the release programs and makes the Debian package of them:
+#
+#   scripts/package.sh      prints its path, build/release/package/sign-cgi_VERSION_amd64.deb
+#
+# One commit gives the same bytes, wherever and whenever it is built with the same Debian packages:
+# the time of everything in it is the commit's, or SOURCE_DATE_EPOCH if that is set.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+exec </dev/null
+umask 022
+
+[[ $# -eq 0 ]] || {
+    echo "usage: scripts/package.sh" >&2
+    exit 2
+}
+
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
+export SOURCE_DATE_EPOCH
+
+# cmake, ninja and cpack say much; it matters only when they fail.
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+quietly() {
+    "$@" >"$log" 2>&1 || {
+        cat "$log" >&2
+        echo "package: this failed: $*" >&2
+        exit 1
+    }
+}
+
+scripts/install-packages.sh build >&2
+quietly cmake --preset release
+quietly cmake --build --preset release
+rm -rf build/release/package
+quietly cpack --config build/release/CPackConfig.cmake
+# What the package was made of.
+rm -rf build/release/package/_CPack_Packages
+printf '%s\n' "$PWD"/build/release/package/*.deb
