@@ -28,7 +28,7 @@ class ManualPages(unittest.TestCase):
                                       capture_output=True, text=True, check=False)
                 self.assertEqual((lint.returncode, lint.stdout, lint.stderr), (0, "", ""))
         self.assertEqual({page.name for page in MANUAL.iterdir()},
-                         {"projectctl.1", "project-file.5"})
+                         {"projectctl.1", "project-file.5", "sign.cgi.8"})
 
     def help_of(self, *arguments):
         return subprocess.run([self.programs / "projectctl", *arguments, "--help"], check=True,

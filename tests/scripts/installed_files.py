@@ -1,0 +1,72 @@
+"""What an installation must consist of, and what a folder holds."""
+
+import stat
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+
+# The mode of each file under the prefix, or where a link points.
+FILES = {
+    "bin/projectctl": "755",
+    "libexec/sign-cgi/limited": "755",
+    "libexec/sign-cgi/nph-sign.cgi": "-> sign.cgi",
+    "libexec/sign-cgi/sign.cgi": "755",
+    "share/bash-completion/completions/projectctl": "644",
+    "share/doc/sign-cgi/README.md": "644",
+    "share/doc/sign-cgi/changelog.gz": "644",
+    "share/doc/sign-cgi/copyright": "644",
+    "share/doc/sign-cgi/examples/nginx.conf": "644",
+    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service": "644",
+    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service.d/confine.conf": "644",
+    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.socket": "644",
+    "share/man/man1/projectctl.1.gz": "644",
+    "share/man/man5/project-file.5.gz": "644",
+    "share/man/man8/nph-sign.cgi.8.gz": "-> sign.cgi.8.gz",
+    "share/man/man8/sign.cgi.8.gz": "644",
+} | {
+    f"share/doc/sign-cgi/{path.relative_to(ROOT)}": "644"
+    for path in (ROOT / "docs").rglob("*") if path.is_file() and path.parent.name != "man"
+}
+
+# Under the prefix /usr these stand where the servers look for them.
+CONFIGURATIONS = {
+    "etc/apache2/conf-available/sign-cgi.conf": "apache.conf",
+    "etc/lighttpd/conf-available/50-sign-cgi.conf": "lighttpd.conf",
+}
+
+
+def under_a_prefix():
+    """The files of `cmake --install` below its prefix."""
+    return FILES | {f"share/doc/sign-cgi/examples/{name}": "644"
+                    for name in CONFIGURATIONS.values()}
+
+
+def under_usr():
+    """The files of `cmake --install --prefix /usr` below the root folder."""
+    return {f"usr/{path}": mode for path, mode in FILES.items()} | {
+        path: "644" for path in CONFIGURATIONS}
+
+
+def of_the_package():
+    """The files of the Debian package."""
+    return under_usr() | {
+        "usr/share/doc/sign-cgi/changelog.Debian.gz": "644",
+        "usr/share/lintian/overrides/sign-cgi": "644",
+    }
+
+
+def files_below(folder):
+    """The files that a folder holds, in the form of the lists above."""
+    found = {}
+    for path in folder.rglob("*"):
+        if path.is_symlink():
+            found[str(path.relative_to(folder))] = f"-> {path.readlink()}"
+        elif not path.is_dir():
+            found[str(path.relative_to(folder))] = f"{stat.S_IMODE(path.stat().st_mode):o}"
+    return found
+
+
+def folder_modes_below(folder):
+    """The modes that folders below a folder have."""
+    return {f"{stat.S_IMODE(path.stat().st_mode):o}" for path in folder.rglob("*")
+            if path.is_dir() and not path.is_symlink()}
