@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing, by what they are for:
 #
-#   scripts/install-packages.sh PURPOSE...      build, serve, test, clang, lint or coverage
+#   scripts/install-packages.sh PURPOSE...   build, serve, test, clang, lint, coverage, package
 #
 # Says nothing when all of them are there.
 set -euo pipefail
@@ -16,6 +16,7 @@ declare -A packages=(
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14"
     [coverage]="gcovr"
+    [package]="lintian mmdebstrap mandoc util-linux"
 )
 
 fail() {

@@ -1,0 +1,342 @@
+"""Makes the Debian package twice, looks into it, and follows its life in a fresh Debian 12.
+
+Needs root and the network, and builds the release programs where they belong, in build/release: CI
+runs it by itself. The system that it installs into is a folder of its own, with mounts and processes
+that nothing else sees and that end with this test, however it ends.
+"""
+
+import contextlib
+import hashlib
+import json
+import os
+import re
+import shutil
+import signal
+import socket
+import stat
+import subprocess
+import tempfile
+import time
+import unittest
+import urllib.error
+import urllib.parse
+import urllib.request
+from pathlib import Path
+
+import installed_files
+from installed_files import ROOT
+
+SECONDS_TO_BUILD = 1800
+SECONDS_FOR_A_COMMAND = 120
+SECONDS_TO_RELOAD = 30
+SIGNATURE = r"\A[A-Za-z0-9+/]{4,56}={0,2}\Z"
+
+# apache2 and lighttpd are what the package configures; curl is in the examples of the manual page.
+PACKAGES = "apache2,lighttpd,curl,bash-completion"
+
+# Starts a program among mounts and processes of its own; all of them end when it does, and it does
+# when this test ends.
+APART = ("setpriv", "--pdeathsig", "KILL",
+         "unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc")
+
+resources = contextlib.ExitStack()
+
+
+def output_of(*command, **options):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, **options).stdout
+
+
+def make_package(folder, **options):
+    """The path of the package that the sources in a folder give."""
+    return Path(output_of(folder / "scripts/package.sh", timeout=SECONDS_TO_BUILD,
+                          **options).strip())
+
+
+def copy_sources(folder):
+    """Copies the sources as they are now, but nothing that was built."""
+    listed = output_of("git", "ls-files", "-z", "--cached", "--others", "--exclude-standard",
+                       cwd=ROOT)
+    for name in filter(None, listed.split("\0")):
+        if (ROOT / name).exists():
+            target = folder / name
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(ROOT / name, target)
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Machine:
+    """A Debian in a folder, running nothing yet."""
+
+    def __init__(self, root):
+        self.root = root
+        script = ('mount -t proc proc "$1/proc" && mount -t tmpfs tmpfs "$1/run" && '
+                  'mkdir -m 1777 "$1/run/lock" && echo ready && exec chroot "$1" sleep infinity')
+        self.process = subprocess.Popen([*APART, "sh", "-c", script, "sh", root],
+                                        stdout=subprocess.PIPE, text=True)
+        if self.process.stdout.readline() != "ready\n":
+            raise AssertionError("no room for processes apart: is this root?")
+        unshare = self.process.pid
+        self.first = Path(f"/proc/{unshare}/task/{unshare}/children").read_text().strip()
+
+    def run(self, *command, status=0):
+        """Runs a command inside; gives what it says."""
+        run = subprocess.run(
+            ["nsenter", "--target", self.first, "--mount", "--pid", "--root", "--wd", *command],
+            env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8",
+                 "DEBIAN_FRONTEND": "noninteractive", "HOME": "/root"},
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            check=False, timeout=SECONDS_FOR_A_COMMAND)
+        if run.returncode != status:
+            raise AssertionError(f"{command} gave {run.returncode}: {run.stdout}")
+        return run.stdout
+
+    def shell(self, script):
+        return self.run("sh", "-ec", script)
+
+    def change(self, path, old, new):
+        file = self.root / path
+        text = file.read_text(encoding="utf-8")
+        if old not in text:
+            raise AssertionError(f"{path} has no '{old}'")
+        file.write_text(text.replace(old, new), encoding="utf-8")
+
+    def files(self):
+        """Everything on the disk but what dpkg, apt and logs note for themselves."""
+        found = {}
+        left_out = {"var/lib/dpkg", "var/lib/apt", "var/cache", "var/log", "proc", "run"}
+        for folder, folders, names in os.walk(self.root):
+            inside = Path(folder).relative_to(self.root)
+            folders[:] = [name for name in folders if str(inside / name) not in left_out]
+            for name in folders + names:
+                path = Path(folder, name)
+                status = path.lstat()
+                content = ""
+                if path.is_symlink():
+                    content = path.readlink()
+                elif stat.S_ISREG(status.st_mode):
+                    content = hashlib.sha256(path.read_bytes()).hexdigest()
+                found[str(inside / name)] = (status.st_mode, status.st_uid, status.st_gid, content)
+        return found
+
+    def close(self):
+        self.process.kill()
+        self.process.wait()
+        self.process.stdout.close()
+
+
+def request(port, name, body, content_type):
+    """The status and the body of an answer."""
+    asked = urllib.request.Request(f"http://127.0.0.1:{port}/{name}", data=body,
+                                   headers={"Content-Type": content_type})
+    opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+    try:
+        with opener.open(asked, timeout=SECONDS_FOR_A_COMMAND) as answer:
+            return answer.status, answer.read().decode()
+    except urllib.error.HTTPError as answer:
+        with answer:
+            return answer.code, answer.read().decode()
+
+
+def ask_form(port, name, **parameters):
+    return request(port, name, urllib.parse.urlencode(parameters).encode(),
+                   "application/x-www-form-urlencoded")
+
+
+def ask_json(port, name, **members):
+    return request(port, name, json.dumps(members).encode(), "application/json")
+
+
+def setUpModule():
+    # The order of what is given back: first the machine, then the folder.
+    folder = Path(resources.enter_context(tempfile.TemporaryDirectory(prefix="sign-package.")))
+    folder.chmod(0o755)
+    DebianPackage.folder = folder
+    subprocess.run([ROOT / "scripts/install-packages.sh", "build", "package"], check=True)
+    root = folder / "debian"
+    with subprocess.Popen([*APART, "mmdebstrap", "--quiet", "--variant=apt",
+                           f"--include={PACKAGES}", "bookworm", root]) as bootstrap:
+        DebianPackage.package = make_package(ROOT)
+
+        # In another folder, by somebody whose settings are others.
+        sources = folder / "a folder of another name" / "sign"
+        copy_sources(sources)
+        date = output_of("git", "log", "-1", "--format=%ct", cwd=ROOT).strip()
+        DebianPackage.second_package = make_package(
+            sources, umask=0o077,
+            env=os.environ | {"SOURCE_DATE_EPOCH": date, "TZ": "Pacific/Chatham"})
+        if bootstrap.wait() != 0:
+            raise AssertionError("mmdebstrap could not make a Debian")
+    DebianPackage.machine = Machine(root)
+    resources.callback(DebianPackage.machine.close)
+
+
+class DebianPackage(unittest.TestCase):
+    folder = None
+    package = None
+    second_package = None
+    machine = None
+
+    def field(self, name):
+        return output_of("dpkg-deb", "--field", self.package, name).strip()
+
+    def test_two_builds_in_different_folders_give_the_same_bytes(self):
+        self.assertNotEqual(self.package, self.second_package)
+        self.assertEqual(self.package.name, self.second_package.name)
+        self.assertEqual(hashlib.sha256(self.package.read_bytes()).hexdigest(),
+                         hashlib.sha256(self.second_package.read_bytes()).hexdigest())
+
+    def test_lintian_finds_no_error_and_nothing_to_warn_of(self):
+        lintian = subprocess.run(
+            ["lintian", "--allow-root", "--display-info", "--fail-on", "error,warning",
+             self.package], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            check=False)
+        print(lintian.stdout)
+        self.assertEqual(lintian.returncode, 0)
+        self.assertNotRegex(lintian.stdout, "(?m)^[EW]:")
+
+    def test_holds_the_files_that_it_must_and_no_other(self):
+        unpacked = self.folder / "unpacked"
+        subprocess.run(["dpkg-deb", "--extract", self.package, unpacked], check=True)
+        self.assertEqual(installed_files.files_below(unpacked), installed_files.of_the_package())
+        self.assertEqual(installed_files.folder_modes_below(unpacked), {"755"})
+
+        # The same as by hand; stripped, as the package is.
+        by_hand = self.folder / "by hand"
+        subprocess.run(["cmake", "--install", ROOT / "build/release", "--prefix", "/usr",
+                        "--strip"], check=True, umask=0o022, stdout=subprocess.PIPE,
+                       env=os.environ | {"DESTDIR": str(by_hand)})
+        self.assertEqual(installed_files.files_below(by_hand), installed_files.under_usr())
+        for path in installed_files.under_usr():
+            self.assertEqual((by_hand / path).read_bytes(), (unpacked / path).read_bytes(), path)
+
+    def test_everything_belongs_to_root_and_has_the_time_of_the_commit(self):
+        date = output_of("git", "log", "-1", "--format=%cd", "--date=format-local:%F %R", cwd=ROOT,
+                         env=os.environ | {"TZ": "UTC"}).strip()
+        listed = output_of("dpkg-deb", "--contents", self.package,
+                           env=os.environ | {"TZ": "UTC"}).splitlines()
+        self.assertGreaterEqual(len(listed), len(installed_files.of_the_package()))
+        self.assertEqual({(line.split()[1], " ".join(line.split()[3:5])) for line in listed},
+                         {("root/root", date)})
+
+    def test_depends_on_nothing_and_has_the_version_of_the_programs(self):
+        self.assertEqual(self.field("Depends"), "")
+        self.assertEqual(self.field("Package"), "sign-cgi")
+        version = output_of(ROOT / "build/release/projectctl", "--version").split()[-1]
+        self.assertEqual(self.field("Version"), f"{version}-1+deb12")
+        first_line = (ROOT / "packaging/changelog").read_text(encoding="utf-8").partition("\n")[0]
+        self.assertEqual(re.match(r"sign-cgi \((.*)\)", first_line).group(1),
+                         self.field("Version"))
+
+    def test_serves_on_a_fresh_debian_and_leaves_nothing_behind(self):
+        machine, apache, lighttpd = self.machine, free_port(), free_port()
+        machine.change("etc/apache2/ports.conf", "Listen 80\n", f"Listen 127.0.0.1:{apache}\n")
+        machine.change("etc/apache2/sites-available/000-default.conf", "*:80>", f"*:{apache}>")
+        machine.change("etc/lighttpd/lighttpd.conf", "server.port                 = 80\n",
+                       f'server.port = {lighttpd}\nserver.bind = "127.0.0.1"\n')
+        machine.change("etc/lighttpd/lighttpd.conf",
+                       'include_shell "/usr/share/lighttpd/use-ipv6.pl', "#")
+        shutil.copy(self.package, machine.root / "root/sign-cgi.deb")
+        before = machine.files()
+
+        self.install()
+        self.set_apache_up()
+        self.serves(apache)
+        self.follow_the_examples_of_the_manual(apache)
+        self.upgrade(apache)
+        self.remove_below_a_running_server("/etc/apache2/conf-enabled/sign-cgi.conf", apache)
+        machine.run("service", "apache2", "stop")
+
+        self.install()
+        machine.run("lighty-enable-mod", "sign-cgi")
+        machine.run("service", "lighttpd", "start")
+        self.serves(lighttpd)
+        self.remove_below_a_running_server("/etc/lighttpd/conf-enabled/50-sign-cgi.conf", lighttpd)
+        machine.run("service", "lighttpd", "stop")
+
+        # Links that no tool minds any more, as when their server was removed first.
+        machine.shell("ln -s ../conf-available/sign-cgi.conf /etc/apache2/conf-enabled/\n"
+                      "ln -s ../conf-available/50-sign-cgi.conf /etc/lighttpd/conf-enabled/")
+        machine.run("dpkg", "--purge", "sign-cgi")
+        self.leaves_what_the_administrator_made(before)
+
+    def install(self):
+        output = self.machine.run("dpkg", "-i", "/root/sign-cgi.deb")
+        self.assertNotIn("warning", output)
+        completion = ". /usr/share/bash-completion/bash_completion\n" \
+                     "_completion_loader projectctl\ncomplete -p projectctl"
+        self.assertIn("projectctl", self.machine.run("bash", "-c", completion))
+
+    def set_apache_up(self):
+        """As docs/deployment.md tells."""
+        self.machine.shell("""
+            a2enmod cgid
+            a2enconf sign-cgi
+            install -d -o www-data -m 700 /var/lib/sign-cgi
+            projectctl create /var/lib/sign-cgi/my.project
+            chown www-data: /var/lib/sign-cgi/my.project
+            service apache2 start""")
+
+    def serves(self, port):
+        project = "/var/lib/sign-cgi/my.project"
+        for name in ("sign.cgi", "nph-sign.cgi"):
+            with self.subTest(name=name, port=port):
+                status, text = ask_form(port, name, project=project, sig_create="true",
+                                        sig_data="hello")
+                self.assertEqual(status, 200, text)
+                self.assertRegex(text, SIGNATURE)
+                for data, valid in (("hello", True), ("Hello", False)):
+                    self.assertEqual(
+                        ask_json(port, name, mode="verifySignature", project=project,
+                                 signature={"data": data, "signature": text}),
+                        (200, json.dumps({"valid": valid}, separators=(",", ":"))))
+
+    def follow_the_examples_of_the_manual(self, port):
+        """Those of the page as it is installed, from the making of a project on."""
+        machine = self.machine
+        text = output_of("mandoc", "-T", "utf8",
+                         machine.root / "usr/share/man/man8/sign.cgi.8.gz")
+        text = re.sub(".\b", "", text)
+        text = text[text.index("\nEXAMPLES\n"):text.index("\nSEE ALSO\n")]
+        commands = "\n".join(line.strip() for line in text.splitlines()
+                             if line.startswith("           "))
+        self.assertIn("projectctl create", commands)
+        machine.run("rm", "/var/lib/sign-cgi/my.project")
+        answers = machine.shell(commands.replace("http://localhost", f"http://127.0.0.1:{port}"))
+        self.assertRegex(answers, r"\AtrueStatus: 200 OK\n(?s:.*)\{\"signature\":\"[^\"]*\"\}\Z")
+
+    def upgrade(self, port):
+        self.install()
+        self.serves(port)
+
+    def remove_below_a_running_server(self, link, port):
+        machine = self.machine
+        self.assertEqual(machine.run("readlink", link), f"../conf-available/{Path(link).name}\n")
+        machine.run("dpkg", "--remove", "sign-cgi")
+        machine.run("test", "-L", link, status=1)
+        deadline = time.monotonic() + SECONDS_TO_RELOAD
+        while time.monotonic() < deadline and ask_form(port, "sign.cgi", a="b")[0] != 404:
+            time.sleep(0.2)
+        self.assertEqual(ask_form(port, "sign.cgi", a="b")[0], 404)
+        self.assertIn("deinstall ok config-files",
+                      machine.run("dpkg-query", "-W", "-f=${Status}", "sign-cgi"))
+
+    def leaves_what_the_administrator_made(self, before):
+        after = self.machine.files()
+        made = {name for name in after if name not in before}
+        self.assertEqual(made, {
+            "var/lib/sign-cgi", "var/lib/sign-cgi/my.project",
+            "etc/apache2/mods-enabled/cgid.load", "etc/apache2/mods-enabled/cgid.conf",
+            "var/lib/apache2/module/enabled_by_admin/cgid"})
+        self.assertEqual({name: after.get(name) for name in before}, before)
+
+
+if __name__ == "__main__":
+    # Whoever ends this test lets it clean up.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    with resources:
+        unittest.main()
