@@ -74,8 +74,10 @@ class Machine:
 
     def __init__(self, root):
         self.root = root
+        # Its first process is a shell that waits for whatever ends, as an init does.
         script = ('mount -t proc proc "$1/proc" && mount -t tmpfs tmpfs "$1/run" && '
-                  'mkdir -m 1777 "$1/run/lock" && echo ready && exec chroot "$1" sleep infinity')
+                  'mkdir -m 1777 "$1/run/lock" && echo ready && '
+                  'exec chroot "$1" sh -c "sleep infinity & wait"')
         self.process = subprocess.Popen([*APART, "sh", "-c", script, "sh", root],
                                         stdout=subprocess.PIPE, text=True)
         if self.process.stdout.readline() != "ready\n":
@@ -240,6 +242,10 @@ class DebianPackage(unittest.TestCase):
                        f'server.port = {lighttpd}\nserver.bind = "127.0.0.1"\n')
         machine.change("etc/lighttpd/lighttpd.conf",
                        'include_shell "/usr/share/lighttpd/use-ipv6.pl', "#")
+        # Where no init system runs, this says that servers may be reloaded.
+        policy = machine.root / "usr/sbin/policy-rc.d"
+        policy.write_text("#!/bin/sh\nexit 0\n", encoding="utf-8")
+        policy.chmod(0o755)
         shutil.copy(self.package, machine.root / "root/sign-cgi.deb")
         before = machine.files()
 
@@ -331,7 +337,10 @@ class DebianPackage(unittest.TestCase):
         self.assertEqual(made, {
             "var/lib/sign-cgi", "var/lib/sign-cgi/my.project",
             "etc/apache2/mods-enabled/cgid.load", "etc/apache2/mods-enabled/cgid.conf",
-            "var/lib/apache2/module/enabled_by_admin/cgid"})
+            "var/lib/apache2/module/enabled_by_admin/cgid",
+            # In these folders Apache's tools keep their notes; they make them and never remove them.
+            "var/lib/apache2/module/enabled_by_admin", "var/lib/apache2/conf/enabled_by_admin",
+            "var/lib/apache2/conf/disabled_by_maint"})
         self.assertEqual({name: after.get(name) for name in before}, before)
 
 
