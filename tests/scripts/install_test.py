@@ -29,7 +29,7 @@ class Installation(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.prefix = Path(folder.name).resolve() / "a prefix"
+        cls.prefix = Path(folder.name).resolve() / "prefix"
         cls.root = Path(folder.name) / "root"
         install(cls.build, cls.prefix)
         install(cls.build, "/usr", cls.root)
@@ -62,6 +62,16 @@ class Installation(unittest.TestCase):
     def test_under_usr_the_configurations_are_as_they_were_written(self):
         for path, name in installed_files.CONFIGURATIONS.items():
             self.assertEqual((self.root / path).read_bytes(), (DEPLOY / name).read_bytes())
+
+    def test_the_health_check_names_its_project(self):
+        installed = (self.prefix / "libexec/sign-cgi/check-service.sh").read_text(encoding="utf-8")
+        project = str(self.prefix / "share/sign-cgi/check.project")
+        self.assertIn(project, installed)
+        self.assertEqual(installed.replace(project, "/usr/share/sign-cgi/check.project"),
+                         (ROOT / "scripts/check-service.sh").read_text(encoding="utf-8"))
+        check = subprocess.run([self.prefix / "bin/projectctl", "check", project], check=False,
+                               capture_output=True, text=True)
+        self.assertEqual(check.stdout, f"{project}: sound, for verifying only\n")
 
     def test_the_programs_answer_under_both_names(self):
         for name, first_line in (("sign.cgi", "Status: 400 Bad Request"),

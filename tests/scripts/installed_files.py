@@ -8,6 +8,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # The mode of each file under the prefix, or where a link points.
 FILES = {
     "bin/projectctl": "755",
+    "libexec/sign-cgi/check-service.sh": "755",
     "libexec/sign-cgi/limited": "755",
     "libexec/sign-cgi/nph-sign.cgi": "-> sign.cgi",
     "libexec/sign-cgi/sign.cgi": "755",
@@ -19,10 +20,17 @@ FILES = {
     "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service": "644",
     "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service.d/confine.conf": "644",
     "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.socket": "644",
+    "share/doc/sign-cgi/examples/README.md": "644",
+    "share/doc/sign-cgi/examples/client.mjs": "755",
+    "share/doc/sign-cgi/examples/client.py": "755",
+    "share/doc/sign-cgi/examples/client.sh": "755",
+    "share/doc/sign-cgi/examples/curl.sh": "755",
+    "share/doc/sign-cgi/examples/page/index.html": "644",
     "share/man/man1/projectctl.1.gz": "644",
     "share/man/man5/project-file.5.gz": "644",
     "share/man/man8/nph-sign.cgi.8.gz": "-> sign.cgi.8.gz",
     "share/man/man8/sign.cgi.8.gz": "644",
+    "share/sign-cgi/check.project": "644",
 } | {
     f"share/doc/sign-cgi/{path.relative_to(ROOT)}": "644"
     for path in (ROOT / "docs").rglob("*") if path.is_file() and path.parent.name != "man"

@@ -252,6 +252,8 @@ class DebianPackage(unittest.TestCase):
         self.install()
         self.set_apache_up()
         self.serves(apache)
+        self.assertIn("sign.cgi OK", machine.run("/usr/libexec/sign-cgi/check-service.sh",
+                                                 f"http://127.0.0.1:{apache}/sign.cgi"))
         self.follow_the_examples_of_the_manual(apache)
         self.upgrade(apache)
         self.remove_below_a_running_server("/etc/apache2/conf-enabled/sign-cgi.conf", apache)
