@@ -14,7 +14,7 @@ declare -A packages=(
             chromium chromium-driver python3-selenium nodejs
             python3-jsonschema openapi-specification"
     [clang]="clang-14 libclang-rt-14-dev"
-    [lint]="clang-format-14 clang-tidy-14"
+    [lint]="clang-format-14 clang-tidy-14 shellcheck"
     [coverage]="gcovr"
     [package]="lintian mmdebstrap mandoc util-linux"
 )

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks the formatting of all sources and runs clang-tidy; any finding is an error.
+# Checks the formatting of all sources and runs clang-tidy and shellcheck; any finding is an error.
 #
 #   scripts/lint.sh [FOLDER...]      clang-tidy in these folders alone
 set -euo pipefail
@@ -23,6 +23,11 @@ scripts/install-packages.sh build test clang lint
 
 echo "clang-format"
 sources -name '*.h' -o -name '*.cpp' | xargs -0 clang-format-14 --dry-run -Werror
+
+echo "shellcheck"
+shellcheck --shell=bash completions/projectctl
+grep -rlIE --exclude-dir=.git --exclude-dir=build '^#!(/bin/sh|/usr/bin/env bash)$' . |
+    xargs shellcheck
 
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"
