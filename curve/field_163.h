@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "curve/field_element.h"
+
+namespace core {
+
+// Elements of the field of degree 163 in three words of their own, for the routines that know their
+// number at compile time.
+
+inline constexpr std::uint64_t degree163 = 163;
+inline constexpr std::size_t words163 = 3;
+using Words163 = std::array<std::uint64_t, words163>;
+
+/// Bits of the top word of a reduced element.
+inline constexpr unsigned topBits163 = 35;
+
+/// f = z^163 + z^7 + z^6 + z^3 + 1, without its highest term.
+inline constexpr std::uint64_t lowTerms163 = 0xC9;
+
+/// Whether `e` is of degree 163 and reduced; its words above the third do not count.
+inline bool isReduced163(const FieldElement& e) {
+    return e.degree == degree163 && e.words[2] >> topBits163 == 0;
+}
+
+/// Whether `e` is f.
+inline bool isPolynomial163(const FieldElement& e) {
+    return e.degree == degree163 && e.words[0] == lowTerms163 && e.words[1] == 0 &&
+           e.words[2] == std::uint64_t{1} << topBits163;
+}
+
+inline Words163 load163(const FieldElement& e) {
+    return {e.words[0], e.words[1], e.words[2]};
+}
+
+}  // namespace core
