@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
@@ -36,33 +37,89 @@ void subtractWhileNotBelow(CoreInteger& value, const CoreInteger& modulus, CoreI
     }
 }
 
+/// A magnitude in as many limbs as the operation at hand needs; the others hold nothing.
+///
+/// Euclid's algorithm divides a hundred times for one inverse, with short quotients: making three
+/// integers of full room for each division took longer than dividing.
+struct Limbs {
+    std::uint32_t count;
+    std::array<std::uint64_t, integerLimbRoom> limbs;
+
+    Limbs(const CoreInteger& value, std::uint32_t limbCount) : count(limbCount) {
+        const auto* const end = std::copy_n(
+            value.limbs.begin(), std::min(integerLimbCount(value), count), limbs.begin());
+        std::fill(limbs.begin() + (end - limbs.begin()), limbs.begin() + count, 0);
+    }
+};
+
+void shiftLeft(Limbs& value, std::uint64_t bits) {
+    const auto places = static_cast<std::uint32_t>(bits / limbBits);
+    const auto rest = static_cast<unsigned>(bits % limbBits);
+    for (std::uint32_t i = value.count; i-- > 0;) {
+        std::uint64_t limb = i >= places ? value.limbs[i - places] << rest : 0;
+        if (rest != 0 && i > places) {
+            limb |= value.limbs[i - places - 1] >> (limbBits - rest);
+        }
+        value.limbs[i] = limb;
+    }
+}
+
+void shiftRightOne(Limbs& value) {
+    for (std::uint32_t i = 0; i + 1 < value.count; ++i) {
+        value.limbs[i] = value.limbs[i] >> 1 | value.limbs[i + 1] << (limbBits - 1);
+    }
+    value.limbs[value.count - 1] >>= 1;
+}
+
+bool isBelow(const Limbs& a, const Limbs& b) {
+    for (std::uint32_t i = a.count; i-- > 0;) {
+        if (a.limbs[i] != b.limbs[i]) {
+            return a.limbs[i] < b.limbs[i];
+        }
+    }
+    return false;
+}
+
+void subtract(Limbs& minuend, const Limbs& subtrahend) {
+    std::uint64_t borrow = 0;
+    for (std::uint32_t i = 0; i < minuend.count; ++i) {
+        const DoubleLimb difference = DoubleLimb{minuend.limbs[i]} - subtrahend.limbs[i] - borrow;
+        minuend.limbs[i] = static_cast<std::uint64_t>(difference);
+        borrow = static_cast<std::uint64_t>(difference >> limbBits) & 1;
+    }
+}
+
 }  // namespace
 
 void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quotient) {
     integerClear(quotient);
-    const IntegerTemporary remainder = trimmedCopy(a);
-    const IntegerTemporary divisor = trimmedCopy(b);
-    const std::int64_t order = integerCompare(*remainder, *divisor);
+    if (!isNormal(a) || !isNormal(b)) {
+        const IntegerTemporary dividend = trimmedCopy(a);
+        const IntegerTemporary divisor = trimmedCopy(b);
+        integerDivide(*dividend, *divisor, quotient);
+        return;
+    }
+    const std::int64_t order = integerCompare(a, b);
     if (order == 0) {
         integerCopy(integerOne, quotient);
         return;
     }
-    if (order < 0 || integerIsZero(*remainder) || integerIsZero(*divisor) ||
-        compareMagnitudes(*remainder, *divisor) < 0) {
+    if (order < 0 || integerIsZero(a) || integerIsZero(b) || compareMagnitudes(a, b) < 0) {
         return;
     }
 
-    const IntegerTemporary scratch(integerAlloc(temporaryBits));
-    const std::uint64_t topBit = integerBitLength(*remainder) - integerBitLength(*divisor);
-    integerShiftLeft(*divisor, topBit);
+    const std::uint64_t topBit = integerBitLength(a) - integerBitLength(b);
+    Limbs remainder(a, integerLimbCount(a));
+    Limbs divisor(b, remainder.count);
+    shiftLeft(divisor, topBit);
     const auto quotientLimbs = static_cast<std::uint32_t>(topBit / limbBits + 1);
     std::fill_n(quotient.limbs.begin(), quotientLimbs, 0);
     for (std::uint64_t bit = topBit + 1; bit-- > 0;) {
-        if (compareMagnitudes(*remainder, *divisor) >= 0) {
-            subtractInPlace(*remainder, *divisor, *scratch);
+        if (!isBelow(remainder, divisor)) {
+            subtract(remainder, divisor);
             quotient.limbs[bit / limbBits] |= std::uint64_t{1} << bit % limbBits;
         }
-        integerShiftRight(*divisor, 1);
+        shiftRightOne(divisor);
     }
     integerTrim(quotient, quotientLimbs);
     if (integerIsNegative(a) != integerIsNegative(b)) {
