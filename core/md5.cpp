@@ -5,6 +5,7 @@
 #include "core/hash.h"
 #include "core/hash_message.h"
 #include "core/little_endian.h"
+#include "core/unroll.h"
 
 namespace core {
 
@@ -48,7 +49,7 @@ std::uint32_t mix(std::size_t round, std::uint32_t x, std::uint32_t y, std::uint
 }
 
 /// Index of the message word of `step`, which counts the 64 steps of a block.
-std::size_t wordIndex(std::size_t step) {
+constexpr std::size_t wordIndex(std::size_t step) {
     switch (step / 16) {
         case 0:
             return step % 16;
@@ -66,15 +67,15 @@ void runBlock(std::uint32_t* state, const std::uint8_t* block) {
     std::uint32_t b = state[1];
     std::uint32_t c = state[2];
     std::uint32_t d = state[3];
-    for (std::size_t step = 0; step < 64; ++step) {
-        const std::size_t round = step / 16;
+    unroll<sineTable.size()>([&](auto step) __attribute__((always_inline)) {
+        constexpr std::size_t round = step / 16;
         const std::uint32_t word = loadLittle32(block + 4 * wordIndex(step));
         const std::uint32_t sum = a + mix(round, b, c, d) + word + sineTable[step];
         a = d;
         d = c;
         c = b;
         b += std::rotl(sum, rotations[round][step % 4]);
-    }
+    });
     state[0] += a;
     state[1] += b;
     state[2] += c;

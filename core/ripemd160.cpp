@@ -5,6 +5,7 @@
 #include "core/hash.h"
 #include "core/hash_message.h"
 #include "core/little_endian.h"
+#include "core/unroll.h"
 
 namespace core {
 
@@ -101,17 +102,17 @@ void runBlock(std::uint32_t* state, const std::uint8_t* block) {
 
     Chain l{state[0], state[1], state[2], state[3], state[4]};
     Chain r = l;
-    for (std::size_t round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < stepsInRound; ++i) {
-            step(l, mix(round, l.b, l.c, l.d) + words[left.words[round][i]] + left.constants[round],
-                 left.rotations[round][i]);
-            // The right line takes the five functions in the opposite order.
-            step(r,
-                 mix(rounds - 1 - round, r.b, r.c, r.d) + words[right.words[round][i]] +
-                     right.constants[round],
-                 right.rotations[round][i]);
-        }
-    }
+    unroll<rounds * stepsInRound>([&](auto index) __attribute__((always_inline)) {
+        constexpr std::size_t round = index / stepsInRound;
+        constexpr std::size_t i = index % stepsInRound;
+        step(l, mix(round, l.b, l.c, l.d) + words[left.words[round][i]] + left.constants[round],
+             left.rotations[round][i]);
+        // The right line takes the five functions in the opposite order.
+        step(r,
+             mix(rounds - 1 - round, r.b, r.c, r.d) + words[right.words[round][i]] +
+                 right.constants[round],
+             right.rotations[round][i]);
+    });
 
     const std::uint32_t t = state[1] + l.c + r.d;
     state[1] = state[2] + l.d + r.e;

@@ -5,6 +5,7 @@
 #include "core/hash.h"
 #include "core/hash_message.h"
 #include "core/little_endian.h"
+#include "core/unroll.h"
 
 namespace core {
 
@@ -56,13 +57,9 @@ std::uint32_t smallSigma1(std::uint32_t x) {
 }
 
 void runBlock(std::uint32_t* state, const std::uint8_t* block) {
-    std::array<std::uint32_t, 64> w;
-    for (std::size_t t = 0; t < 16; ++t) {
-        w[t] = loadBig32(block + 4 * t);
-    }
-    for (std::size_t t = 16; t < 64; ++t) {
-        w[t] = smallSigma1(w[t - 2]) + w[t - 7] + smallSigma0(w[t - 15]) + w[t - 16];
-    }
+    // The message schedule, of which the last sixteen words are at hand.
+    constexpr std::size_t blockWords = 16;
+    std::array<std::uint32_t, blockWords> w;
 
     std::uint32_t a = state[0];
     std::uint32_t b = state[1];
@@ -72,8 +69,15 @@ void runBlock(std::uint32_t* state, const std::uint8_t* block) {
     std::uint32_t f = state[5];
     std::uint32_t g = state[6];
     std::uint32_t h = state[7];
-    for (std::size_t t = 0; t < 64; ++t) {
-        const std::uint32_t t1 = h + bigSigma1(e) + choose(e, f, g) + roundConstants[t] + w[t];
+    unroll<roundConstants.size()>([&](auto t) __attribute__((always_inline)) {
+        std::uint32_t& word = w[t % blockWords];
+        if constexpr (t < blockWords) {
+            word = loadBig32(block + 4 * t);
+        } else {
+            word += smallSigma1(w[(t - 2) % blockWords]) + w[(t - 7) % blockWords] +
+                    smallSigma0(w[(t - 15) % blockWords]);
+        }
+        const std::uint32_t t1 = h + bigSigma1(e) + choose(e, f, g) + roundConstants[t] + word;
         const std::uint32_t t2 = bigSigma0(a) + majority(a, b, c);
         h = g;
         g = f;
@@ -83,7 +87,7 @@ void runBlock(std::uint32_t* state, const std::uint8_t* block) {
         c = b;
         b = a;
         a = t1 + t2;
-    }
+    });
     state[0] += a;
     state[1] += b;
     state[2] += c;
