@@ -29,7 +29,7 @@ from installed_files import ROOT
 SECONDS_TO_BUILD = 1800
 SECONDS_FOR_A_COMMAND = 120
 SECONDS_TO_RELOAD = 30
-SIGNATURE = r"\A[A-Za-z0-9+/]{4,56}={0,2}\Z"
+SIGNATURE = "[A-Za-z0-9+/]{4,56}={0,2}"
 
 # apache2 and lighttpd are what the package configures; curl is in the examples of the manual page.
 PACKAGES = "apache2,lighttpd,curl,bash-completion"
@@ -69,6 +69,17 @@ def free_port():
         return probe.getsockname()[1]
 
 
+def guide(heading, port=80):
+    """The commands of a section of docs/deployment.md, for a machine without systemd."""
+    text = (ROOT / "docs/deployment.md").read_text(encoding="utf-8")
+    section = re.search(rf"(?ms)^## {heading}\n(.*?)^## ", text).group(1)
+    commands = "".join(re.findall(r"(?ms)^```sh\n(.*?)^```$", section))
+    if not commands:
+        raise AssertionError(f"the guide has no commands under '{heading}'")
+    commands = re.sub(r"(?m)^systemctl (\w+) (\w+)$", r"service \2 \1", commands)
+    return commands.replace("http://127.0.0.1/", f"http://127.0.0.1:{port}/")
+
+
 class Machine:
     """A Debian in a folder, running nothing yet."""
 
@@ -98,7 +109,7 @@ class Machine:
         return run.stdout
 
     def shell(self, script):
-        return self.run("sh", "-ec", script)
+        return self.run("sh", "-ec", "cd /root\n" + script)
 
     def change(self, path, old, new):
         file = self.root / path
@@ -246,22 +257,20 @@ class DebianPackage(unittest.TestCase):
         policy = machine.root / "usr/sbin/policy-rc.d"
         policy.write_text("#!/bin/sh\nexit 0\n", encoding="utf-8")
         policy.chmod(0o755)
-        shutil.copy(self.package, machine.root / "root/sign-cgi.deb")
+        shutil.copy(self.package, machine.root / "root")
         before = machine.files()
 
         self.install()
-        self.set_apache_up()
+        machine.shell(guide("A project"))
+        machine.shell(guide("Apache"))
         self.serves(apache)
-        self.assertIn("sign.cgi OK", machine.run("/usr/libexec/sign-cgi/check-service.sh",
-                                                 f"http://127.0.0.1:{apache}/sign.cgi"))
         self.follow_the_examples_of_the_manual(apache)
         self.upgrade(apache)
         self.remove_below_a_running_server("/etc/apache2/conf-enabled/sign-cgi.conf", apache)
         machine.run("service", "apache2", "stop")
 
         self.install()
-        machine.run("lighty-enable-mod", "sign-cgi")
-        machine.run("service", "lighttpd", "start")
+        machine.shell(guide("lighttpd"))
         self.serves(lighttpd)
         self.remove_below_a_running_server("/etc/lighttpd/conf-enabled/50-sign-cgi.conf", lighttpd)
         machine.run("service", "lighttpd", "stop")
@@ -273,21 +282,11 @@ class DebianPackage(unittest.TestCase):
         self.leaves_what_the_administrator_made(before)
 
     def install(self):
-        output = self.machine.run("dpkg", "-i", "/root/sign-cgi.deb")
+        output = self.machine.shell(guide("The package"))
         self.assertNotIn("warning", output)
         completion = ". /usr/share/bash-completion/bash_completion\n" \
                      "_completion_loader projectctl\ncomplete -p projectctl"
         self.assertIn("projectctl", self.machine.run("bash", "-c", completion))
-
-    def set_apache_up(self):
-        """As docs/deployment.md tells."""
-        self.machine.shell("""
-            a2enmod cgid
-            a2enconf sign-cgi
-            install -d -o www-data -m 700 /var/lib/sign-cgi
-            projectctl create /var/lib/sign-cgi/my.project
-            chown www-data: /var/lib/sign-cgi/my.project
-            service apache2 start""")
 
     def serves(self, port):
         project = "/var/lib/sign-cgi/my.project"
@@ -296,12 +295,17 @@ class DebianPackage(unittest.TestCase):
                 status, text = ask_form(port, name, project=project, sig_create="true",
                                         sig_data="hello")
                 self.assertEqual(status, 200, text)
-                self.assertRegex(text, SIGNATURE)
+                self.assertRegex(text, rf"\A{SIGNATURE}\Z")
                 for data, valid in (("hello", True), ("Hello", False)):
                     self.assertEqual(
                         ask_json(port, name, mode="verifySignature", project=project,
                                  signature={"data": data, "signature": text}),
                         (200, json.dumps({"valid": valid}, separators=(",", ":"))))
+        answers = self.machine.shell("exec 2>/dev/null\n" + guide("The first request", port))
+        self.assertRegex(answers, rf"\A{SIGNATURE}true\Z")
+        check = self.machine.run("/usr/libexec/sign-cgi/check-service.sh",
+                                 f"http://127.0.0.1:{port}/sign.cgi")
+        self.assertIn("sign.cgi OK", check)
 
     def follow_the_examples_of_the_manual(self, port):
         """Those of the page as it is installed, from the making of a project on."""
@@ -315,10 +319,10 @@ class DebianPackage(unittest.TestCase):
         self.assertIn("projectctl create", commands)
         machine.run("rm", "/var/lib/sign-cgi/my.project")
         answers = machine.shell(commands.replace("http://localhost", f"http://127.0.0.1:{port}"))
-        self.assertRegex(answers, r"\AtrueStatus: 200 OK\n(?s:.*)\{\"signature\":\"[^\"]*\"\}\Z")
+        self.assertRegex(answers, r'\AtrueStatus: 200 OK\n(?s:.*)\{"signature":"[^"]*"\}\Z')
 
     def upgrade(self, port):
-        self.install()
+        self.machine.shell("dpkg -i /root/*.deb")
         self.serves(port)
 
     def remove_below_a_running_server(self, link, port):
