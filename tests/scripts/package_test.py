@@ -48,7 +48,7 @@ def output_of(*command, **options):
 
 def make_package(folder, **options):
     """The path of the package that the sources in a folder give."""
-    return Path(output_of(folder / "scripts/package.sh", timeout=SECONDS_TO_BUILD,
+    return Path(output_of(*APART, folder / "scripts/package.sh", timeout=SECONDS_TO_BUILD,
                           **options).strip())
 
 
@@ -61,6 +61,11 @@ def copy_sources(folder):
             target = folder / name
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(ROOT / name, target)
+
+
+def end(process):
+    process.kill()
+    process.wait()
 
 
 def free_port():
@@ -137,8 +142,7 @@ class Machine:
         return found
 
     def close(self):
-        self.process.kill()
-        self.process.wait()
+        end(self.process)
         self.process.stdout.close()
 
 
@@ -165,25 +169,27 @@ def ask_json(port, name, **members):
 
 
 def setUpModule():
-    # The order of what is given back: first the machine, then the folder.
+    # The order of what is given back: first the processes, then the folder with all their files.
     folder = Path(resources.enter_context(tempfile.TemporaryDirectory(prefix="sign-package.")))
     folder.chmod(0o755)
     DebianPackage.folder = folder
+    environment = os.environ | {"TMPDIR": str(folder)}
     subprocess.run([ROOT / "scripts/install-packages.sh", "build", "package"], check=True)
     root = folder / "debian"
-    with subprocess.Popen([*APART, "mmdebstrap", "--quiet", "--variant=apt",
-                           f"--include={PACKAGES}", "bookworm", root]) as bootstrap:
-        DebianPackage.package = make_package(ROOT)
+    bootstrap = subprocess.Popen([*APART, "mmdebstrap", "--quiet", "--variant=apt",
+                                  f"--include={PACKAGES}", "bookworm", root], env=environment)
+    resources.callback(end, bootstrap)
+    DebianPackage.package = make_package(ROOT, env=environment)
 
-        # In another folder, by somebody whose settings are others.
-        sources = folder / "a folder of another name" / "sign"
-        copy_sources(sources)
-        date = output_of("git", "log", "-1", "--format=%ct", cwd=ROOT).strip()
-        DebianPackage.second_package = make_package(
-            sources, umask=0o077,
-            env=os.environ | {"SOURCE_DATE_EPOCH": date, "TZ": "Pacific/Chatham"})
-        if bootstrap.wait() != 0:
-            raise AssertionError("mmdebstrap could not make a Debian")
+    # In another folder, by somebody whose settings are others.
+    sources = folder / "a folder of another name" / "sign"
+    copy_sources(sources)
+    date = output_of("git", "log", "-1", "--format=%ct", cwd=ROOT).strip()
+    DebianPackage.second_package = make_package(
+        sources, umask=0o077,
+        env=environment | {"SOURCE_DATE_EPOCH": date, "TZ": "Pacific/Chatham"})
+    if bootstrap.wait() != 0:
+        raise AssertionError("mmdebstrap could not make a Debian")
     DebianPackage.machine = Machine(root)
     resources.callback(DebianPackage.machine.close)
 
