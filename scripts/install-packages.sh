@@ -7,7 +7,7 @@
 set -euo pipefail
 
 declare -A packages=(
-    [build]="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
+    [build]="git g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
     [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
             apache2-bin lighttpd nginx fcgiwrap systemd

@@ -15,9 +15,6 @@ umask 022
     exit 2
 }
 
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH
-
 # cmake, ninja and cpack say much; it matters only when they fail.
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
@@ -30,6 +27,13 @@ quietly() {
 }
 
 scripts/install-packages.sh build >&2
+if [[ -z ${SOURCE_DATE_EPOCH:-} ]]; then
+    SOURCE_DATE_EPOCH=$(git log -1 --format=%ct) || {
+        echo "package: git tells no time of a commit; set SOURCE_DATE_EPOCH to one" >&2
+        exit 1
+    }
+fi
+export SOURCE_DATE_EPOCH
 quietly cmake --preset release
 quietly cmake --build --preset release
 rm -rf build/release/package

@@ -13,7 +13,6 @@ FILES = {
     "libexec/sign-cgi/nph-sign.cgi": "-> sign.cgi",
     "libexec/sign-cgi/sign.cgi": "755",
     "share/bash-completion/completions/projectctl": "644",
-    "share/doc/sign-cgi/README.md": "644",
     "share/doc/sign-cgi/changelog.gz": "644",
     "share/doc/sign-cgi/copyright": "644",
     "share/doc/sign-cgi/examples/nginx.conf": "644",
@@ -33,7 +32,8 @@ FILES = {
     "share/sign-cgi/check.project": "644",
 } | {
     f"share/doc/sign-cgi/{path.relative_to(ROOT)}": "644"
-    for path in (ROOT / "docs").rglob("*") if path.is_file() and path.parent.name != "man"
+    for path in (ROOT / "docs").iterdir()
+    if path.is_file() and path.name not in ("architecture.md", "performance.md")
 }
 
 # Under the prefix /usr these stand where the servers look for them.
