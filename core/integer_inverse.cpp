@@ -7,7 +7,7 @@ namespace core {
 
 namespace {
 
-constexpr std::uint64_t temporaryBits = 16384;
+constexpr std::uint64_t limbBits = 64;
 
 bool isOne(const CoreInteger& value) {
     return value.lengthAndSign == 1 && value.limbs[0] == 1;
@@ -26,12 +26,18 @@ void subtractMultiple(CoreInteger& minuend, const CoreInteger& quotient, const C
 bool integerModularInverse(const CoreInteger& a, const CoreInteger& modulus, CoreInteger& result) {
     // Extended Euclid. Each row holds a remainder and the factor with
     // remainder = factor * a (mod modulus); the factor of the modulus itself is not needed.
+    // Nothing grows longer than the operands together, and clearing more takes longer than the
+    // rest.
+    const std::uint64_t temporaryBits =
+        limbBits * (integerLimbCount(a) + integerLimbCount(modulus) + 1);
     struct Row {
-        IntegerTemporary factor{integerAlloc(temporaryBits)};
-        IntegerTemporary remainder{integerAlloc(temporaryBits)};
+        IntegerTemporary factor;
+        IntegerTemporary remainder;
     };
-    Row u;
-    Row v;
+    Row u = {IntegerTemporary(integerAlloc(temporaryBits)),
+             IntegerTemporary(integerAlloc(temporaryBits))};
+    Row v = {IntegerTemporary(integerAlloc(temporaryBits)),
+             IntegerTemporary(integerAlloc(temporaryBits))};
     const IntegerTemporary quotient(integerAlloc(temporaryBits));
     const IntegerTemporary product(integerAlloc(temporaryBits));
     const IntegerTemporary difference(integerAlloc(temporaryBits));
