@@ -94,29 +94,34 @@ bool ProjectFile::digestBody(std::FILE* stream, std::array<std::uint8_t, 16>& di
 bool ProjectFile::readDirectory(std::FILE* stream, const ProjectFileHeader& header) {
     attributes.clear();
     const long size = streamSize(stream);
-    if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0) {
+    if (size < headerSize || std::fseek(stream, headerSize, SEEK_SET) != 0) {
         return false;
     }
-    for (std::uint32_t i = 0; i < header.entryCount; ++i) {
-        DirectoryEntry entry;
-        if (std::fread(&entry, sizeof entry, 1, stream) != 1) {
-            return false;
-        }
-        const long position = std::ftell(stream);
+    // Of a directory that is longer than the file, nothing is read.
+    const std::uint32_t count = header.entryCount;
+    if (count > static_cast<std::uint64_t>(size - headerSize) / sizeof(DirectoryEntry)) {
+        return false;
+    }
+    std::vector<DirectoryEntry> directory(count);
+    if (std::fread(directory.data(), sizeof(DirectoryEntry), count, stream) != count) {
+        return false;
+    }
+    // Values mostly follow each other, and where one begins at the position there is no seeking.
+    long position = headerSize + long{count} * long{sizeof(DirectoryEntry)};
+    for (const DirectoryEntry& entry : directory) {
+        const long end = long{entry.dataOffset} + long{entry.dataSize};
         // Asked before the read, so that a damaged size takes no room.
-        const bool runsPastEnd = long{entry.dataOffset} + long{entry.dataSize} > size;
-        if (position < 0 || entry.dataSize == 0 || runsPastEnd) {
+        if (entry.dataSize == 0 || end > size) {
             return false;
         }
         std::vector<std::uint8_t> value(entry.dataSize);
-        if (std::fseek(stream, long{entry.dataOffset}, SEEK_SET) != 0 ||
+        if ((entry.dataOffset != position &&
+             std::fseek(stream, long{entry.dataOffset}, SEEK_SET) != 0) ||
             std::fread(value.data(), value.size(), 1, stream) != 1) {
             return false;
         }
+        position = end;
         insertAttribute(entry.attributeId, std::move(value));
-        if (std::fseek(stream, position, SEEK_SET) != 0) {
-            return false;
-        }
     }
     return true;
 }
