@@ -16,6 +16,8 @@ declare -A packages=(
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14 shellcheck"
     [coverage]="gcovr"
+    [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap
+            librhash-dev libgcrypt20-dev libbotan-2-dev nettle-dev libcrypto++-dev"
     [package]="lintian mmdebstrap mandoc util-linux"
 )
 

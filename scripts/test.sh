@@ -26,5 +26,6 @@ ctest --preset "$preset" --parallel "$(nproc)"
 if [[ $preset == dev ]]; then
     cmake --preset release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
     cmake --build --preset release
+    python3 bench/instruction_counts.py build/release
     SIGN_PROGRAM_FOLDER=$PWD/build/release ctest --preset dev --parallel "$(nproc)" -R '^Pro(gram|jectctl)'
 fi

@@ -37,9 +37,10 @@ def requests_a_second(service, body):
     return CLIENTS * REQUESTS_OF_A_CLIENT / (time.monotonic() - start)
 
 
-def main(programs, names):
-    with tempfile.TemporaryDirectory() as name:
-        folder = Path(name)
+def throughput_of(programs, name):
+    """Requests a second with either program, and the median of the ratios of the blocks."""
+    with tempfile.TemporaryDirectory() as path:
+        folder = Path(path)
         folder.chmod(0o755)
         project = Project(programs / "projectctl", folder)
         answering = folder / "answering"
@@ -47,15 +48,19 @@ def main(programs, names):
         shutil.copy(programs / "tests" / "answering_stand_in", answering / "sign.cgi")
         body = json.dumps({"mode": "generateSignature", "project": str(project.path),
                            "signature": {"data": "x" * 64}}).encode()
-        for name in names:
-            with SERVERS[name](programs, folder) as ours, SERVERS[name](answering, folder) as other:
-                services = [Service(server, project) for server in (ours, other)]
-                blocks = [[requests_a_second(service, body) for service in services]
-                          for _ in range(BLOCKS)]
-            signing, answering_alone = (statistics.median(rates) for rates in zip(*blocks))
-            ratio = statistics.median(mine / alone for mine, alone in blocks)
-            print(f"{name}: {signing:.0f} signing, {answering_alone:.0f} answering alone, "
-                  f"ratio {ratio:.2f}", flush=True)
+        with SERVERS[name](programs, folder) as ours, SERVERS[name](answering, folder) as other:
+            services = [Service(server, project) for server in (ours, other)]
+            blocks = [[requests_a_second(service, body) for service in services]
+                      for _ in range(BLOCKS)]
+    signing, answering_alone = (statistics.median(rates) for rates in zip(*blocks))
+    return signing, answering_alone, statistics.median(mine / alone for mine, alone in blocks)
+
+
+def main(programs, names):
+    for name in names:
+        signing, answering_alone, ratio = throughput_of(programs, name)
+        print(f"{name}: {signing:.0f} signing, {answering_alone:.0f} answering alone, "
+              f"ratio {ratio:.2f}", flush=True)
 
 
 if __name__ == "__main__":
