@@ -46,8 +46,8 @@ struct OurKey {
     }
 
     core::CurvePoint publicPoint() { return {.x = &x, .y = &y, .flags = 0}; }
-    core::SignaturePair pair() { return {.r = *r, .s = *s}; }
-    void sign() {
+    core::SignaturePair pair() const { return {.r = *r, .s = *s}; }
+    void sign() const {
         core::curveSign(core::sect163r2.domain, *scalar, data.data(), data.size(), pair());
     }
     bool verify() {

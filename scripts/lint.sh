@@ -19,7 +19,7 @@ if [[ $# -gt 0 ]]; then
     done
 fi
 
-scripts/install-packages.sh build test clang lint
+scripts/install-packages.sh build test bench clang lint
 
 echo "clang-format"
 sources -name '*.h' -o -name '*.cpp' | xargs -0 clang-format-14 --dry-run -Werror
@@ -31,7 +31,7 @@ grep -rlIE --exclude-dir=.git --exclude-dir=build '^#!(/bin/sh|/usr/bin/env bash
 
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"
-cmake --preset dev -B build/lint -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
+cmake --preset dev -B build/lint -DCMAKE_CXX_COMPILER=clang++-14 -DSIGN_BENCH=ON >/dev/null
 sources -name '*.cpp' -a \( "${is_in[@]}" \) |
     xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 --quiet -p build/lint \
         2> >(grep -v ' warnings\? generated\.$' >&2)
