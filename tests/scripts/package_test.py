@@ -324,7 +324,7 @@ class DebianPackage(unittest.TestCase):
                              if line.startswith("           "))
         self.assertIn("projectctl create", commands)
         machine.run("rm", "/var/lib/sign-cgi/my.project")
-        answers = machine.shell(commands.replace("http://localhost", f"http://127.0.0.1:{port}"))
+        answers = machine.shell(commands.replace("http://127.0.0.1/", f"http://127.0.0.1:{port}/"))
         self.assertRegex(answers, r'\AtrueStatus: 200 OK\n(?s:.*)\{"signature":"[^"]*"\}\Z')
 
     def upgrade(self, port):
