@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <functional>
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/commands/check_command.h"
@@ -46,6 +48,18 @@ void refuseRepetition(const CLI::App& command) {
     }
 }
 
+/// Throws if a word says "--option=" and no more: the parser would take the next word for its
+/// value.
+void refuseEmptyValues(int argumentCount, const char* const* arguments) {
+    for (int i = 1; i < argumentCount && std::string_view(arguments[i]) != "--"; ++i) {
+        const std::string_view word = arguments[i];
+        if (word.starts_with("--") && word.find('=') == word.size() - 1) {
+            throw CLI::ArgumentMismatch(std::string(word.substr(0, word.size() - 1)) +
+                                        " is given no value");
+        }
+    }
+}
+
 constexpr const char* version = "projectctl " SIGN_VERSION;
 
 /// The parser's commands, each of which sets `run` to what it does.
@@ -69,6 +83,7 @@ public:
 
     int run(int argumentCount, const char* const* arguments) {
         try {
+            refuseEmptyValues(argumentCount, arguments);
             app_.parse(argumentCount, arguments);
             if (command_ == nullptr) {
                 throw CLI::RequiredError("a command");
@@ -78,7 +93,13 @@ public:
             std::cout.flush();
             return flushOutput() ? exitDone : exitFailed;
         } catch (const CLI::ParseError& error) {
-            const std::string message = error.what();
+            std::string message = error.what();
+            // What is surplus explains better what is missing than the other way round.
+            if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+                for (const std::string& word : app_.remaining(true)) {
+                    message = word.starts_with('-') ? "unknown option: " + word : message;
+                }
+            }
             return reportFailure(message.substr(0, message.find_last_not_of(" \n") + 1) +
                                  "; see 'projectctl --help'");
         }
@@ -87,6 +108,8 @@ public:
             return flushOutput() ? status : exitFailed;
         } catch (const std::bad_alloc&) {
             return reportFailure("there is not enough memory");
+        } catch (const std::exception& failure) {
+            return reportFailure(failure.what());
         }
     }
 
@@ -189,6 +212,7 @@ private:
             addCommand("export", "Print the public key as PEM", "export my.project > public.pem");
         addOption(command, "FILE", export_.file, "", "The project file")->required();
         addFlag(command, "--private", export_.privateKey, "Print the private key instead");
+        addJson(command, export_.json);
         onCommand(command, export_, exportCommand);
     }
 

@@ -60,6 +60,8 @@ TEST(ProjectctlCommandLine, RefusesWhatMeansNothing) {
         arguments.emplace_back("--wrong");
         EXPECT_TRUE(isRefused(arguments, "The following argument was not expected: --wrong"));
     }
+    EXPECT_TRUE(isRefused({"show", "--wrong"}, "unknown option: --wrong"));
+    EXPECT_TRUE(isRefused({"create", "-x"}, "unknown option: -x"));
     EXPECT_TRUE(isRefused({"check", "a", "b"}, "The following argument was not expected: b"));
     EXPECT_TRUE(
         isRefused({"check", "a", "--secret"}, "The following argument was not expected: --secret"));
@@ -71,6 +73,18 @@ TEST(ProjectctlCommandLine, RefusesWhatMeansNothing) {
         isRefused({"convert", "a", "--to", "pem"}, "--to: 'pem' is none of text, der, hex"));
     EXPECT_TRUE(isRefused({"convert", "a", "--from", "0", "--to", "der"},
                           "--from: '0' is none of text, der, hex"));
+}
+
+TEST(ProjectctlCommandLine, RefusesAnOptionWithoutItsValue) {
+    EXPECT_TRUE(isRefused({"explain", "--project", "a", "--data=", "--signature=AAAA"},
+                          "--data is given no value"));
+    EXPECT_TRUE(isRefused({"create", "--base=", "standard", "a"}, "--base is given no value"));
+    EXPECT_TRUE(isRefused({"create", "--from-scalar=", "a"}, "--from-scalar is given no value"));
+    // Behind "--" it is a name, and at the end of a value it is part of it.
+    EXPECT_EQ(runProjectctl({"check", "--", "--missing="}).errors,
+              "projectctl: --missing=: cannot be opened: No such file or directory\n");
+    EXPECT_EQ(
+        runProjectctl({"explain", "--project=missing", "--data=a=", "--signature=AAA="}).status, 0);
 }
 
 TEST(ProjectctlCommandLine, RefusesRepetition) {

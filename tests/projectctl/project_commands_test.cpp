@@ -269,6 +269,20 @@ TEST_F(ProjectctlStrip, RefusesAProjectThatHoldsTheScalarTwice) {
     EXPECT_EQ(folder.names(), Names{"my.project"});
 }
 
+TEST_F(ProjectctlStrip, FindsTheScalarWhateverStandsAroundIt) {
+    AttributeValues values =
+        keyAttributes(keyWithScalar("123456789ABCDEF0123456789ABCDEF", key.baseX, key.baseY));
+    // The number without its header, between other bytes; and a byte behind the stated length.
+    values[200] = Bytes{'z', 'z'};
+    values[200].insert(values[200].end(), values[74].begin() + 4, values[74].begin() + 4 + 16);
+    values[200].push_back('q');
+    values[74].push_back(0x99);
+    write(values);
+    EXPECT_TRUE(
+        endedWith(runProjectctl({"strip", path, folder.file("copy")}), 2, "",
+                  "projectctl: " + path + ": attribute 200 holds the private scalar too\n"));
+}
+
 TEST_F(ProjectctlStrip, RefusesWhatLeavesNothing) {
     for (const AttributeValues& values :
          {AttributeValues{}, AttributeValues{{74, {1, 0, 0, 0, 1}}}}) {

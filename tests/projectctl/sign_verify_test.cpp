@@ -87,6 +87,25 @@ TEST_F(ProjectctlSignature, OfOtherDataOrAnotherKeyIsFalse) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", other, valid, file}), 1, "false\n", otherData));
 }
 
+TEST_F(ProjectctlSignature, UnderAnUnsoundKeyIsFalseAndTheKeyIsNamed) {
+    // A public point of another scalar: what is signed does not verify.
+    ProjectKey mixed = key;
+    const ProjectKey other = keyWithScalar("123456789", key.baseX, key.baseY);
+    mixed.publicX = other.publicX;
+    mixed.publicY = other.publicY;
+    const std::string unsound = folder.write("unsound", projectBytes(keyAttributes(mixed)));
+    std::filesystem::permissions(unsound, std::filesystem::perms{0644});
+    const std::string text = signedText({"sign", unsound, file});
+    const std::string reason =
+        "the public point is not the product of the private scalar and the base point";
+    EXPECT_TRUE(endedWith(runProjectctl({"verify", unsound, text, file}), 1, "false\n",
+                          "projectctl: " + unsound + ": " + reason + "\n"));
+    const ProgramEnd explained =
+        runProjectctl({"explain", "--project", unsound, "--file", file, "--signature", text});
+    EXPECT_NE(explained.output.find("key.unsound"), std::string::npos) << explained.output;
+    EXPECT_NE(explained.output.find(reason), std::string::npos) << explained.output;
+}
+
 TEST_F(ProjectctlSignature, ThatIsNoneIsFalseAndToldWhy) {
     const ProgramEnd end = runProjectctl({"verify", project, "abc", file});
     EXPECT_TRUE(endedWith(end, 1, "false\n",

@@ -8,6 +8,7 @@
 
 #include "tools/exit_status.h"
 #include "tools/files/input_file.h"
+#include "tools/files/random_device.h"
 #include "tools/project/project_writer.h"
 #include "tools/report.h"
 
@@ -37,6 +38,9 @@ std::optional<std::string> readText(const std::string& path) {
 }  // namespace
 
 int createCommand(const CreateOptions& options) {
+    if (const auto refusal = randomDeviceRefusal()) {
+        return reportFailure(*refusal);
+    }
     std::optional<core::FieldElement> scalar;
     if (options.scalarFile.has_value()) {
         const std::string& path = *options.scalarFile;

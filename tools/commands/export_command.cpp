@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "tools/exit_status.h"
@@ -37,6 +38,10 @@ int exportCommand(const ExportOptions& options) {
             return reportFailure(options.file + ": " + finding.text);
         }
     }
-    printText(made.pem);
+    if (options.json) {
+        printJson({{"pem", made.pem}});
+    } else {
+        printText(made.pem);
+    }
     return exitDone;
 }

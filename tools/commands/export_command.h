@@ -5,6 +5,7 @@
 struct ExportOptions {
     std::string file;
     bool privateKey = false;
+    bool json = false;  ///< the PEM as the one member of an object
 };
 
 /// Writes the project's public key, or its private key, as PEM with explicit curve parameters to

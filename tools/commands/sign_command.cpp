@@ -3,24 +3,30 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "engine/sign.h"
 #include "engine/signature_engine.h"
 #include "tools/commands/signed_file.h"
 #include "tools/exit_status.h"
 #include "tools/files/mapping_progress.h"
+#include "tools/files/random_device.h"
 #include "tools/project/key_reading.h"
 #include "tools/report.h"
 
 int signCommand(const SignOptions& options) {
-    InputFile file;
+    PreparedOperation operation;
     if (const auto failure =
-            prepareOperation(options.project, signingRefusal, options.file, file)) {
+            prepareOperation(options.project, signingRefusal, options.file, operation)) {
         return reportFailure(*failure);
+    }
+    if (const auto refusal = randomDeviceRefusal()) {
+        return reportFailure(*refusal);
     }
     std::array<char, signatureBufferSize> signature{};
     bool made = false;
     {
-        const MappingProgress progress(countedSize(file));
-        made = signFile(options.project.c_str(), file.path.c_str(), signature.data());
+        const MappingProgress progress(operation.bytes.size());
+        made = signWithRecord(operation.project, operation.bytes.data(),
+                              static_cast<std::uint32_t>(operation.bytes.size()), signature.data());
     }
     if (!made) {
         return reportFailure(options.project +

@@ -1,6 +1,7 @@
 #include "tools/commands/signed_file.h"
 
-#include "engine/mapped_file.h"
+#include <utility>
+
 #include "tools/project/project_reading.h"
 #include "tools/report.h"
 
@@ -20,18 +21,21 @@ std::optional<std::string> prepareFile(const std::string& path, InputFile& file)
 std::optional<std::string> prepareOperation(
     const std::string& projectPath,
     const std::function<std::optional<std::string>(const ProjectFile&)>& keyRefusal,
-    const std::string& filePath, InputFile& file) {
-    const ProjectReading reading = readProject(projectPath);
+    const std::string& filePath, PreparedOperation& operation) {
+    ProjectReading reading = readProject(projectPath);
     if (reading.refusal.has_value()) {
         return projectPath + ": " + *reading.refusal;
     }
     if (const auto refusal = keyRefusal(reading.project)) {
         return projectPath + ": " + *refusal;
     }
-    return prepareFile(filePath, file);
-}
-
-std::uint32_t countedSize(const InputFile& file) {
-    MappedFile mapped;
-    return mapped.open(file.path.c_str()) ? mapped.size() : 0;
+    if (auto failure = prepareFile(filePath, operation.input)) {
+        return failure;
+    }
+    operation.bytes = mapInputFile(operation.mapping, operation.input.path.c_str());
+    if (operation.bytes.empty()) {
+        return inputName(filePath) + ": has changed meanwhile";
+    }
+    operation.project = std::move(reading.project);
+    return std::nullopt;
 }

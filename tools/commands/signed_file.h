@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
+#include "engine/mapped_file.h"
 #include "project/project_file.h"
 #include "tools/files/input_file.h"
 
@@ -11,12 +13,18 @@
 /// it counts alone. Returns why it cannot be signed, or nothing.
 std::optional<std::string> prepareFile(const std::string& path, InputFile& file);
 
-/// Loads the project, asks `keyRefusal` about its key, and prepares the file. Returns what stands
-/// against an operation of the engine on them, or nothing.
+/// What an operation of the engine works on, read once: nothing that changes meanwhile comes
+/// between what was asked of it and the answer.
+struct PreparedOperation {
+    ProjectFile project;
+    InputFile input;
+    MappedFile mapping;
+    std::span<const std::uint8_t> bytes;  ///< the file as far as it counts
+};
+
+/// Loads the project, asks `keyRefusal` about its key, and maps the file. Returns what stands
+/// against an operation on them, or nothing.
 std::optional<std::string> prepareOperation(
     const std::string& projectPath,
     const std::function<std::optional<std::string>(const ProjectFile&)>& keyRefusal,
-    const std::string& filePath, InputFile& file);
-
-/// The size of the prepared file as far as it counts.
-std::uint32_t countedSize(const InputFile& file);
+    const std::string& filePath, PreparedOperation& operation);

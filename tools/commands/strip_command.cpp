@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <optional>
 #include <vector>
 
+#include "core/entry.h"
 #include "project/project_key_record.h"
 #include "tools/exit_status.h"
 #include "tools/project/attribute_meaning.h"
@@ -16,20 +18,31 @@
 
 namespace {
 
+/// The scalar's bytes, least significant first, without zero bytes at the top.
+std::vector<std::uint8_t> scalarBytes(const ProjectFile& project) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    if (!record.hasPrivateScalar()) {
+        return {};
+    }
+    const core::CoreInteger& scalar = *record.privateScalar;
+    std::vector<std::uint8_t> bytes(coreEntry::integerByteLength(scalar));
+    std::memcpy(bytes.data(), scalar.limbs.data(), bytes.size());
+    return bytes;
+}
+
 /// The attribute other than the scalar that holds the scalar's bytes, if there is one. Fewer bytes
 /// than a limb tell nothing: they may stand anywhere.
 std::optional<ProjectAttributeId> copyOfScalar(const ProjectFile& project) {
-    constexpr std::ptrdiff_t headerSize = 4;
-    constexpr std::ptrdiff_t tellingSize = 8;
-    const std::vector<std::uint8_t> scalar = project.getBytes(privateScalarAttribute);
-    if (std::ssize(scalar) < headerSize + tellingSize) {
+    constexpr std::size_t tellingSize = 8;
+    const std::vector<std::uint8_t> scalar = scalarBytes(project);
+    if (scalar.size() < tellingSize) {
         return std::nullopt;
     }
     for (const ProjectAttributeId id : project.attributeIds()) {
         const std::vector<std::uint8_t> value = project.getBytes(id);
         if (id != privateScalarAttribute &&
-            std::search(value.begin(), value.end(), scalar.begin() + headerSize, scalar.end()) !=
-                value.end()) {
+            std::search(value.begin(), value.end(), scalar.begin(), scalar.end()) != value.end()) {
             return id;
         }
     }

@@ -2,24 +2,27 @@
 
 #include <nlohmann/json.hpp>
 
-#include "engine/signature_engine.h"
+#include "engine/verify.h"
 #include "tools/commands/signed_file.h"
 #include "tools/exit_status.h"
 #include "tools/files/mapping_progress.h"
 #include "tools/project/key_reading.h"
+#include "tools/project/project_check.h"
 #include "tools/report.h"
 #include "tools/signature/signature_reading.h"
 
 int verifyCommand(const VerifyOptions& options) {
-    InputFile file;
+    PreparedOperation operation;
     if (const auto failure =
-            prepareOperation(options.project, verifyingRefusal, options.file, file)) {
+            prepareOperation(options.project, verifyingRefusal, options.file, operation)) {
         return reportFailure(*failure);
     }
     bool valid = false;
     {
-        const MappingProgress progress(countedSize(file));
-        valid = verifyFile(options.project.c_str(), file.path.c_str(), options.signature.c_str());
+        const MappingProgress progress(operation.bytes.size());
+        valid = verifyWithRecord(operation.project, operation.bytes.data(),
+                                 static_cast<std::uint32_t>(operation.bytes.size()),
+                                 options.signature.c_str());
     }
     if (options.json) {
         printJson({{"valid", valid}});
@@ -30,6 +33,13 @@ int verifyCommand(const VerifyOptions& options) {
         return exitDone;
     }
     const SignatureReading signature = readSignature(options.signature);
-    reportRemark(signature.refusal.value_or(mismatchReason(signature)));
+    const std::optional<std::string> unsound = unsoundKey(options.project);
+    if (signature.refusal.has_value()) {
+        reportRemark(*signature.refusal);
+    } else if (unsound.has_value()) {
+        reportRemark(options.project + ": " + *unsound);
+    } else {
+        reportRemark(mismatchReason(signature));
+    }
     return exitNegative;
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -32,7 +33,11 @@ std::string bar(std::uint64_t percent) {
 MappingProgress::MappingProgress(std::uint64_t size)
     : size_(size), residentBefore_(residentFileBytes()) {
     if (size > quietSize && ::isatty(STDERR_FILENO) == 1) {
-        thread_ = std::thread([this] { draw(); });
+        try {
+            thread_ = std::thread([this] { draw(); });
+        } catch (const std::system_error&) {
+            // Where no thread can be had, the work goes on without the bar.
+        }
     }
 }
 

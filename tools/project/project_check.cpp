@@ -2,9 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
+#include <string_view>
 
 #include "core/integer.h"
 #include "curve/field.h"
@@ -272,4 +274,15 @@ ProjectCheck checkProject(const std::string& path) {
         checkProduct(checked, base, publicPoint);
     }
     return check;
+}
+
+std::optional<std::string> unsoundKey(const std::string& path) {
+    constexpr std::array<std::string_view, 5> harmless = {
+        "container", "permissions", "repeated-attribute", "dishonest-length", "no-scalar"};
+    for (const ProjectFinding& finding : checkProject(path).findings) {
+        if (std::find(harmless.begin(), harmless.end(), finding.code) == harmless.end()) {
+            return finding.text;
+        }
+    }
+    return std::nullopt;
 }

@@ -33,3 +33,7 @@ struct ProjectCheck {
 /// - no scalar, or one from 1 to n - 1 under its true bit length, of which the public point is the
 ///   product with the base point, in a file that its owner alone can use.
 ProjectCheck checkProject(const std::string& path);
+
+/// The first finding by which signatures under the key do not verify, in words that follow the path
+/// and a colon: values that are not sound or do not belong together.
+std::optional<std::string> unsoundKey(const std::string& path);

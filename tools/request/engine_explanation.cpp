@@ -10,6 +10,7 @@
 #include "frontend/base64_decoder.h"
 #include "tools/files/input_file.h"
 #include "tools/project/key_reading.h"
+#include "tools/project/project_check.h"
 #include "tools/project/project_reading.h"
 #include "tools/request/base64_reading.h"
 #include "tools/request/engine_remarks.h"
@@ -133,6 +134,13 @@ Ruling invalidity(const RequestRecord& record, const Data& bytes) {
     const SignatureReading signature = readSignature(record.signature);
     if (signature.refusal.has_value()) {
         return {"signature.text", *signature.refusal};
+    }
+    const std::string path = beforeZero(record.project);
+    if (const std::optional<std::string> unsound = unsoundKey(path)) {
+        return {"key.unsound",
+                "the signature is well formed, but no signature verifies under the "
+                "project " +
+                    quotation(path) + ": " + *unsound};
     }
     return {"signature.mismatch", mismatchReason(signature)};
 }

@@ -9,12 +9,11 @@
 #include <string_view>
 #include <system_error>
 
-#include "core/entry.h"
+#include "engine/verify.h"
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/files/input_file.h"
 #include "tools/request/quoted_text.h"
-#include "tools/signature/signature_reading.h"
 
 namespace {
 
@@ -84,20 +83,14 @@ void remarkSignature(const std::string& text, Remarks& remarks) {
             "the signature begins with \"signature:\", which is the name in front of "
             "it and no part of it");
     }
+    // Of other lengths a text is not decoded.
+    const bool isDecoded = text.size() % 4 == 0 && text.size() <= longestSignatureText;
     const auto strange = std::count_if(text.begin(), text.end(), [](char character) {
         return character != '=' && !isOfAlphabet(character);
     });
-    if (strange != 0) {
+    if (strange != 0 && isDecoded) {
         remarks.push_back(counted(static_cast<std::uint64_t>(strange), "character") +
                           " of the signature outside its alphabet: each counts as \"A\"");
-    }
-    const SignatureReading reading = readSignature(text);
-    constexpr std::uint64_t alwaysRefusedBits = 128;
-    if (!reading.refusal.has_value() &&
-        coreEntry::integerBitLength(reading.r) <= alwaysRefusedBits) {
-        remarks.push_back(
-            "r is below 2^128: a verifier refuses such a signature even where it is "
-            "right, which meets one in 2^35");
     }
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
@@ -52,6 +53,10 @@ std::optional<Ruling> memberRefusal(const json& object, const std::array<Member,
     return std::nullopt;
 }
 
+Ruling withoutMemory() {
+    return {"json.memory", "there is not enough memory for the values of the body"};
+}
+
 /// Why a complete JSON value fills no record.
 Ruling valueRefusal(const json& value) {
     if (!value.is_object()) {
@@ -61,8 +66,10 @@ Ruling valueRefusal(const json& value) {
     if (std::optional<Ruling> ruling = memberRefusal(value, requestMembers, "")) {
         return *ruling;
     }
-    // Nothing else in an object is refused.
-    return memberRefusal(value.value("signature", json()), signatureMembers, "signature.").value();
+    // Nothing else in an object is refused; but the program refuses a body as well whose values it
+    // has no memory for.
+    return memberRefusal(value.value("signature", json()), signatureMembers, "signature.")
+        .value_or(withoutMemory());
 }
 
 /// The parser's words, less the name of its exception and the text that it read last.
@@ -85,6 +92,8 @@ Ruling textRefusal(std::string_view text) {
         return {"json.syntax", "the body is no JSON: " + place + ", " + parserWords(error)};
     } catch (const json::exception& error) {
         return {"json.number", "the body is no JSON that can be held: " + parserWords(error)};
+    } catch (const std::bad_alloc&) {
+        return withoutMemory();
     }
 }
 

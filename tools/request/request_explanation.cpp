@@ -1,5 +1,6 @@
 #include "tools/request/request_explanation.h"
 
+#include <new>
 #include <utility>
 
 #include "tools/request/engine_explanation.h"
@@ -54,7 +55,13 @@ Explanation explainRecord(RequestReading& reading) {
            reading.remarks);
     settle(record.signatureDataEncoding, TextEncoding::plain, reading.names.dataEncoding,
            reading.dataEncodingWord, reading.remarks);
-    return explainDispatch(reading);
+    try {
+        return explainDispatch(reading);
+    } catch (const std::bad_alloc&) {
+        return silenceBy({"project.memory", "there is not enough memory for the project " +
+                                                quotation(beforeZero(record.project)) +
+                                                " with the data"});
+    }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <tuple>
 
@@ -48,6 +50,14 @@ TEST_F(ExportCommand, WritesTheKeyThatIsAskedFor) {
               (CommandEnd{exitDone, exportPrivateKey(project).pem, ""}));
     EXPECT_NE(exportPublicKey(project).pem, exportPrivateKey(project).pem);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
+}
+
+TEST_F(ExportCommand, TellsTheSameAsJson) {
+    const std::string pem = runOn(projectBytes(attributes)).output;
+    const CommandEnd end = runCommand(exportCommand, {.file = path, .json = true});
+    EXPECT_EQ(end.status, exitDone);
+    EXPECT_EQ(nlohmann::json::parse(end.output), (nlohmann::json{{"pem", pem}}));
+    EXPECT_EQ(std::count(end.output.begin(), end.output.end(), '\n'), 1);
 }
 
 TEST_F(ExportCommand, NeedsNoScalarForThePublicKeyAlone) {
