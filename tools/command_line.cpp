@@ -97,7 +97,10 @@ public:
             // What is surplus explains better what is missing than the other way round.
             if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
                 for (const std::string& word : app_.remaining(true)) {
-                    message = word.starts_with('-') ? "unknown option: " + word : message;
+                    if (word.starts_with('-')) {
+                        message = "unknown option: ";
+                        message += word;
+                    }
                 }
             }
             return reportFailure(message.substr(0, message.find_last_not_of(" \n") + 1) +
