@@ -7,6 +7,7 @@ Exits 0 only if every figure keeps its bound.
 
 import json
 import os
+import random
 import re
 import resource
 import statistics
@@ -71,10 +72,13 @@ class Requests:
 
 
 def process_times(commands):
-    """The median of the time of each command; commands take turns. Input and output are files."""
+    """The median of the time of each command, started by turns in an order that changes, for each
+    finds the caches as the one before has left them. Input and output are files."""
     times = {name: [] for name in commands}
+    turns = list(commands.items())
     for _ in range(PROCESS_ROUNDS):
-        for name, (words, stdin, environment) in commands.items():
+        random.shuffle(turns)
+        for name, (words, stdin, environment) in turns:
             with open(stdin, "rb") as source, open(os.devnull, "wb") as sink:
                 actions = [(os.POSIX_SPAWN_DUP2, source.fileno(), 0),
                            (os.POSIX_SPAWN_DUP2, sink.fileno(), 1),
