@@ -11,9 +11,10 @@ namespace {
 constexpr std::uint64_t temporaryBits = 16384;
 constexpr std::uint64_t limbBits = 64;
 
+/// Without zero limbs at the top, and without a sign if it is zero.
 bool isNormal(const CoreInteger& value) {
     const std::uint32_t limbs = integerLimbCount(value);
-    return limbs == 0 || value.limbs[limbs - 1] != 0;
+    return limbs == 0 ? value.lengthAndSign == 0 : value.limbs[limbs - 1] != 0;
 }
 
 /// A copy without the zero limbs at the top: only lengths of normal values say which is the

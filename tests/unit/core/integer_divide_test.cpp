@@ -57,6 +57,10 @@ TEST_F(IntegerDivide, ByZeroGivesZeroAndForZeroOne) {
     EXPECT_TRUE(isNormalValue(quotient(BigNumber(5).toInteger(), CoreInteger{}), 0));
     EXPECT_TRUE(isNormalValue(quotient(CoreInteger{}, CoreInteger{}), 1));
     EXPECT_TRUE(isNormalValue(quotient(CoreInteger{}, BigNumber(5).toInteger()), 0));
+    const CoreInteger signedZero{.lengthAndSign = core::integerSignBit};
+    EXPECT_TRUE(isNormalValue(quotient(BigNumber(5).toInteger(), signedZero), 0));
+    EXPECT_TRUE(isNormalValue(quotient(signedZero, BigNumber(5).toInteger()), 0));
+    EXPECT_TRUE(isNormalValue(quotient(signedZero, CoreInteger{}), 1));
 }
 
 TEST_F(IntegerDivide, OfEqualValuesGivesOne) {
