@@ -1,4 +1,0 @@
-/* The least that a statically linked program costs: its start and its end. */
-int main(void) {
-    return 0;
-}

@@ -1,0 +1,2 @@
+// The least that a statically linked program costs: its start and its end.
+int main() {}
