@@ -105,7 +105,9 @@ class LargeFiles(unittest.TestCase):
         file = self.sparse_file(24 * QUIET_SIZE)
         signing = subprocess.Popen([self.programs / "projectctl", "sign", "project", file],
                                    cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(0.5)
+        maps = Path(f"/proc/{signing.pid}/maps")
+        while signing.poll() is None and str(self.folder / file) not in maps.read_text():
+            time.sleep(0.01)
         self.sparse_file(1)
         output, errors = signing.communicate(timeout=SECONDS_FOR_A_COMMAND)
         self.assertEqual((signing.returncode, output, errors),
