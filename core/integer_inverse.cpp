@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "core/integer.h"
@@ -29,7 +30,8 @@ bool integerModularInverse(const CoreInteger& a, const CoreInteger& modulus, Cor
     // Nothing grows longer than the operands together, and clearing more takes longer than the
     // rest.
     const std::uint64_t temporaryBits =
-        limbBits * (integerLimbCount(a) + integerLimbCount(modulus) + 1);
+        limbBits * std::min<std::uint64_t>(integerLimbCount(a) + integerLimbCount(modulus) + 1,
+                                           integerLimbRoom);
     struct Row {
         IntegerTemporary factor;
         IntegerTemporary remainder;

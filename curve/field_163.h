@@ -21,15 +21,17 @@ inline constexpr unsigned topBits163 = 35;
 /// f = z^163 + z^7 + z^6 + z^3 + 1, without its highest term.
 inline constexpr std::uint64_t lowTerms163 = 0xC9;
 
-/// Whether `e` is of degree 163 and reduced; its words above the third do not count.
+/// Whether `e` is of degree 163 and reduced, with nothing above its three words up to the end of a
+/// product.
 inline bool isReduced163(const FieldElement& e) {
-    return e.degree == degree163 && e.words[2] >> topBits163 == 0;
+    return e.degree == degree163 && e.words[2] >> topBits163 == 0 &&
+           (e.words[3] | e.words[4] | e.words[5]) == 0;
 }
 
 /// Whether `e` is f.
 inline bool isPolynomial163(const FieldElement& e) {
     return e.degree == degree163 && e.words[0] == lowTerms163 && e.words[1] == 0 &&
-           e.words[2] == std::uint64_t{1} << topBits163;
+           e.words[2] == std::uint64_t{1} << topBits163 && e.words[3] == 0;
 }
 
 inline Words163 load163(const FieldElement& e) {

@@ -54,6 +54,13 @@ TEST_F(IntegerModularInverse, OfRandomOperandsAgreesWithTheJudge) {
     }
 }
 
+TEST_F(IntegerModularInverse, OfLongOperandsAgreesWithTheJudge) {
+    // Together they have as many limbs as an integer has room for, or more.
+    for (const auto& [limbs, modulusLimbs] : {std::pair(128U, 128U), {100U, 200U}, {200U, 100U}}) {
+        checkInverse(randomNumber(limbs), randomNumber(modulusLimbs) + 2);
+    }
+}
+
 TEST_F(IntegerModularInverse, OfSmallValuesAgreesWithTheDefinition) {
     const auto inverse = [](std::uint64_t a) {
         CoreInteger result = usedResult();

@@ -68,6 +68,13 @@ TEST_F(FieldDivide, ByOneGivesTheNumerator) {
     }
 }
 
+TEST_F(FieldDivide, ByOneTakesTheWordsAboveTheNumeratorAlong) {
+    for (const unsigned bit : {192U, 256U, 320U}) {
+        const BigNumber a = polynomialSum(randomPolynomial(163), BigNumber::powerOfTwo(bit));
+        EXPECT_EQ(quotient(a, 1), a);
+    }
+}
+
 TEST_F(FieldDivide, MixesCapacities) {
     const FieldJudge judge(curvePolynomial());
     for (unsigned mix = 0; mix < 81; ++mix) {

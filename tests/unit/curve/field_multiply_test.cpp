@@ -56,6 +56,13 @@ TEST_F(FieldMultiply, OfRandomOperandsIsTheUnreducedProduct) {
     }
 }
 
+TEST_F(FieldMultiply, TakesTheWordAboveTheSecondOperandAlong) {
+    for (int i = 0; i < 100; ++i) {
+        const BigNumber b = polynomialSum(randomPolynomial(163), BigNumber::powerOfTwo(3 * 64));
+        checkProduct(randomPolynomial(163), b, 163, 48, 48);
+    }
+}
+
 TEST_F(FieldMultiply, WorksForEveryDegree) {
     for (const std::uint64_t degree : degrees) {
         for (const BigNumber& a : edgePolynomials(degree + 1)) {
