@@ -87,6 +87,15 @@ TEST_F(ProjectctlSignature, OfOtherDataOrAnotherKeyIsFalse) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", other, valid, file}), 1, "false\n", otherData));
 }
 
+TEST_F(ProjectctlSignature, UnderAKeyWithASignThatCountsForNothingIsFalseForItsOwnReason) {
+    AttributeValues values = keyAttributes(key);
+    values[74][3] |= 0x80;
+    const std::string marked = folder.write("marked", projectBytes(values));
+    EXPECT_EQ(runProjectctl({"verify", marked, valid, file}).output, "true\n");
+    EXPECT_TRUE(
+        endedWith(runProjectctl({"verify", marked, valid}, letter + "!"), 1, "false\n", otherData));
+}
+
 TEST_F(ProjectctlSignature, UnderAnUnsoundKeyIsFalseAndTheKeyIsNamed) {
     // A public point of another scalar: what is signed does not verify.
     ProjectKey mixed = key;

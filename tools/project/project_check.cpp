@@ -277,8 +277,9 @@ ProjectCheck checkProject(const std::string& path) {
 }
 
 std::optional<std::string> unsoundKey(const std::string& path) {
-    constexpr std::array<std::string_view, 5> harmless = {
-        "container", "permissions", "repeated-attribute", "dishonest-length", "no-scalar"};
+    constexpr std::array<std::string_view, 6> harmless = {"container",          "permissions",
+                                                          "repeated-attribute", "dishonest-length",
+                                                          "negative-scalar",    "no-scalar"};
     for (const ProjectFinding& finding : checkProject(path).findings) {
         if (std::find(harmless.begin(), harmless.end(), finding.code) == harmless.end()) {
             return finding.text;
