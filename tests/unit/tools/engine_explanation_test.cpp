@@ -1,3 +1,4 @@
+#include "tests/support/failing_calls.h"
 #include "tests/support/project_key.h"
 #include "tests/support/signature_text.h"
 #include "tests/unit/tools/explanation_test.h"
@@ -146,6 +147,22 @@ TEST_F(ExplainEngine, TellsHowFarTheDirectoryOfAProjectReaches) {
     expectUnusable(
         path, "&sig_data=a",
         "project: the project \"" + path + "\": the directory ends after 3 of 5 entries");
+}
+
+TEST_F(ExplainEngine, TellsThatThereIsNoMemoryForAProject) {
+    AttributeValues large = attributes();
+    large[1] = Bytes(100000);
+    const std::string path = writeProject(large);
+    ScopedFailingCalls calls;
+    calls.blockLimit = 50000;
+    for (const std::string& body :
+         {signing(path, "&sig_data=a"), verifying(path, "&sig_data=a", known.text)}) {
+        const Explanation explanation = explainForm(body);
+        EXPECT_EQ(explanation.status, "");
+        EXPECT_EQ(reasonOf(explanation),
+                  "project.memory: there is not enough memory for the project \"" + path +
+                      "\" with the data");
+    }
 }
 
 TEST_F(ExplainEngine, TellsAKeyThatIsNotComplete) {

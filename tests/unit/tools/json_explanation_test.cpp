@@ -1,3 +1,4 @@
+#include "tests/support/failing_calls.h"
 #include "tests/unit/tools/explanation_test.h"
 
 namespace {
@@ -94,6 +95,17 @@ TEST_F(ExplainJson, TellsWhereTheSyntaxBreaks) {
 TEST_F(ExplainJson, TellsANumberThatIsTooLarge) {
     EXPECT_EQ(refusalOf("{\"a\":1e999}"),
               "json.number: the body is no JSON that can be held: number overflow parsing '1e999'");
+}
+
+TEST_F(ExplainJson, TellsThatThereIsNoMemoryForWhatTheBodySays) {
+    const RawRequest request =
+        json(R"({"mode":"generateSignature","project":")" + std::string(100000, 'p') + "\"}");
+    ScopedFailingCalls calls;
+    calls.blockLimit = request.body.size() + 4096;
+    const Explanation explanation = explain(request);
+    EXPECT_EQ(explanation.body, "Invalid JSON data");
+    EXPECT_EQ(reasonOf(explanation),
+              "json.memory: there is not enough memory for the values of the body");
 }
 
 TEST_F(ExplainJson, TellsAValueThatIsNoObject) {
