@@ -77,7 +77,19 @@ bool MappedFile::close() {
     return true;
 }
 
-std::span<const std::uint8_t> mapInputFile(MappedFile& file, const char* path) {
+MappedInput::~MappedInput() {
+    if (!bytes.empty()) {
+        ::munmap(const_cast<std::uint8_t*>(bytes.data()), bytes.size());
+        file.address = nullptr;
+    }
+}
+
+bool MappedInput::isWhole() const {
+    return static_cast<std::int32_t>(file.size()) >= static_cast<std::int32_t>(bytes.size());
+}
+
+std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path) {
+    MappedFile& file = input.file;
     if (!file.open(path)) {
         return {};
     }
@@ -85,5 +97,10 @@ std::span<const std::uint8_t> mapInputFile(MappedFile& file, const char* path) {
     if (length < 1 || !file.map()) {
         return {};
     }
-    return {file.address, static_cast<std::size_t>(length)};
+    input.bytes = {file.address, static_cast<std::size_t>(length)};
+    // The mapping has the size of its moment: nothing behind it is taken for the file's.
+    if (!input.isWhole()) {
+        input.bytes = {};
+    }
+    return input.bytes;
 }

@@ -38,6 +38,24 @@ struct MappedFile {
     bool close();
 };
 
-/// Opens and maps the file at `path`; the bytes stay valid as long as `file`. Empty when the file
-/// cannot be opened or mapped, or when its size, taken as 32 bits with a sign, is not positive.
-std::span<const std::uint8_t> mapInputFile(MappedFile& file, const char* path);
+/// A mapped file whose bytes are being signed or verified.
+struct MappedInput {
+    MappedFile file;
+    std::span<const std::uint8_t> bytes;  ///< what counts of the file
+
+    MappedInput() = default;
+    MappedInput(const MappedInput&) = delete;
+    MappedInput& operator=(const MappedInput&) = delete;
+
+    /// Ends the mapping of `bytes` and no more: where the file has grown meanwhile, other memory
+    /// stands behind it.
+    ~MappedInput();
+
+    /// Whether the file still has all of `bytes`; what it lost meanwhile is read as other bytes.
+    bool isWhole() const;
+};
+
+/// Opens and maps the file at `path` into a fresh `input`, and returns its bytes. Empty when the
+/// file cannot be opened or mapped, when its size, taken as 32 bits with a sign, is not positive,
+/// or when it becomes shorter meanwhile.
+std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path);

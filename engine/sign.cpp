@@ -34,9 +34,11 @@ bool signFile(const char* projectPath, const char* filePath, char* signature) {
     if (projectPath == nullptr || filePath == nullptr || signature == nullptr) {
         return false;
     }
-    MappedFile file;
-    const std::span<const std::uint8_t> bytes = mapInputFile(file, filePath);
-    return signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature);
+    MappedInput input;
+    const std::span<const std::uint8_t> bytes = mapInputFile(input, filePath);
+    return signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
+                    signature) &&
+           input.isWhole();
 }
 
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,

@@ -20,7 +20,8 @@ inline constexpr std::size_t signatureBufferSize = 128;
 bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
               char* signature);
 
-/// `signData` over the content of a file; false too when it cannot be mapped.
+/// `signData` over the content of a file; false too when it cannot be mapped, or when it becomes
+/// shorter meanwhile and the process survives that.
 bool signFile(const char* projectPath, const char* filePath, char* signature);
 
 /// Whether the text is a signature of `length` bytes under the project's public point. False too
@@ -29,5 +30,5 @@ bool signFile(const char* projectPath, const char* filePath, char* signature);
 bool verifyData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
                 const char* signature);
 
-/// `verifyData` over the content of a file; false too when it cannot be mapped.
+/// `verifyData` over the content of a file; false too when it cannot be mapped or becomes shorter.
 bool verifyFile(const char* projectPath, const char* filePath, const char* signature);

@@ -39,10 +39,11 @@ bool verifyFile(const char* projectPath, const char* filePath, const char* signa
     if (projectPath == nullptr || filePath == nullptr || signature == nullptr) {
         return false;
     }
-    MappedFile file;
-    const std::span<const std::uint8_t> bytes = mapInputFile(file, filePath);
+    MappedInput input;
+    const std::span<const std::uint8_t> bytes = mapInputFile(input, filePath);
     return verifyData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                      signature);
+                      signature) &&
+           input.isWhole();
 }
 
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,

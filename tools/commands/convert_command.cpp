@@ -95,7 +95,7 @@ int writeDigest(const std::string& path, bool json) {
     if (const auto failure = prepareFile(path, file)) {
         return reportFailure(*failure);
     }
-    MappedFile mapped;
+    MappedInput mapped;
     const std::span<const std::uint8_t> bytes = mapInputFile(mapped, file.path.c_str());
     if (bytes.empty()) {
         return reportFailure(inputName(path) + ": has changed meanwhile");

@@ -18,7 +18,7 @@ std::optional<std::string> prepareFile(const std::string& path, InputFile& file)
 struct PreparedOperation {
     ProjectFile project;
     InputFile input;
-    MappedFile mapping;
+    MappedInput mapping;
     std::span<const std::uint8_t> bytes;  ///< the file as far as it counts
 };
 

@@ -118,7 +118,7 @@ std::optional<std::string> inputFileRefusal(const std::string& path) {
     if (!file.open(path.c_str())) {
         return std::string("cannot be opened: ") + std::strerror(errno);
     }
-    MappedFile mapped;
+    MappedInput mapped;
     if (!mapInputFile(mapped, path.c_str()).empty()) {
         return std::nullopt;
     }

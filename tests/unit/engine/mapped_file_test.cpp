@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/temporary_folder.h"
@@ -241,18 +242,58 @@ TEST_F(MappedFileTest, LeavesAMappingWithoutDescriptorAtItsEnd) {
 }
 
 TEST_F(MappedFileTest, GivesTheWholeFile) {
-    MappedFile file;
-    const std::span<const std::uint8_t> bytes = mapInputFile(file, path.c_str());
+    MappedInput input;
+    const std::span<const std::uint8_t> bytes = mapInputFile(input, path.c_str());
     EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), content);
-    EXPECT_EQ(bytes.data(), file.address);
+    EXPECT_EQ(bytes.data(), input.file.address);
+    EXPECT_EQ(bytes.data(), input.bytes.data());
 }
 
 TEST_F(MappedFileTest, GivesNothingOfWhatCannotBeMapped) {
     for (const std::string& bad : {folder.file("missing"), empty, folder.path()}) {
-        MappedFile file;
-        EXPECT_TRUE(mapInputFile(file, bad.c_str()).empty()) << bad;
-        EXPECT_EQ(file.address, nullptr) << bad;
+        MappedInput input;
+        EXPECT_TRUE(mapInputFile(input, bad.c_str()).empty()) << bad;
+        EXPECT_EQ(input.file.address, nullptr) << bad;
     }
+}
+
+TEST_F(MappedFileTest, EndsTheMappingOfAnInput) {
+    const std::uint8_t* mapped = nullptr;
+    std::int32_t descriptor = -1;
+    {
+        MappedInput input;
+        mapped = mapInputFile(input, path.c_str()).data();
+        descriptor = input.file.descriptor;
+        ASSERT_TRUE(mappingAt(mapped).has_value());
+    }
+    EXPECT_FALSE(mappingAt(mapped).has_value());
+    EXPECT_FALSE(isOpen(descriptor));
+}
+
+TEST_F(MappedFileTest, TellsWhetherAnInputIsStillWhole) {
+    MappedInput input;
+    ASSERT_EQ(mapInputFile(input, path.c_str()).size(), content.size());
+    EXPECT_TRUE(input.isWhole());
+    for (const auto& [size, whole] :
+         {std::pair<off_t, bool>{6, false}, {7, true}, {8, true}, {0, false}, {100000, true}}) {
+        ASSERT_EQ(::truncate(path.c_str(), size), 0);
+        EXPECT_EQ(input.isWhole(), whole) << size << " bytes";
+    }
+}
+
+TEST_F(MappedFileTest, TakesNothingElseAwayAtTheEndOfAnInputThatHasGrown) {
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    void* behind = nullptr;
+    {
+        MappedInput input;
+        const auto* mapped = mapInputFile(input, path.c_str()).data();
+        behind = const_cast<std::uint8_t*>(mapped) + page;
+        // Unless something stands there already.
+        ::mmap(behind, page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+        ASSERT_EQ(::truncate(path.c_str(), static_cast<off_t>(2 * page)), 0);
+    }
+    unsigned char resident = 0;
+    EXPECT_EQ(::mincore(behind, page, &resident), 0);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// What the engine would sign.
 Bytes mappedBytes(const InputFile& file) {
-    MappedFile mapped;
+    MappedInput mapped;
     const std::span<const std::uint8_t> bytes = mapInputFile(mapped, file.path.c_str());
     return {bytes.begin(), bytes.end()};
 }
