@@ -17,6 +17,11 @@ bool refuses(std::size_t size) {
     return size > current->blockLimit;
 }
 
+/// Counts a call on a stream and tells whether it is to fail.
+bool failsOnStream() {
+    return current != nullptr && ++current->streamCalls == current->failingStreamCall;
+}
+
 }  // namespace
 
 ScopedFailingCalls::ScopedFailingCalls() {
@@ -28,6 +33,18 @@ ScopedFailingCalls::~ScopedFailingCalls() {
 }
 
 // The linker's names for the library's functions and for what replaces them.
+std::FILE* systemFdopen(int descriptor, const char* mode) asm("__real_fdopen");
+std::FILE* replacedFdopen(int descriptor, const char* mode) asm("__wrap_fdopen");
+std::FILE* systemFopen(const char* path, const char* mode) asm("__real_fopen");
+std::FILE* replacedFopen(const char* path, const char* mode) asm("__wrap_fopen");
+int systemSeek(std::FILE* stream, long offset, int whence) asm("__real_fseek");
+int replacedSeek(std::FILE* stream, long offset, int whence) asm("__wrap_fseek");
+long systemTell(std::FILE* stream) asm("__real_ftell");
+long replacedTell(std::FILE* stream) asm("__wrap_ftell");
+std::size_t systemRead(void* data, std::size_t size, std::size_t count,
+                       std::FILE* stream) asm("__real_fread");
+std::size_t replacedRead(void* data, std::size_t size, std::size_t count,
+                         std::FILE* stream) asm("__wrap_fread");
 std::size_t systemWrite(const void* data, std::size_t size, std::size_t count,
                         std::FILE* stream) asm("__real_fwrite");
 std::size_t replacedWrite(const void* data, std::size_t size, std::size_t count,
@@ -37,10 +54,29 @@ void* replacedNew(std::size_t size) asm("__wrap__Znwm");
 void* systemZeroed(std::size_t count, std::size_t size) asm("__real_calloc");
 void* replacedZeroed(std::size_t count, std::size_t size) asm("__wrap_calloc");
 
+std::FILE* replacedFdopen(int descriptor, const char* mode) {
+    return failsOnStream() ? nullptr : systemFdopen(descriptor, mode);
+}
+
+std::FILE* replacedFopen(const char* path, const char* mode) {
+    return failsOnStream() ? nullptr : systemFopen(path, mode);
+}
+
+int replacedSeek(std::FILE* stream, long offset, int whence) {
+    return failsOnStream() ? -1 : systemSeek(stream, offset, whence);
+}
+
+long replacedTell(std::FILE* stream) {
+    return failsOnStream() ? -1 : systemTell(stream);
+}
+
+std::size_t replacedRead(void* data, std::size_t size, std::size_t count, std::FILE* stream) {
+    return failsOnStream() ? 0 : systemRead(data, size, count, stream);
+}
+
 std::size_t replacedWrite(const void* data, std::size_t size, std::size_t count,
                           std::FILE* stream) {
-    const bool fails = current != nullptr && current->failWrites;
-    return fails ? 0 : systemWrite(data, size, count, stream);
+    return failsOnStream() ? 0 : systemWrite(data, size, count, stream);
 }
 
 void* replacedNew(std::size_t size) {

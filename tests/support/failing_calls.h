@@ -2,7 +2,8 @@
 
 #include <cstddef>
 
-/// While it lives, blocks of operator new and calloc are watched, and it can make calls fail.
+/// While it lives, blocks of operator new and calloc are watched, as are the calls of `fdopen`,
+/// `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
 ///
 /// It belongs to the executables that list `SIGN_FAILING_CALLS` among their sources and call
 /// `sign_watch_calls`.
@@ -12,7 +13,8 @@ struct ScopedFailingCalls {
     ScopedFailingCalls(const ScopedFailingCalls&) = delete;
     ScopedFailingCalls& operator=(const ScopedFailingCalls&) = delete;
 
-    bool failWrites = false;         ///< `fwrite` writes nothing and answers 0
+    unsigned streamCalls = 0;        ///< calls on streams so far
+    unsigned failingStreamCall = 0;  ///< number, from 1, of the one that fails and does nothing
     std::size_t blockLimit = ~0UL;   ///< larger blocks are refused
     std::size_t largestRequest = 0;  ///< size of the largest block asked for
 };

@@ -77,7 +77,7 @@ TEST_F(ProjectCreate, EmptiesTableAndPathWhenTheHeaderCannotBeWritten) {
     folder.write("second", Bytes(1000, 1));
     {
         ScopedFailingCalls calls;
-        calls.failWrites = true;
+        calls.failingStreamCall = 2;
         EXPECT_FALSE(file.create(folder.file("second").c_str()));
     }
     EXPECT_TRUE(file.attributes.empty());
