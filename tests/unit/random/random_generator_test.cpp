@@ -52,6 +52,20 @@ TEST(RandomGenerator, EveryStepMatchesTheModelInOutputAndState) {
     }
 }
 
+TEST(RandomGenerator, StreamOfAThousandSeedsMatchesTheModel) {
+    RandomGenerator generator;
+    Bytes stream(500);
+    for (int round = 0; round < 1000; ++round) {
+        // Every other seed has the length of what the system gives, the rest any.
+        const Bytes seed = randomBytes(round % 2 == 0 ? 68 : randomBelow(2049));
+        generator.addEntropy(seed.data(), seed.size());
+        generator.mixPool();
+        generator.fillBytes(stream.data(), stream.size());
+        ASSERT_EQ(stream, GeneratorModel(seed).bytes(stream.size()))
+            << "round " << round << ", " << seed.size() << " bytes";
+    }
+}
+
 TEST(RandomGenerator, CounterCarriesIntoItsUpperHalf) {
     RandomGenerator generator;
     generator.seedFromWord(1);
