@@ -2,55 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <map>
+#include <string>
 
 #include "core/entry.h"
-#include "tests/program/random_request.h"
-#include "tests/program/sign_program.h"
-#include "tests/support/random_operands.h"
+#include "tests/program/explained_requests.h"
 #include "tests/support/request_answer.h"
-#include "tools/request/request_explanation.h"
 
 namespace {
 
-using Answerer = RequestAnswer (*)(const RawRequest&);
-
 /// The answer of the built program.
 RequestAnswer answerOfProgram(const RawRequest& request) {
-    ProgramCall call = requestCall(InputKind::form, request.body);
-    call.environment = environmentOf(request);
-    const ProgramEnd end = runProgram(call);
-    if (end.signal == SIGABRT && end.output.empty()) {
-        return {};
-    }
-    const RequestAnswer answer = answerFrom(end.output);
-    EXPECT_EQ(end.status, answer.status == "200 OK" ? 0 : refusedStatus);
-    return answer;
-}
-
-std::string described(const RawRequest& request) {
-    return "type " + request.contentType.value_or("(unset)") + ", length " +
-           request.contentLength.value_or("(unset)") + ", body " +
-           testing::PrintToString(request.body);
-}
-
-/// Explains random requests until each is told as it is answered; the number of each rule.
-std::map<std::string, int> compareRequests(int count, Answerer answerOf) {
-    const RequestMaterial material;
-    std::map<std::string, int> rules;
-    for (int i = 0; i < count; ++i) {
-        const RawRequest request = randomRequest(material);
-        const Explanation explanation = explainRequest(request);
-        const RequestAnswer answer = answerOf(request);
-        EXPECT_TRUE(tells(explanation, answer))
-            << described(request) << "\ntold: " << explanation.rule << ": " << explanation.reason
-            << "\n\"" << explanation.status << "\" \"" << explanation.body
-            << "\"\nanswered: " << answer;
-        EXPECT_FALSE(explanation.reason.empty()) << explanation.rule;
-        ++rules[explanation.rule];
-    }
-    return rules;
+    return answerOf(runProgram(programCall(request)));
 }
 
 /// Explanations need the core, and so does the driver in this process.

@@ -2,7 +2,10 @@
 
 #include <csignal>
 
+#include "core/entry.h"
+#include "tests/program/explained_requests.h"
 #include "tests/program/sign_program.h"
+#include "tests/support/long_run.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_judge.h"
 #include "tests/support/signature_vectors.h"
@@ -17,8 +20,7 @@ const SignatureCase& known() {
 /// Exit status of valgrind when it has found an error.
 constexpr const char* valgrindStatus = "--error-exitcode=99";
 
-ProgramEnd underValgrind(InputKind kind, const std::string& body) {
-    ProgramCall call = requestCall(kind, body);
+ProgramEnd underValgrind(ProgramCall call) {
     call.path = SIGN_VALGRIND;
     call.arguments = {"valgrind", "--quiet", valgrindStatus, "--leak-check=full",
                       SIGN_SHARED_PROGRAM};
@@ -26,8 +28,21 @@ ProgramEnd underValgrind(InputKind kind, const std::string& body) {
     return runProgram(call);
 }
 
+ProgramEnd underValgrind(InputKind kind, const std::string& body) {
+    return underValgrind(requestCall(kind, body));
+}
+
 ProgramEnd underValgrind(InputKind kind, const SignRequest& request) {
     return underValgrind(kind, bodyText(kind, request));
+}
+
+/// The answer of a program in which valgrind finds nothing.
+RequestAnswer answerUnderValgrind(const RawRequest& request) {
+    const ProgramEnd end = underValgrind(programCall(request));
+    if (end.signal == 0) {
+        EXPECT_EQ(end.errors, "");
+    }
+    return answerOf(end);
 }
 
 /// Signs in both kinds of input, and verifies with the signature and with another; 6 requests.
@@ -60,7 +75,13 @@ TEST(ProgramAbort, IsTheEndWhenThereIsNoMemoryForTheBody) {
     }
 }
 
-// Fifty requests, in four tests that may run side by side.
+// Fifty requests, in tests that may run side by side, and random ones.
+
+TEST(ProgramUnderValgrind, AnswersRandomRequests) {
+    coreEntry::coreStart();
+    compareRequests(roundsOf(10, 1000), answerUnderValgrind);
+    coreEntry::coreStop();
+}
 
 TEST(ProgramUnderValgrind, SignsAndVerifiesData) {
     signAndVerify({.project = known().project, .data = "abc"}, "abc");
