@@ -23,7 +23,7 @@ void openStandardDescriptors() {
 /// Ends the process when a file is cut while it is read through a mapping.
 void reportCutFile(int /*signal*/) {
     constexpr std::string_view message = "projectctl: a file was cut while it was read\n";
-    static_cast<void>(::write(STDERR_FILENO, message.data(), message.size()));
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message.data(), message.size());
     ::_exit(exitFailed);
 }
 
