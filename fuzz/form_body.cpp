@@ -1,0 +1,48 @@
+// Property: whatever a body holds and CONTENT_LENGTH announces, the form reader finds the
+// parameters, and fills the record, that a slow reader does which cuts the text piece by piece and
+// has the standard stream extract the numbers. It refuses what has no form text, raises
+// std::length_error from 2^63 - 1 announced bytes on, and takes no byte behind those announced.
+//
+// Input: a line for CONTENT_LENGTH ("=" is the true length, "-" leaves it unset), then the body.
+
+#include <stdexcept>
+
+#include "frontend/form_input.h"
+#include "fuzz/property.h"
+#include "fuzz/reference_form.h"
+#include "fuzz/request_input.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    InputReader input(data, size);
+    const AnnouncedBody request(input);
+    const std::uint64_t announced = referenceLength(request.contentLength.value_or(""));
+    const bool noText = announced == std::numeric_limits<std::uint64_t>::max();
+    if (announced > longestAnnounced && announced < impossibleLength) {
+        return 0;
+    }
+
+    setContentLength(request.contentLength);
+    const ScopedRequestStreams streams(request.body);
+    FormParameters parameters = {{"of an earlier call", "value"}};
+    bool found = false;
+    bool raised = false;
+    try {
+        found = readFormParameters(parameters, true);
+    } catch (const std::length_error&) {
+        raised = true;
+    }
+    require(raised == (announced >= impossibleLength && !noText), "only impossible lengths raise");
+    if (raised) {
+        return 0;
+    }
+
+    const auto text = referenceFormText(request.contentLength, request.body);
+    require(found == text.has_value(), "a form text is found where there is one");
+    const auto expected = referenceFormPairs(text.value_or(""));
+    require(parameters == expected, "the parameters are those of the slow reader");
+    RequestRecord record;
+    record.mode = RequestMode::verifySignature;
+    require(fillRecordFromForm(parameters, record), "every form fills a record");
+    require(sameRecord(record, referenceFormRecord(expected)), "the record is the slow reader's");
+    return 0;
+}

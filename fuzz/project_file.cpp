@@ -1,0 +1,69 @@
+// Property: a project file of any bytes, and the same file with its magic and its MD5 digest put
+// right, loads exactly when a slow reader over the bytes in memory accepts it, with the same
+// attributes. What was in the table before is gone either way, and the path that is kept is the one
+// told at `ProjectFile::load`. Sealing a loaded file changes the count of entries and the digest
+// and nothing else.
+
+#include <cstdio>
+
+#include "fuzz/memory_file.h"
+#include "fuzz/property.h"
+#include "fuzz/reference_project.h"
+#include "project/project_file.h"
+
+namespace {
+
+constexpr int projectDescriptor = 60;
+
+/// The path kept by a table that was populated before, or not, and had the path "before".
+std::string keptPath(const ProjectReading& reading, bool populated, const std::string& path) {
+    if (!reading.attributes.empty()) {
+        return path;
+    }
+    return populated || reading.directoryRefused ? "" : "before";
+}
+
+void checkLoad(const MemoryFile& file, const Bytes& bytes, bool populated) {
+    file.write(bytes);
+    ProjectFile project;
+    project.path = "before";
+    if (populated) {
+        project.insertAttribute(7, {1});
+    }
+    const bool loaded = project.load(file.path().c_str());
+    const ProjectReading expected = referenceProject(bytes);
+    require(loaded == expected.loaded, "both readers accept or both refuse");
+    const AttributeValues table(project.attributes.begin(), project.attributes.end());
+    require(table == expected.attributes, "the attributes are the slow reader's");
+    require(project.path == keptPath(expected, populated, file.path()), "the path is kept or not");
+}
+
+void checkSeal(const MemoryFile& file, const Bytes& bytes) {
+    file.write(bytes);
+    ProjectFile project;
+    if (!project.load(file.path().c_str()) || project.attributes.empty()) {
+        return;
+    }
+    std::FILE* stream = std::fopen(file.path().c_str(), "r+b");
+    require(stream != nullptr, "the file in memory opens");
+    require(project.sealHeader(stream), "a loaded file can be sealed");
+    require(std::fclose(stream) == 0, "the file in memory closes");
+
+    Bytes expected = bytes;
+    for (std::size_t i = 0; i < 4; ++i) {
+        expected[4 + i] = static_cast<std::uint8_t>(project.attributes.size() >> 8 * i);
+    }
+    require(file.content() == mendedProject(expected), "sealing writes the header alone");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const MemoryFile file(projectDescriptor);
+    const Bytes bytes(data, data + size);
+    checkLoad(file, bytes, size % 2 == 1);
+    const Bytes mended = mendedProject(bytes);
+    checkLoad(file, mended, size % 2 == 0);
+    checkSeal(file, mended);
+    return 0;
+}

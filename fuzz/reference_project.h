@@ -1,0 +1,17 @@
+#pragma once
+
+#include "tests/support/project_builder.h"
+
+// The reader of project files once more, over the bytes in memory and libcrypto's MD5.
+
+/// What becomes of a file with these bytes.
+struct ProjectReading {
+    bool loaded = false;
+    bool directoryRefused = false;  ///< all in front of the directory was in order
+    AttributeValues attributes;     ///< of two with one id the first
+};
+
+ProjectReading referenceProject(const Bytes& file);
+
+/// The same file with the right magic and, if there is room for it, the right digest.
+Bytes mendedProject(Bytes file);

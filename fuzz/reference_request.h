@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "frontend/request_record.h"
+#include "tests/support/project_builder.h"
+
+// The driver and the rules of both operations once more, up to the engine.
+
+struct RequestInput {
+    std::optional<std::string> contentType;
+    std::optional<std::string> contentLength;
+    std::string body;
+};
+
+/// How a request gets as far as the engine, or does not.
+struct RequestCourse {
+    std::string refusal;   ///< the message of a refusal in front of the engine; else empty
+    RequestRecord record;  ///< with its defaults, when nothing is refused
+    Bytes data;            ///< what the data of the request stands for, if it has any
+};
+
+/// Whether the length that is announced is one that a string can have, but beyond 64 KiB.
+bool announcesMuch(const RequestInput& request);
+
+/// Whether no string has the length that is announced, which ends the program without an answer.
+bool announcesTheImpossible(const RequestInput& request);
+
+RequestCourse referenceCourse(const RequestInput& request);
+
+/// Status, content type and body of a success with these words in it, for a server.
+std::string referenceSuccess(const RequestRecord& record, const std::string& name,
+                             const std::string& word);
