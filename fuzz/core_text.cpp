@@ -1,9 +1,12 @@
 // Property: a text of any characters decodes, in the core's radix-64 form, to the bytes and the
 // count that a slow decoder finds bit by bit, and any bytes are encoded as a slow encoder does, the
 // byte behind them in the last character included. As a signature under a sound key, the text
-// verifies exactly when the slow decoder finds the two numbers of a known signature in it.
+// verifies exactly when the slow decoder finds the two numbers of a known signature in it; of the
+// texts that take the verification as far as the curve, one in sixteen is tried.
 
 #include <algorithm>
+#include <numeric>
+#include <string>
 
 #include "core/core_base64.h"
 #include "engine/verify.h"
@@ -41,7 +44,17 @@ void checkEncoding(const Bytes& bytes, std::uint8_t behind) {
             "what is encoded is decoded");
 }
 
+/// Whether verifying the text takes a thousand times as long as all else.
+bool reachesCurve(const std::string& text) {
+    const auto numbers = referenceSignature(text);
+    return numbers.has_value() && !numbers->r.isZero() && !numbers->s.isZero() &&
+           numbers->r < curveOrder() && numbers->s < curveOrder();
+}
+
 void checkVerification(const std::string& text) {
+    if (reachesCurve(text.c_str()) && std::accumulate(text.begin(), text.end(), 0U) % 16 != 0) {
+        return;
+    }
     SignatureOracle& oracle = soundOracle();
     static const Bytes message = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
     const bool verdict =

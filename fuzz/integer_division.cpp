@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::uint32_t longestOperand = 20;
+constexpr std::uint32_t longestOperand = 8;
 
 BigNumber expectedQuotient(const BigNumber& a, const BigNumber& b) {
     if (b.isZero()) {

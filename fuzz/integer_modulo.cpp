@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::uint32_t longestOperand = 20;
+constexpr std::uint32_t longestOperand = 8;
 
 bool sameValue(const core::CoreInteger& a, const core::CoreInteger& b) {
     return a.lengthAndSign == b.lengthAndSign && a.limbs == b.limbs;

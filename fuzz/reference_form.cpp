@@ -1,6 +1,7 @@
 #include "fuzz/reference_form.h"
 
 #include <algorithm>
+#include <array>
 #include <ios>
 #include <limits>
 #include <sstream>
@@ -8,18 +9,33 @@
 
 namespace {
 
-/// Making a stream takes longer than all else, so one serves for every number.
-std::istringstream& streamOver(const std::string& text) {
-    static std::istringstream stream;
-    stream.clear();
-    stream.str(text);
-    return stream;
+char extractedByte(const std::string& digits) {
+    std::istringstream stream(digits);
+    int value = 0;
+    stream >> std::hex >> value;
+    return static_cast<char>(value);
 }
 
-char extractedByte(const std::string& digits) {
-    int value = 0;
-    streamOver(digits) >> std::hex >> value;
-    return static_cast<char>(value);
+/// The byte that two bytes, one or none behind a "%" stand for. All are extracted at the first
+/// call: making a stream takes longer than all else.
+char escapedByte(const std::string& digits) {
+    static const std::array<std::string, 3> bytes = [] {
+        std::array<std::string, 3> made;
+        made[0] = extractedByte("");
+        for (int first = 0; first < 256; ++first) {
+            const std::string one(1, static_cast<char>(first));
+            made[1] += extractedByte(one);
+            for (int second = 0; second < 256; ++second) {
+                made[2] += extractedByte(one + static_cast<char>(second));
+            }
+        }
+        return made;
+    }();
+    std::size_t index = 0;
+    for (const char digit : digits) {
+        index = 256 * index + static_cast<unsigned char>(digit);
+    }
+    return bytes.at(digits.size())[index];
 }
 
 std::string valueOf(const std::map<std::string, std::string>& parameters, const char* name) {
@@ -30,37 +46,37 @@ std::string valueOf(const std::map<std::string, std::string>& parameters, const 
 }  // namespace
 
 std::uint64_t referenceLength(const std::string& text) {
+    std::istringstream stream(text);
     std::uint64_t value = 0;
-    streamOver(text) >> std::dec >> value;
+    stream >> value;
     return value;
 }
 
 std::string referenceFormDecode(const std::string& text) {
     std::string decoded;
-    std::string rest = text;
-    while (!rest.empty()) {
-        const char first = rest.front();
-        std::size_t used = 1;
-        if (first == '%') {
-            decoded += extractedByte(rest.substr(1, 2));
-            used = std::min<std::size_t>(3, rest.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%') {
+            decoded += escapedByte(text.substr(i + 1, 2));
+            i += 2;
         } else {
-            decoded += first == '+' ? ' ' : first;
+            decoded += text[i] == '+' ? ' ' : text[i];
         }
-        rest.erase(0, used);
     }
     return decoded;
 }
 
 std::map<std::string, std::string> referenceFormPairs(const std::string& text) {
     std::map<std::string, std::string> parameters;
-    std::istringstream pieces(text);
-    for (std::string piece; std::getline(pieces, piece, '&');) {
+    const std::string ended = text + '&';
+    std::size_t start = 0;
+    for (std::size_t end = ended.find('&'); end < ended.size(); end = ended.find('&', start)) {
+        const std::string piece = ended.substr(start, end - start);
         const std::size_t equals = piece.find('=');
         if (equals < piece.size()) {
             parameters[referenceFormDecode(piece.substr(0, equals))] =
                 referenceFormDecode(piece.substr(equals + 1));
         }
+        start = end + 1;
     }
     return parameters;
 }

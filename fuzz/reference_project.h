@@ -8,7 +8,7 @@
 struct ProjectReading {
     bool loaded = false;
     bool directoryRefused = false;  ///< all in front of the directory was in order
-    AttributeValues attributes;     ///< of two with one id the first
+    AttributeValues attributes{};   ///< of two with one id the first
 };
 
 ProjectReading referenceProject(const Bytes& file);

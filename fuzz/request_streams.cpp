@@ -26,7 +26,9 @@ ssize_t collectOutput(void* /*cookie*/, const char* buffer, size_t size) {
 
 std::FILE* inputStream() {
     static std::FILE* const stream = [] {
-        std::FILE* made = ::fopencookie(nullptr, "rb", {.read = giveInput});
+        std::FILE* made =
+            ::fopencookie(nullptr, "rb",
+                          {.read = giveInput, .write = nullptr, .seek = nullptr, .close = nullptr});
         (void)std::setvbuf(made, nullptr, _IONBF, 0);
         return made;
     }();
@@ -34,7 +36,9 @@ std::FILE* inputStream() {
 }
 
 std::FILE* outputStream() {
-    static std::FILE* const stream = ::fopencookie(nullptr, "wb", {.write = collectOutput});
+    static std::FILE* const stream =
+        ::fopencookie(nullptr, "wb",
+                      {.read = nullptr, .write = collectOutput, .seek = nullptr, .close = nullptr});
     return stream;
 }
 

@@ -215,9 +215,9 @@ def number_seeds():
         "limbs": (2**64 + 5, 9),
         "order": (2**163 - 1, ORDER),
         "order-again": (2**192, ORDER),
-        "long": (2**1200 - 1, 2**300 + 1),
-        "longest": (2**1280 - 1, 3),
-        "powers": (2**640, 2**128),
+        "long": (2**500 - 1, 2**300 + 1),
+        "longest": (2**512 - 1, 3),
+        "powers": (2**448, 2**128),
         "no-inverse": (6, 9),
         "by-one": (7, 1),
         "one": (1, 9),
@@ -228,8 +228,8 @@ def number_seeds():
                 continue
             yield target, name, operands(a, b)
             yield target, name + "-zero-limbs", operands(a, b, 0b1001)
-            yield target, name + "-multiple", operands(a % 2**500, b % 2**500, 0b10110000)
-    for head in range(48):
+            yield target, name + "-multiple", operands(a % 2**256, b % 2**256, 0b10110000)
+    for head in range(0, 256, 5):
         field = struct.pack("<6Q", 3, 5, 7, 11, 13, 17)
         yield "field_division", f"field-{head}", bytes([head]) + field
     ones = (2**163 - 1).to_bytes(24, "little")

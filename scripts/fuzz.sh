@@ -4,8 +4,8 @@
 #
 #   scripts/fuzz.sh [SECONDS] [TARGET...]    60 seconds for each target unless told otherwise
 #   FUZZ_RUNS=N scripts/fuzz.sh [TARGET...]  N runs of each target, however long they take
-#   scripts/fuzz.sh keep [TARGET...]         no run: adds to the kept corpora the least of what
-#                                            earlier runs found that reaches something new
+#   scripts/fuzz.sh keep [TARGET...]         no run: makes the kept corpora anew, of the seeds and
+#                                            of what runs found that reaches more code than they do
 #
 # FUZZ_SEED is the fuzzer's seed, which is otherwise a new one; both are printed. A broken property, a
 # finding of a sanitizer, a leak and a run of over one second are failures. What fails stays as
@@ -16,8 +16,8 @@ exec </dev/null
 
 # Bytes of the longest input that is tried.
 declare -A longest=(
-    [core_text]=140 [field_division]=120 [form_body]=600 [integer_division]=330
-    [integer_inverse]=70 [integer_modulo]=330 [json_body]=600 [key_attributes]=420
+    [core_text]=140 [field_division]=120 [form_body]=600 [integer_division]=140
+    [integer_inverse]=70 [integer_modulo]=140 [json_body]=600 [key_attributes]=420
     [percent_decoding]=300 [project_file]=512 [request_base64]=200 [signature_text]=200
     [whole_request]=800
 )
@@ -57,21 +57,21 @@ scripts/install-packages.sh build test clang
 cmake --preset fuzz -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
 cmake --build --preset fuzz
 
-# Merges what earlier runs found into the kept corpus of target $1.
+# Makes the kept corpus of target $1 anew: the seeds, and what reaches code that they do not.
 keep_corpus() {
-    local merged=build/fuzz/merged/$1
-    rm -rf "$merged"
-    mkdir -p "$merged" "build/fuzz/corpus/$1" "fuzz/corpus/$1"
-    "build/fuzz/fuzz/$1" -merge=1 "$merged" "fuzz/corpus/$1" "build/fuzz/corpus/$1" 2>/dev/null
+    local kept=build/fuzz/kept/$1
+    mkdir -p "build/fuzz/corpus/$1" "fuzz/corpus/$1"
+    "build/fuzz/fuzz/$1" -merge=1 -use_counters=0 "$kept" "fuzz/corpus/$1" "build/fuzz/corpus/$1" \
+        >"build/fuzz/logs/keep-$1.log" 2>&1
     rm -rf "fuzz/corpus/$1"
-    cp -r "$merged" "fuzz/corpus/$1"
+    cp -r "$kept" "fuzz/corpus/$1"
     echo "$1: $(find "fuzz/corpus/$1" -type f | wc -l) inputs kept"
 }
 
 # Runs target $1 and prints how often and how fast; false when it fails.
 run_target() {
     local found=build/fuzz/corpus/$1 log=build/fuzz/logs/$1.log status=0 limit options=()
-    mkdir -p "$found" build/fuzz/logs build/fuzz/findings "fuzz/corpus/$1"
+    mkdir -p "$found" "fuzz/corpus/$1"
     limit="-max_total_time=$seconds"
     [[ -z ${FUZZ_RUNS:-} ]] || limit="-runs=$FUZZ_RUNS"
     [[ -z ${dictionary[$1]:-} ]] || options+=("-dict=fuzz/${dictionary[$1]}.dict")
@@ -92,6 +92,11 @@ run_target() {
     fi
 }
 
+mkdir -p build/fuzz/logs build/fuzz/findings
+if [[ -n $keep ]]; then
+    rm -rf build/fuzz/kept
+    /usr/bin/python3 fuzz/seeds.py build/fuzz/kept
+fi
 failed=0
 for target in "${targets[@]}"; do
     if [[ -n $keep ]]; then
