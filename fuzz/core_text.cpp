@@ -10,6 +10,7 @@
 
 #include "core/core_base64.h"
 #include "engine/verify.h"
+#include "fuzz/input_reader.h"
 #include "fuzz/property.h"
 #include "fuzz/reference_core_text.h"
 #include "fuzz/signature_oracle.h"
@@ -52,7 +53,8 @@ bool reachesCurve(const std::string& text) {
 }
 
 void checkVerification(const std::string& text) {
-    if (reachesCurve(text.c_str()) && std::accumulate(text.begin(), text.end(), 0U) % 16 != 0) {
+    if (reachesCurve(terminatedText(text)) &&
+        std::accumulate(text.begin(), text.end(), 0U) % 16 != 0) {
         return;
     }
     SignatureOracle& oracle = soundOracle();
@@ -60,7 +62,8 @@ void checkVerification(const std::string& text) {
     const bool verdict =
         checkSignatureText(message.data(), static_cast<std::uint32_t>(message.size()),
                            oracle.publicPoint(), oracle.basePoint(), text.c_str());
-    require(verdict == oracle.accepts(message, text.c_str()), "the verdict is the oracle's");
+    require(verdict == oracle.accepts(message, terminatedText(text)),
+            "the verdict is the oracle's");
 }
 
 }  // namespace

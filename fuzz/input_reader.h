@@ -7,6 +7,11 @@
 #include <string_view>
 #include <vector>
 
+/// A text as its reader sees it that stops at the first zero byte.
+inline std::string terminatedText(const std::string& text) {
+    return text.substr(0, text.find('\0'));
+}
+
 /// Takes the bytes of a fuzz input from the front; what is not there any more counts as zero bytes
 /// for single ones and as nothing for runs.
 class InputReader {

@@ -71,8 +71,9 @@ Request requestFrom(InputReader& input) {
     if (change == rawText) {
         const std::string line = input.line();
         const std::string text = input.rest();
-        return {
-            .data = {line.begin(), line.end()}, .text = text.c_str(), .asFile = (head & 128) != 0};
+        return {.data = {line.begin(), line.end()},
+                .text = terminatedText(text),
+                .asFile = (head & 128) != 0};
     }
     const unsigned form = input.byte();
     const std::size_t edits = input.byte() % 8;
@@ -111,7 +112,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         verdict = verifyData(project.path().c_str(), request.data.data(),
                              static_cast<std::uint32_t>(request.data.size()), request.text.c_str());
     }
-    require(verdict == soundOracle().accepts(request.data, request.text.c_str()),
+    require(verdict == soundOracle().accepts(request.data, terminatedText(request.text)),
             "the verdict is the oracle's");
     return 0;
 }

@@ -54,7 +54,7 @@ struct Surroundings {
         if (!course.record.signatureData.empty()) {
             return course.data;
         }
-        const std::string path = course.record.signatureFile.c_str();
+        const std::string path = terminatedText(course.record.signatureFile);
         if (data.isAt(path)) {
             return dataBytes;
         }
@@ -101,7 +101,7 @@ void checkSigning(const Answer& answer, const RequestCourse& course,
                   const Surroundings& surroundings) {
     static const std::string failure = expectedRefusal("Signature generation failed");
     const Bytes data = surroundings.bytesOf(course);
-    if (!surroundings.sound.isAt(course.record.project.c_str()) || data.empty()) {
+    if (!surroundings.sound.isAt(terminatedText(course.record.project)) || data.empty()) {
         require(answer.output == failure && answer.exitStatus == -1,
                 "nothing is signed without a sound project and data");
         return;
@@ -116,10 +116,10 @@ void checkSigning(const Answer& answer, const RequestCourse& course,
 
 void checkVerdict(const Answer& answer, const RequestCourse& course,
                   const Surroundings& surroundings) {
-    const char* project = course.record.project.c_str();
+    const std::string project = terminatedText(course.record.project);
     const bool sound = surroundings.sound.isAt(project) || surroundings.withoutScalar.isAt(project);
     const bool valid = sound && soundOracle().accepts(surroundings.bytesOf(course),
-                                                      course.record.signature.c_str());
+                                                      terminatedText(course.record.signature));
     require(answer.exitStatus == 0 &&
                 answer.output == referenceSuccess(course.record, "valid", valid ? "true" : "false"),
             "the verdict is the oracle's, in a response of the known form");
