@@ -155,6 +155,12 @@ def text_seeds():
     }.items():
         yield "core_text", name, text.encode()
         yield "signature_text", "raw-" + name, b"\x0fsome data\n" + text.encode()
+    # Two sound halves, and two with one byte behind them.
+    for name, text in {
+        "valid-in-20-bytes": OF_HELLO_IN_20_BYTES,
+        "one-byte-behind": OF_HELLO_IN_20_BYTES.replace("==", "A="),
+    }.items():
+        yield "signature_text", "raw-" + name, b"\x0fhello\n" + text.encode()
     for change in range(15):
         yield "signature_text", f"change-{change}", bytes([change, 0, 0, 60]) + b"hello"
         yield "signature_text", f"file-{change}", bytes([112 + change, 128, 0, 3]) + b"hello"
