@@ -1,0 +1,152 @@
+"""The folder that requests name: projects, files, and signatures over what can be asked for."""
+
+import json
+import shutil
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import project_maker
+import signature_scheme
+from base64_decoder import base64_decoded
+from curve_point import ORDER
+
+VECTORS = Path(__file__).resolve().parents[1] / "vectors"
+BASE64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
+
+
+@dataclass(frozen=True)
+class Document:
+    """Bytes, and one way to ask for them."""
+    content: bytes
+    data: bytes = b""
+    data_encoding: bytes = b""
+    file: bytes = b""
+
+
+@dataclass(frozen=True)
+class Signed:
+    """A signature that is valid, but where the arithmetic's rules refuse it."""
+    project: bytes
+    document: Document
+    text: bytes
+
+
+@dataclass
+class Material:
+    documents: list = field(default_factory=list)
+    signed: list = field(default_factory=list)
+    sound: list = field(default_factory=list)
+    projects: list = field(default_factory=list)
+    relatives: list = field(default_factory=list)  # files made of one key, good and bad
+    signed_by_their_key: list = field(default_factory=list)
+    files: list = field(default_factory=list)
+
+
+def base64_document(choice, groups):
+    text = "".join(choice.choices(BASE64, k=4 * groups))
+    text = (text[:-2] + choice.choice(("==", text[-2] + "=", text[-2:]))).encode()
+    return Document(base64_decoded(text), text, b"base64")
+
+
+def add_documents(material, choice, folder):
+    for text in ("hello", "0", "\x00", "a+b & c=d%41", "\u20ac \U0001f600 \x7f", "x" * 4000,
+                 '"\\/\b\f\n\r\t'):
+        data = text.encode()
+        material.documents.append(Document(data, data, choice.choice((b"", b"plain"))))
+    for size in (1, 55, 56, 63, 64, 65, 300):
+        data = choice.randbytes(size)
+        material.documents.append(Document(data, data, b"plain"))
+    for groups in (1, 1, 1, 2, 2, 3, 14, 200):
+        material.documents.append(base64_document(choice, groups))
+    for size in (1, 2, 64, 4096, 100_000):
+        content = choice.randbytes(size)
+        name = f"file-{size}"
+        (folder / name).write_bytes(content)
+        material.documents.append(Document(content, file=name.encode()))
+
+
+def add_files(material, choice, folder):
+    """Files that are refused, and those whose size counts modulo 2^32."""
+    (folder / "file-0").touch()
+    (folder / "folder").mkdir()
+    content = choice.randbytes(5)
+    for name, size in (("size-2-31", 2**31), ("size-2-32", 2**32), ("size-2-32-and-5", 2**32 + 5)):
+        with open(folder / name, "wb") as file:
+            file.write(content)
+            file.truncate(size)
+        material.files.append(name.encode())
+    material.documents.append(Document(content, file=b"size-2-32-and-5"))
+    (folder / "link").symlink_to("file-64")
+    (folder / "link-to-nothing").symlink_to("nothing")
+    (folder / "link-to-itself").symlink_to("link-to-itself")
+    (folder / "unreadable").write_bytes(b"secret")
+    (folder / "unreadable").chmod(0)
+    material.files += [b"file-0", b"file-1", b"file-64", b"file-100000", b"folder", b"folder/",
+                       b"link", b"link-to-nothing", b"link-to-itself", b"unreadable", b"./file-2",
+                       b"folder/../file-2", b"file-2/", b"", b".", b"/", b"/dev/null", b"nothing",
+                       b"x" * 300, b"y/" * 3000, b" file-2", b"file-2 ", b"\xff\xfe", b"FILE-2"]
+
+
+def write_project(material, folder, name, content, sound=False):
+    (folder / name).write_bytes(content)
+    material.projects.append(name.encode())
+    if sound:
+        material.sound.append(name.encode())
+
+
+def add_projects(material, choice, folder):
+    keys = project_maker.sound_keys(choice)
+    for name, key in keys.items():
+        write_project(material, folder, f"key-{name}",
+                      project_maker.container(project_maker.key_values(key).items()), sound=True)
+    key = keys["random-0"]
+    for kind in ("sound", "damaged", "changed", "incomplete"):
+        for name, content in getattr(project_maker, f"{kind}_files")(key, choice):
+            write_project(material, folder, f"{kind}-{name}", content, sound=kind == "sound")
+            material.relatives.append(f"{kind}-{name}".encode())
+    for name, unsound in project_maker.unsound_keys(choice):
+        values = project_maker.key_values(unsound)
+        write_project(material, folder, f"unsound-{name}", project_maker.container(values.items()))
+    material.projects += [b"nothing", b"folder", b"/", b"/dev/null", b"link-to-nothing",
+                          b"file-4096", b"./key-random-0", b"folder/../key-random-1",
+                          b"key-random-0/"]
+    return keys
+
+
+def add_signatures(material, choice, keys):
+    """Signatures by each sound key; of those with an odd base point r is its x every other time."""
+    for name, key in keys.items():
+        count = 24 if name == "random-0" else 4
+        for place, document in enumerate(choice.sample(material.documents, count)):
+            odd = name.startswith("x-") and place % 2 == 0
+            nonce = 1 if odd else choice.randrange(1, ORDER)
+            text = signature_scheme.signed(key.base, key.scalar, document.content, nonce)
+            material.signed.append(Signed(f"key-{name}".encode(), document, text))
+    material.signed_by_their_key = [signed for signed in material.signed
+                                    if signed.project == b"key-random-0"]
+
+
+def add_vectors(material, folder):
+    """The signatures of tests/vectors/signatures.json, of data that no text of JSON can hold."""
+    vectors = json.loads((VECTORS / "signatures.json").read_text(encoding="utf-8"))["signatures"]
+    for vector in vectors:
+        name = Path(vector["project"]).name
+        if not (folder / name).exists():
+            shutil.copy(VECTORS / "projects" / name, folder / name)
+            material.projects.append(name.encode())
+            material.sound.append(name.encode())
+        message = bytes.fromhex(vector["message"])
+        material.signed.append(Signed(name.encode(), Document(message, message, b"plain"),
+                                      vector["text"].encode()))
+
+
+def made_in(folder, choice):
+    """Fills the folder, the same for the same state of `choice`."""
+    material = Material()
+    folder = Path(folder)
+    add_documents(material, choice, folder)
+    add_files(material, choice, folder)
+    keys = add_projects(material, choice, folder)
+    add_signatures(material, choice, keys)
+    add_vectors(material, folder)
+    return material
