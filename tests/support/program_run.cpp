@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
+#include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,8 +16,6 @@
 #include "tests/support/standard_streams.h"
 
 namespace {
-
-constexpr std::chrono::milliseconds pauseBetweenPieces{30};
 
 using Clock = std::chrono::steady_clock;
 
@@ -62,28 +60,36 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return pointers;
 }
 
-[[noreturn]] void become(const char* path, char* const* arguments, char* const* environment,
+/// Puts `descriptor` in the place of `standard`, or closes that for -1.
+void replace(int standard, int descriptor) {
+    if (descriptor == -1) {
+        ::close(standard);
+    } else {
+        ::dup2(descriptor, standard);
+    }
+}
+
+[[noreturn]] void become(const ProgramCall& call, char* const* arguments, char* const* environment,
                          int input, int output, int errors) {
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
-    std::signal(SIGPIPE, SIG_DFL);
-    if (input == -1) {
-        ::close(STDIN_FILENO);
-    } else {
-        ::dup2(input, STDIN_FILENO);
+    std::signal(SIGPIPE, call.brokenPipesIgnored ? SIG_IGN : SIG_DFL);
+    replace(STDIN_FILENO, input);
+    replace(STDOUT_FILENO, output);
+    replace(STDERR_FILENO, errors);
+    if (call.tracer) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     }
-    ::dup2(output, STDOUT_FILENO);
-    ::dup2(errors, STDERR_FILENO);
-    ::execve(path, arguments, environment);
+    ::execve(call.path.c_str(), arguments, environment);
     ::_exit(127);
 }
 
 /// Writes the pieces, as far as the program takes them.
-void feed(const std::vector<std::string>& pieces, int descriptor) {
+void feed(const ProgramCall& call, int descriptor) {
     bool first = true;
-    for (const std::string& piece : pieces) {
+    for (const std::string& piece : call.pieces) {
         if (!first) {
-            std::this_thread::sleep_for(pauseBetweenPieces);
+            std::this_thread::sleep_for(call.pause);
         }
         first = false;
         std::string_view rest = piece;
@@ -97,20 +103,31 @@ void feed(const std::vector<std::string>& pieces, int descriptor) {
     }
 }
 
-/// Waits for the end of the process, which is killed at `deadline`.
-ProgramEnd waitFor(pid_t process, Clock::time_point deadline) {
-    ProgramEnd end;
+/// Waits for the end of the process, which is killed at `deadline`, and gives its status.
+int waitFor(pid_t process, Clock::time_point deadline, rusage& usage, bool& timedOut) {
     const Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
     pollfd ended{handle.number, POLLIN, 0};
     if (::poll(&ended, 1, static_cast<int>(left.count())) != 1) {
-        end.timedOut = true;
+        timedOut = true;
         ::kill(process, SIGKILL);
     }
     int status = 0;
-    rusage usage{};
     ::wait4(process, &status, 0, &usage);
+    return status;
+}
+
+std::chrono::microseconds duration(const timeval& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+}
+
+ProgramEnd seeToTheEnd(const ProgramCall& call, pid_t process, Clock::time_point deadline) {
+    ProgramEnd end;
+    rusage usage{};
+    const int status =
+        call.tracer ? call.tracer(process, usage) : waitFor(process, deadline, usage, end.timedOut);
+    end.processorTime = duration(usage.ru_utime) + duration(usage.ru_stime);
     end.peakMemory = 1024 * static_cast<std::uint64_t>(usage.ru_maxrss);
     if (WIFEXITED(status)) {
         end.status = WEXITSTATUS(status);
@@ -149,17 +166,18 @@ ProgramEnd runProgram(const ProgramCall& call) {
         throw std::runtime_error("cannot start a process");
     }
     if (process == 0) {
-        become(call.path.c_str(), argumentPointers.data(), environmentPointers.data(), input,
-               call.outputDescriptor == -1 ? output.number : call.outputDescriptor, errors.number);
+        const int collected = call.outputClosed ? -1 : output.number;
+        become(call, argumentPointers.data(), environmentPointers.data(), input,
+               call.outputDescriptor == -1 ? collected : call.outputDescriptor, errors.number);
     }
     pipe.reading.close();
     std::thread feeder([&] {
-        feed(call.pieces, pipe.writing.number);
+        feed(call, pipe.writing.number);
         if (call.input == ProgramCall::Input::pieces) {
             pipe.writing.close();
         }
     });
-    ProgramEnd end = waitFor(process, deadline);
+    ProgramEnd end = seeToTheEnd(call, process, deadline);
     feeder.join();
     end.output = fileContent(output.number);
     end.errors = fileContent(errors.number);

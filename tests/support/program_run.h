@@ -1,7 +1,11 @@
 #pragma once
 
+#include <sys/resource.h>
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,20 +26,28 @@ struct ProgramCall {
     };
     Input input = Input::pieces;
     std::vector<std::string> pieces;  ///< written with a pause between them
+    std::chrono::milliseconds pause{30};
     int inputDescriptor = -1;
 
     int outputDescriptor = -1;  ///< standard output if it is not to be collected
+    bool outputClosed = false;  ///< the program starts without standard output
+    bool brokenPipesIgnored = false;
     std::chrono::seconds limit{60};
+
+    /// If set, the program asks to be traced, and this sees it from its start to its end: it gives
+    /// the status and the usage of `wait4`, and keeps to the limit itself.
+    std::function<int(pid_t, rusage&)> tracer;
 };
 
 /// How a program ended.
 struct ProgramEnd {
-    std::string output;
-    std::string errors;
+    std::string output{};
+    std::string errors{};
     int status = -1;               ///< exit status; -1 if a signal ended the program
     int signal = 0;                ///< that signal
     bool timedOut = false;         ///< it was killed at the limit
     std::uint64_t peakMemory = 0;  ///< bytes of memory at most in use, at least those of the caller
+    std::chrono::microseconds processorTime{0};
 };
 
 /// Runs a program to its end. It writes no core dump.
