@@ -1,21 +1,16 @@
 #include "tests/faults/fault_share.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <iterator>
 #include <numeric>
-#include <string_view>
 
+#include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
-
-bool isWholeRun() {
-    const char* given = std::getenv("SIGN_FAULTS");
-    return given != nullptr && std::string_view(given) == "whole";
-}
 
 std::vector<std::size_t> shareOf(std::size_t cases, std::size_t count) {
     std::vector<std::size_t> all(cases);
     std::iota(all.begin(), all.end(), 0);
-    if (isWholeRun() || cases <= count) {
+    if (isLongRun() || cases <= count) {
         return all;
     }
     std::vector<std::size_t> share;

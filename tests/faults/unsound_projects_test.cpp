@@ -9,6 +9,7 @@
 #include "tests/faults/unsound_project.h"
 #include "tests/program/sign_program.h"
 #include "tests/support/hexadecimal.h"
+#include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
 #include "tests/support/temporary_folder.h"
@@ -99,7 +100,7 @@ protected:
 };
 
 TEST_F(UnsoundProjects, LeaveNoRequestWithoutAPromptAnswer) {
-    const std::size_t projects = isWholeRun() ? 6000 : 300;
+    const std::size_t projects = isLongRun() ? 6000 : 300;
     for (std::size_t i = 0; i < projects; ++i) {
         const AttributeValues attributes = unsoundProject(sound, someData);
         const ModelKey key = keyIn(attributes);
