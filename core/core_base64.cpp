@@ -14,13 +14,15 @@ constexpr std::string_view alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char padding = '=';
 
-constexpr std::array<std::uint8_t, 256> decodingTable = [] {
+consteval std::array<std::uint8_t, 256> makeDecodingTable() {
     std::array<std::uint8_t, 256> table{};
     for (std::size_t i = 0; i < alphabet.size(); ++i) {
         table[static_cast<std::uint8_t>(alphabet[i])] = static_cast<std::uint8_t>(i);
     }
     return table;
-}();
+}
+
+constexpr std::array<std::uint8_t, 256> decodingTable = makeDecodingTable();
 
 }  // namespace
 

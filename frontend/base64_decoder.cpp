@@ -11,7 +11,7 @@ constexpr std::uint8_t invalid = 255;
 constexpr std::size_t groupSize = 4;
 constexpr unsigned bitsOfCharacter = 6;
 
-constexpr std::array<std::uint8_t, 256> valueTable = [] {
+consteval std::array<std::uint8_t, 256> makeValueTable() {
     std::array<std::uint8_t, 256> table{};
     table.fill(invalid);
     for (std::size_t i = 0; i < alphabet.size(); ++i) {
@@ -20,7 +20,9 @@ constexpr std::array<std::uint8_t, 256> valueTable = [] {
     // Six zero bits, since only the low six count.
     table[0] = 64;
     return table;
-}();
+}
+
+constexpr std::array<std::uint8_t, 256> valueTable = makeValueTable();
 
 std::uint8_t valueOf(char character) {
     return valueTable[static_cast<std::uint8_t>(character)];

@@ -16,7 +16,7 @@ namespace {
 constexpr int projectDescriptor = 60;
 
 /// The path kept by a table that was populated before, or not, and had the path "before".
-std::string keptPath(const ProjectReading& reading, bool populated, const std::string& path) {
+std::string keptPath(const ReferenceProject& reading, bool populated, const std::string& path) {
     if (!reading.attributes.empty()) {
         return path;
     }
@@ -32,7 +32,7 @@ ProjectFile checkLoad(const MemoryFile& file, const Bytes& bytes, bool populated
         project.insertAttribute(7, {1});
     }
     const bool loaded = project.load(file.path().c_str());
-    const ProjectReading expected = referenceProject(bytes);
+    const ReferenceProject expected = referenceProject(bytes);
     require(loaded == expected.loaded, "both readers accept or both refuse");
     const AttributeValues table(project.attributes.begin(), project.attributes.end());
     require(table == expected.attributes, "the attributes are the slow reader's");

@@ -27,7 +27,7 @@ std::array<std::uint8_t, MD5_DIGEST_LENGTH> bodyDigest(const Bytes& file) {
 
 }  // namespace
 
-ProjectReading referenceProject(const Bytes& file) {
+ReferenceProject referenceProject(const Bytes& file) {
     if (file.size() < headerSize || !std::equal(magic.begin(), magic.end(), file.begin())) {
         return {};
     }
@@ -40,7 +40,7 @@ ProjectReading referenceProject(const Bytes& file) {
         !std::equal(digest.begin(), digest.end(), file.begin() + digestPosition)) {
         return {};
     }
-    ProjectReading reading;
+    ReferenceProject reading;
     for (std::uint64_t i = 0; i < entries; ++i) {
         const std::size_t entry = headerSize + 12 * i;
         if (entry + 12 > file.size()) {

@@ -5,13 +5,13 @@
 // The reader of project files once more, over the bytes in memory and libcrypto's MD5.
 
 /// What becomes of a file with these bytes.
-struct ProjectReading {
+struct ReferenceProject {
     bool loaded = false;
     bool directoryRefused = false;  ///< all in front of the directory was in order
     AttributeValues attributes{};   ///< of two with one id the first
 };
 
-ProjectReading referenceProject(const Bytes& file);
+ReferenceProject referenceProject(const Bytes& file);
 
 /// The same file with the right magic and, if there is room for it, the right digest.
 Bytes mendedProject(Bytes file);

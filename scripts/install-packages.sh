@@ -14,7 +14,7 @@ declare -A packages=(
             chromium chromium-driver python3-selenium nodejs
             python3-jsonschema openapi-specification"
     [clang]="clang-14 libclang-rt-14-dev"
-    [lint]="clang-format-14 clang-tidy-14 shellcheck"
+    [lint]="clang-format-14 clang-tidy-14 cppcheck shellcheck"
     [coverage]="gcovr"
     [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap
             librhash-dev libgcrypt20-dev libbotan-2-dev nettle-dev libcrypto++-dev"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Checks the formatting of all sources and runs clang-tidy and shellcheck; any finding is an error.
+# Checks the formatting of all sources and runs shellcheck, cppcheck and clang-tidy; any finding is an
+# error.
 #
 #   scripts/lint.sh [FOLDER...]      clang-tidy in these folders alone
 set -euo pipefail
@@ -28,6 +29,12 @@ echo "shellcheck"
 shellcheck --shell=bash completions/projectctl
 grep -rlIE --exclude-dir=.git --exclude-dir=build '^#!(/bin/sh|/usr/bin/env bash)$' . |
     xargs shellcheck
+
+# Its parser stops at the macros of typed tests, so the tests are left to clang-tidy.
+echo "cppcheck"
+cppcheck --quiet --std=c++20 --language=c++ --enable=warning,performance,portability \
+    --inline-suppr --error-exitcode=1 -j "$(nproc)" -I . \
+    core curve random project engine frontend tools bench fuzz tests/support
 
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"
