@@ -28,14 +28,14 @@ inline bool isReduced163(const FieldElement& e) {
            (e.words[3] | e.words[4] | e.words[5]) == 0;
 }
 
-/// Whether `e` is f.
-inline bool isPolynomial163(const FieldElement& e) {
-    return e.degree == degree163 && e.words[0] == lowTerms163 && e.words[1] == 0 &&
-           e.words[2] == std::uint64_t{1} << topBits163 && e.words[3] == 0;
-}
-
 inline Words163 load163(const FieldElement& e) {
     return {e.words[0], e.words[1], e.words[2]};
+}
+
+/// Whether the polynomial, whose degree is that of its field, is f.
+inline bool isPolynomial163(const FieldElement& polynomial) {
+    return polynomial.degree == degree163 &&
+           load163(polynomial) == Words163{lowTerms163, 0, std::uint64_t{1} << topBits163};
 }
 
 }  // namespace core

@@ -3,7 +3,8 @@
 # them one after the other, each from its kept corpus in fuzz/corpus/:
 #
 #   scripts/fuzz.sh [SECONDS] [TARGET...]    60 seconds for each target unless told otherwise
-#   FUZZ_RUNS=N scripts/fuzz.sh [TARGET...]  N runs of each target, however long they take
+#   FUZZ_RUNS=N scripts/fuzz.sh [SECONDS] [TARGET...]
+#                                            N runs of each target, in as long as they take or SECONDS
 #   scripts/fuzz.sh keep [TARGET...]         no run: makes the kept corpora anew, of the seeds and
 #                                            of what runs found that reaches more code than they do
 #
@@ -30,7 +31,8 @@ usage() {
     exit 2
 }
 
-seconds=60
+seconds=${FUZZ_RUNS:+0}
+seconds=${seconds:-60}
 keep=
 case ${1:-} in
     keep)
@@ -70,14 +72,14 @@ keep_corpus() {
 
 # Runs target $1 and prints how often and how fast; false when it fails.
 run_target() {
-    local found=build/fuzz/corpus/$1 log=build/fuzz/logs/$1.log status=0 limit options=()
+    local found=build/fuzz/corpus/$1 log=build/fuzz/logs/$1.log status=0 options=()
     mkdir -p "$found" "fuzz/corpus/$1"
-    limit="-max_total_time=$seconds"
-    [[ -z ${FUZZ_RUNS:-} ]] || limit="-runs=$FUZZ_RUNS"
+    options=("-max_total_time=$seconds")
+    [[ -z ${FUZZ_RUNS:-} ]] || options+=("-runs=$FUZZ_RUNS")
     [[ -z ${dictionary[$1]:-} ]] || options+=("-dict=fuzz/${dictionary[$1]}.dict")
     [[ -z ${FUZZ_SEED:-} ]] || options+=("-seed=$FUZZ_SEED")
     local start=$SECONDS
-    "build/fuzz/fuzz/$1" -timeout=1 -detect_leaks=1 -print_final_stats=1 "$limit" \
+    "build/fuzz/fuzz/$1" -timeout=1 -detect_leaks=1 -print_final_stats=1 \
         -max_len="${longest[$1]}" -artifact_prefix="build/fuzz/findings/$1-" "${options[@]}" \
         "$found" "fuzz/corpus/$1" >"$log" 2>&1 || status=$?
     local runs slowest seed

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the programs and the tests, warnings being errors, and runs every test:
 #
-#   scripts/test.sh [PRESET]      dev unless told otherwise; or asan, which clang builds; or coverage
+#   scripts/test.sh [PRESET]      dev unless told otherwise, or asan, which clang builds
 #
 # After dev, the tests of the built programs run once more on the release programs, as installed.
 set -euo pipefail
@@ -10,10 +10,10 @@ exec </dev/null
 
 preset=${1:-dev}
 case $preset in
-    dev | coverage) purposes=(build test) ;;
+    dev) purposes=(build test) ;;
     asan) purposes=(build test clang) ;;
     *)
-        echo "usage: scripts/test.sh [dev|asan|coverage]" >&2
+        echo "usage: scripts/test.sh [dev|asan]" >&2
         exit 2
         ;;
 esac

@@ -1,0 +1,69 @@
+"""Reads what llvm-cov exported and judges the coverage of the six folders.
+
+    coverage_report.py FILE.json
+
+The table under "Branches that do not run" in docs/testing.md names each side of a condition that no
+test takes, by file, code and side. Exits 1 when a line does not run, when less than 95 per cent of
+the branches do, or when that table is not right.
+"""
+
+import json
+import re
+import sys
+from collections import defaultdict
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+FOLDERS = ("core", "curve", "random", "project", "engine", "frontend")
+BRANCHES_TO_RUN = 0.95
+ROW = re.compile(r"^\| `([^`]+)` \| `([^`]+)` \| (true|false|both) \|", re.MULTILINE)
+
+
+def files_of(export):
+    """The exported files of the six folders by their path in the tree."""
+    for entry in export["data"][0]["files"]:
+        path = Path(entry["filename"])
+        if path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in FOLDERS:
+            yield path.relative_to(ROOT), entry
+
+
+def sides_that_do_not_run(path, entry):
+    """The code of each condition of which a side never ran, in any instance of a template."""
+    lines = (ROOT / path).read_text(encoding="utf-8").splitlines()
+    counts = defaultdict(lambda: [0, 0])
+    for line, column, end_line, end_column, taken, passed, *_ in entry["branches"]:
+        code = lines[line - 1][column - 1:end_column - 1 if end_line == line else None]
+        for side, count in enumerate((taken, passed)):
+            counts[(line, column, code)][side] += count
+    for (_, _, code), (taken, passed) in sorted(counts.items()):
+        if taken == 0 or passed == 0:
+            yield code, "both" if taken == passed else "true" if taken == 0 else "false"
+
+
+def main(export_file):
+    export = json.loads(Path(export_file).read_text(encoding="utf-8"))
+    totals = defaultdict(int)
+    missed = set()
+    for path, entry in files_of(export):
+        for kind in ("lines", "branches"):
+            for what in ("count", "covered"):
+                totals[kind, what] += entry["summary"][kind][what]
+        if entry["summary"]["lines"]["covered"] < entry["summary"]["lines"]["count"]:
+            print(f"{path}: lines that do not run")
+        missed |= {(str(path), code, side) for code, side in sides_that_do_not_run(path, entry)}
+    for kind in ("lines", "branches"):
+        print(f"{kind}: {totals[kind, 'covered']} of {totals[kind, 'count']} "
+              f"({100 * totals[kind, 'covered'] / totals[kind, 'count']:.1f} %)")
+
+    told = set(ROW.findall((ROOT / "docs" / "testing.md").read_text(encoding="utf-8")))
+    for path, code, side in sorted(missed - told):
+        print(f"not in docs/testing.md: {path}: {code}: {side}")
+    for path, code, side in sorted(told - missed):
+        print(f"runs, but docs/testing.md has it: {path}: {code}: {side}")
+    good = (totals["lines", "covered"] == totals["lines", "count"] and missed == told and
+            totals["branches", "covered"] >= BRANCHES_TO_RUN * totals["branches", "count"])
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1]))

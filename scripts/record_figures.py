@@ -1,0 +1,38 @@
+"""Puts the figures of a check into the table of docs/testing.md.
+
+    record_figures.py CHECK FIGURES SEED      "-" for a check without a seed
+
+The row of the check is replaced, or added behind the others. The commit is that of the tree.
+"""
+
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+DOCUMENT = ROOT / "docs" / "testing.md"
+HEAD = "| Check | Figures | Commit | Seed |\n|---|---|---|---|\n"
+
+
+def with_row(text, check, figures, commit, seed):
+    before, head, after = text.partition(HEAD)
+    if not head:
+        raise ValueError(f"{DOCUMENT} has no table of figures")
+    table, rest = re.match(r"((?:\|.*\n)*)(.*)", after, flags=re.DOTALL).groups()
+    rows = table.splitlines(keepends=True)
+    row = f"| {check} | {figures} | {commit} | {seed} |\n"
+    places = [i for i, old in enumerate(rows) if old.startswith(f"| {check} |")]
+    rows[places[0] if places else len(rows):places[0] + 1 if places else len(rows)] = [row]
+    return before + head + "".join(rows) + rest
+
+
+def main(check, figures, seed):
+    commit = subprocess.run(["git", "describe", "--always", "--abbrev=10", "--dirty=+"], cwd=ROOT,
+                            check=True, capture_output=True, text=True).stdout.strip()
+    text = DOCUMENT.read_text(encoding="utf-8")
+    DOCUMENT.write_text(with_row(text, check, figures, commit, seed), encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
