@@ -189,6 +189,18 @@ def project_seeds():
         parts = [bytes([len(value)]) + value if value is not None else b"\xff" for value in values]
         return bytes([outputs]) + b"".join(parts)
 
+    for head in range(16):
+        scalar = KEY[74][4:]
+        yield "unsound_key", f"relation-{head}", bytes([head]) + bytes(96) + scalar
+    yield "unsound_key", "bits-above", b"\0" + (bytes(23) + b"\x80") * 4 + KEY[74][4:]
+    yield "unsound_key", "no-scalar", b"\0"
+    # The same point with the reduction polynomial added to a coordinate.
+    polynomial = (1 << 163 | 0xC9).to_bytes(24, "little")
+    for place in range(4):
+        added = bytes(24 * place) + polynomial + bytes(72 - 24 * place)
+        yield "unsound_key", f"polynomial-{place}", b"\0" + added + KEY[74][4:]
+    yield "unsound_key", "long-scalar", b"\0" + bytes(96) + b"\xff" * 40
+
     values = list(KEY.values())
     yield "key_attributes", "key", key(values)
     yield "key_attributes", "some-outputs", key(values, 10)
