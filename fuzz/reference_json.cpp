@@ -68,9 +68,9 @@ private:
         if (take("[")) {
             return elementsTo();
         }
-        if (take("true") || rest_.starts_with("false")) {
+        value.truth = take("true");
+        if (value.truth || take("false")) {
             value.kind = JsonValue::Kind::truth;
-            value.truth = !take("false");
             return true;
         }
         return take("null") || number();

@@ -93,6 +93,7 @@ JSONS = {
     "wrong-type": '{"mode":5}',
     "wrong-type-below": '{"mode":"verifySignature","signature":{"data":null}}',
     "pairs": '{"genPairs":1,"project":"p"}',
+    "two-truths": '{"genPairs":truefalse}',
     "array": "[1, -0.5E+3, true, false, null, {}, [[]], 1e999]",
     "escapes": '{"project":"\\"\\\\\\/\\b\\f\\n\\r\\t\\u0041\\u00e9\\u20ac\\ud83d\\ude00",'
     '"a":"\u00e9\u20ac\U0001f600"}',
