@@ -59,7 +59,9 @@ struct Surroundings {
             return dataBytes;
         }
         std::error_code ignored;
-        return std::filesystem::is_regular_file(path, ignored) ? fileBytes(path) : Bytes();
+        const bool mappable = std::filesystem::is_regular_file(path, ignored) &&
+                              std::filesystem::file_size(path, ignored) != 0;
+        return mappable ? fileBytes(path) : Bytes();
     }
 };
 
