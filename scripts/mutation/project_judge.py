@@ -1,0 +1,173 @@
+"""Judges mutants by this project's own tests, built by CMake and ninja.
+
+Cheap tests come first: of every executable the tests that take little time, in the order of the
+layers, and only then the long ones. The first failure ends it.
+"""
+
+import hashlib
+import json
+import re
+from dataclasses import dataclass
+
+from mutation import commands
+from mutation.verdict import KILLED, NOT_COMPILED, REFUSED, SAME_OBJECT, SURVIVED, Verdict
+
+LIBRARIES = ("core", "curve", "random", "project", "engine", "frontend")
+# The executables that meet the code of a folder, its own first.
+ABOVE = {
+    "core": ("random", "project", "curve", "engine", "frontend"),
+    "curve": ("project", "engine", "frontend"),
+    "random": ("curve", "engine", "frontend"),
+    "project": ("engine", "frontend"),
+    "engine": ("frontend",),
+    "frontend": (),
+}
+PROGRAM_TESTS = "program_tests"
+CONFIGURATION = (
+    "-DCMAKE_BUILD_TYPE=Debug",
+    "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -D_GLIBCXX_ASSERTIONS",
+    "-DSIGN_TESTS=ON",
+)
+LONG_TEST = 0.25  # seconds
+MEMORY = 6 << 30  # bytes; the tests need less than half of it
+BUILD_SECONDS = 3600
+TIMES_PLAIN = 10
+RUN = re.compile(r"^\[ RUN      \] (\S+)", re.MULTILINE)
+FAILED = re.compile(r"^\[  FAILED  \] ([^\s,]+)", re.MULTILINE)
+
+
+@dataclass(frozen=True)
+class Stage:
+    """Some of the tests of an executable."""
+
+    target: str
+    filter: str
+    seconds: float  # how long they take on the original
+    longest: float  # of them
+
+
+def executables_of(folder):
+    """The targets whose tests meet the code of `folder`, apart from the program's."""
+    targets = [f"unit_{folder}"]
+    if folder == "core":
+        targets.append("unit_core_host")
+    return targets + [f"unit_{above}" for above in ABOVE[folder]]
+
+
+class ProjectJudge:
+    def __init__(self, tree, build, folders, seed, report=print):
+        self.tree = tree
+        self.build = build
+        self.folders = folders
+        self.seed = seed
+        self.report = report
+        self.stages = {}  # target: its quick tests and its long ones
+        self.objects = None
+
+    def prepare(self):
+        """Builds what the mutants of the folders need, and times the tests on the original."""
+        self._check(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", *CONFIGURATION])
+        targets = {target for folder in self.folders for target in executables_of(folder)}
+        targets.add(PROGRAM_TESTS)
+        self._check(self._ninja(*sorted(targets)))
+        for target in sorted(targets):
+            self.stages[target] = self._timed(target)
+        self._check(self._ninja(*self._libraries()))
+        self.objects = self._object_digest()
+
+    def judge(self, mutant):
+        compiled = self._run(self._ninja(*self._libraries()), BUILD_SECONDS)
+        if compiled.status != 0:
+            is_ours = "static assertion failed" in compiled.output
+            return Verdict(REFUSED, "static_assert") if is_ours else Verdict(NOT_COMPILED)
+        if self._object_digest() == self.objects:
+            return Verdict(SAME_OBJECT)
+        targets = [*executables_of(mutant.file.split("/")[0]), PROGRAM_TESTS]
+        for pace in (0, 1):
+            for target in targets:
+                killer = self._killer(self.stages[target][pace])
+                if killer:
+                    return Verdict(KILLED, killer)
+        return Verdict(SURVIVED)
+
+    def _killer(self, stage):
+        """What fails in the stage, or nothing."""
+        if not stage.filter:
+            return ""
+        built = self._run(self._ninja(stage.target), BUILD_SECONDS)
+        if built.status != 0:
+            # The libraries compiled; so did the tests with them, before the mutant.
+            return f"{stage.target}: the tests do not build"
+        run = self._run_tests(
+            stage.target,
+            [f"--gtest_filter={stage.filter}", "--gtest_fail_fast"],
+            seconds=stage.seconds * TIMES_PLAIN + 2,
+            silence=stage.longest * TIMES_PLAIN + 2,
+        )
+        if run.status == 0:
+            return ""
+        test = (FAILED.findall(run.output) or RUN.findall(run.output) or ["at its start"])[-1]
+        return f"{stage.target} {test}{' (time)' if run.status is None else ''}"
+
+    def _timed(self, target):
+        """The quick and the long tests of an executable, as two stages."""
+        executable = (self.build / "tests" / target).read_bytes()
+        digest = hashlib.sha256(executable).hexdigest()[:16]
+        file = self.build / f"{target}-{digest}.json"
+        if not file.exists():
+            run = self._run_tests(target, [f"--gtest_output=json:{file}"], seconds=BUILD_SECONDS)
+            if run.status != 0:
+                file.unlink(missing_ok=True)
+                raise RuntimeError(f"{target} fails without any mutant:\n{run.output}")
+        suites = json.loads(file.read_text(encoding="utf-8"))["testsuites"]
+        times = {
+            f"{suite['name']}.{test['name']}": float(test["time"].rstrip("s"))
+            for suite in suites
+            for test in suite["testsuite"]
+        }
+        self.report(f"{target}: {len(times)} tests, {sum(times.values()):.1f} s")
+        long_tests = {name: times[name] for name in times if times[name] > LONG_TEST}
+        joined = ":".join(long_tests)
+        long_time = sum(long_tests.values())
+        return (
+            Stage(target, f"-{joined}", sum(times.values()) - long_time, LONG_TEST),
+            Stage(target, joined, long_time, max(long_tests.values(), default=0)),
+        )
+
+    def _run_tests(self, target, options, *, seconds, silence=None):
+        return commands.run(
+            [f"tests/{target}", *options],
+            folder=self.build,
+            seconds=seconds,
+            silence=silence,
+            environment={"SIGN_TEST_SEED": str(self.seed)},
+            # A request may announce any length and gets address space for it.
+            memory=None if target == PROGRAM_TESTS else MEMORY,
+        )
+
+    def _libraries(self):
+        return (*(f"sign_{folder}" for folder in LIBRARIES), self._entry_object())
+
+    @staticmethod
+    def _entry_object():
+        return "frontend/CMakeFiles/sign_cgi.dir/main.cpp.o"
+
+    def _object_digest(self):
+        """One digest of everything that the compiler makes of the six folders."""
+        digest = hashlib.sha256()
+        for folder in LIBRARIES:
+            for file in sorted((self.build / folder / "CMakeFiles").glob(f"sign_{folder}.dir/*.o")):
+                digest.update(file.read_bytes())
+        digest.update((self.build / self._entry_object()).read_bytes())
+        return digest.hexdigest()
+
+    def _ninja(self, *targets):
+        return ["ninja", "-C", self.build, "-j1", *targets]
+
+    def _run(self, command, seconds):
+        return commands.run(command, folder=self.tree, seconds=seconds)
+
+    def _check(self, command):
+        run = self._run(command, BUILD_SECONDS)
+        if run.status != 0:
+            raise RuntimeError(f"fails without any mutant: {command}\n{run.output}")

@@ -1,0 +1,32 @@
+"""Copies of the source tree that mutants are written into."""
+
+import os
+import shutil
+
+LEFT_OUT = frozenset({".git", "build", "__pycache__"})
+
+
+def files_below(root):
+    for folder, folders, names in os.walk(root):
+        folders[:] = sorted(set(folders) - LEFT_OUT)
+        for name in names:
+            yield os.path.relpath(os.path.join(folder, name), root)
+
+
+def update(source, copy):
+    """Makes `copy` the same as `source`, touching no file that is so already."""
+    copy.mkdir(parents=True, exist_ok=True)
+    wanted = set(files_below(source))
+    for name in set(files_below(copy)) - wanted:
+        (copy / name).unlink()
+    for name in sorted(wanted):
+        original, target = source / name, copy / name
+        if original.is_symlink():
+            target.parent.mkdir(parents=True, exist_ok=True)
+            target.unlink(missing_ok=True)
+            target.symlink_to(os.readlink(original))
+        elif not target.exists() or target.read_bytes() != original.read_bytes():
+            target.parent.mkdir(parents=True, exist_ok=True)
+            target.unlink(missing_ok=True)
+            shutil.copyfile(original, target)
+            shutil.copymode(original, target)
