@@ -3,6 +3,7 @@
 
     scripts/mutate.py [--count N] [--seed N]     judge a sample of all mutants
     scripts/mutate.py --list                     show the sample, judge nothing
+    scripts/mutate.py --resume --seed N          go on where the last run ended, survivors included
     scripts/mutate.py --mutant NAME...           judge these again
     scripts/mutate.py --only FILE...             take mutants of these files alone
 
@@ -16,6 +17,7 @@ is only read. Exits 1 when the share of the killed is below the threshold.
 import argparse
 import queue
 import random
+import re
 import sys
 import threading
 import time
@@ -26,11 +28,14 @@ from mutation import trees
 from mutation.command_judge import CommandJudge
 from mutation.equivalents import read_equivalents
 from mutation.mutants import mutants_of
-from mutation.project_judge import LIBRARIES, ProjectJudge
+from mutation.project_judge import LIBRARIES, QUICK, QUICK_AND_LONG, ProjectJudge
 from mutation.sample import choose
 from mutation.verdict import EQUIVALENT, OUTCOMES, SURVIVED, Verdict, killed_share
 
 ROOT = Path(__file__).resolve().parents[1]
+VERDICT_LINE = re.compile(
+    rf"\d+/\d+ (?P<outcome>{'|'.join(OUTCOMES)})(?:: (?P<by>.*?))? \[(?P<name>\w+) .*"
+)
 
 
 def arguments():
@@ -44,6 +49,8 @@ def arguments():
     parser.add_argument("--only", nargs="+", metavar="FILE", help="these sources alone")
     parser.add_argument("--mutant", nargs="+", metavar="NAME", help="these mutants alone")
     parser.add_argument("--list", action="store_true", help="show the sample and end")
+    parser.add_argument("--quick", action="store_true", help="leave out tests that take long")
+    parser.add_argument("--resume", action="store_true", help="keep what the last report settled")
     parser.add_argument("--root", type=Path, default=ROOT, help="another tree of sources")
     parser.add_argument("--folders", nargs="+", default=LIBRARIES, help="where its sources are")
     parser.add_argument("--build", help="shell command that builds it instead")
@@ -123,6 +130,16 @@ class Report:
         self.write(f"{place} {verdict.outcome}{by} [{text}] {seconds:.1f} s")
 
 
+def settled(file):
+    """The verdicts of a report, by the names of the mutants; survivors are to be judged again."""
+    verdicts = {}
+    for line in file.read_text(encoding="utf-8").splitlines() if file.exists() else ():
+        match = VERDICT_LINE.fullmatch(line)
+        if match and match["outcome"] not in (SURVIVED, EQUIVALENT):
+            verdicts[match["name"]] = Verdict(match["outcome"], match["by"] or "")
+    return verdicts
+
+
 def judge_all(judge, tree, groups, sources, reasons, report):
     """Takes the mutants of one file after the other from `groups` until none is left."""
     while True:
@@ -158,9 +175,9 @@ def run_jobs(options, chosen, sources, reasons, report, place):
         if options.build is not None:
             judge = CommandJudge(tree, options.build, options.test, options.seconds)
         else:
-            judge = ProjectJudge(
-                tree, place / f"build{suffix}", folders, options.seed, report.write
-            )
+            build = place / f"build{suffix}"
+            paces = QUICK if options.quick else QUICK_AND_LONG
+            judge = ProjectJudge(tree, build, folders, options.seed, paces, report.write)
         try:
             judge.prepare()
             judge_all(judge, tree, groups, sources, reasons, report)
@@ -192,10 +209,15 @@ def main():
 
     place = options.root / "build" / "mutate"
     place.mkdir(parents=True, exist_ok=True)
+    known = settled(place / "report.txt") if options.resume else {}
     with open(place / "report.txt", "w", encoding="utf-8") as file:
         report = Report(file, len(chosen))
         report.write(f"seed {options.seed}, {len(chosen)} of {len(mutants)} mutants")
-        run_jobs(options, chosen, sources, reasons, report, place)
+        for mutant in chosen:
+            if mutant.name in known:
+                report.add(description(mutant, sources[mutant.file]), known[mutant.name], 0)
+        open_ones = [mutant for mutant in chosen if mutant.name not in known]
+        run_jobs(options, open_ones, sources, reasons, report, place)
         counts = Counter(verdict.outcome for verdict in report.verdicts)
         share = 100 * killed_share(report.verdicts)
         report.write(", ".join(f"{counts[outcome]} {outcome}" for outcome in OUTCOMES))

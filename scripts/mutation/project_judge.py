@@ -29,6 +29,8 @@ CONFIGURATION = (
     "-DSIGN_TESTS=ON",
 )
 LONG_TEST = 0.25  # seconds
+QUICK = (0,)  # the first of the two stages of an executable
+QUICK_AND_LONG = (0, 1)
 MEMORY = 6 << 30  # bytes; the tests need less than half of it
 BUILD_SECONDS = 3600
 TIMES_PLAIN = 10
@@ -55,11 +57,12 @@ def executables_of(folder):
 
 
 class ProjectJudge:
-    def __init__(self, tree, build, folders, seed, report=print):
+    def __init__(self, tree, build, folders, seed, paces, report):
         self.tree = tree
         self.build = build
         self.folders = folders
         self.seed = seed
+        self.paces = paces
         self.report = report
         self.stages = {}  # target: its quick tests and its long ones
         self.objects = None
@@ -83,7 +86,7 @@ class ProjectJudge:
         if self._object_digest() == self.objects:
             return Verdict(SAME_OBJECT)
         targets = [*executables_of(mutant.file.split("/")[0]), PROGRAM_TESTS]
-        for pace in (0, 1):
+        for pace in self.paces:
             for target in targets:
                 killer = self._killer(self.stages[target][pace])
                 if killer:

@@ -245,6 +245,13 @@ class Judging(unittest.TestCase):
         for place in ("core", "build/mutate/tree/core"):
             self.assertEqual((self.root / place / "less.cpp").read_text(encoding="utf-8"), LESS)
 
+    def test_goes_on_with_what_the_last_report_left_open(self):
+        self.run_script(test="grep -q 'return a <=* b;' core/less.cpp")
+        result = self.run_script("--resume", test="! grep -q '>=' core/less.cpp")
+        self.assert_ends(result, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
+        result = self.run_script("--resume", test="! grep -q '<=' core/less.cpp")
+        self.assert_ends(result, 0, "3 killed, 0 survived, 0 equivalent", 100)
+
     def test_writes_what_it_prints_into_the_report(self):
         result = self.run_script("--jobs", "2")
         report = (self.root / "build/mutate/report.txt").read_text(encoding="utf-8")
