@@ -101,6 +101,14 @@ TEST(AddEntropy, LeavesTheStateAsItIs) {
     EXPECT_EQ(generator.stateBlock, GeneratorModel(8).state());
 }
 
+TEST(AddEntropyByte, AppendsOneByte) {
+    RandomGenerator generator;
+    generator.addEntropyByte(0x11);
+    EXPECT_EQ(generator.entropyPool, (Bytes{0x11}));
+    generator.addEntropyByte(0x22);
+    EXPECT_EQ(generator.entropyPool, (Bytes{0x11, 0x22}));
+}
+
 TEST(AddEntropyByte, FillsTheLastPlaceAndThenChangesNothing) {
     RandomGenerator generator;
     fillPool(generator, 2047);
