@@ -118,6 +118,11 @@ TEST(IntegerTruncate, DropsTheSign) {
     EXPECT_TRUE(isNormalValue(truncated((-BigNumber(13)).toInteger(), 3), 5));
 }
 
+TEST(IntegerTruncate, OfAValueThatFillsItsRoomStaysInIt) {
+    const BigNumber number = BigNumber::powerOfTwo(std::uint64_t{64} * core::integerLimbRoom) - 1;
+    EXPECT_TRUE(isNormalValue(truncated(number.toInteger(), 100), BigNumber::powerOfTwo(100) - 1));
+}
+
 TEST(IntegerTruncate, LeavesZero) {
     EXPECT_TRUE(isNormalValue(truncated(CoreInteger{}, 192), 0));
 }
