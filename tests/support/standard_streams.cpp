@@ -36,6 +36,20 @@ std::size_t ScopedInput::left() const {
     return size - static_cast<std::size_t>(::lseek(STDIN_FILENO, 0, SEEK_CUR));
 }
 
+ScopedClosedDescriptor::ScopedClosedDescriptor(int standard)
+    : closed(standard), saved(::dup(standard)) {
+    if (saved == -1) {
+        throw std::runtime_error("cannot keep a standard stream");
+    }
+    (void)std::fflush(stdout);
+    ::close(standard);
+}
+
+ScopedClosedDescriptor::~ScopedClosedDescriptor() {
+    ::dup2(saved, closed);
+    ::close(saved);
+}
+
 std::string capturedOutput(const std::function<void()>& action) {
     const int file = anonymousFile("");
     (void)std::fflush(stdout);

@@ -19,6 +19,19 @@ private:
     std::size_t size;
 };
 
+/// While it lives, this standard descriptor is closed, and the next file that is opened gets its
+/// number if no lower one is free.
+struct ScopedClosedDescriptor {
+    explicit ScopedClosedDescriptor(int standard);
+    ScopedClosedDescriptor(const ScopedClosedDescriptor&) = delete;
+    ScopedClosedDescriptor& operator=(const ScopedClosedDescriptor&) = delete;
+    ~ScopedClosedDescriptor();
+
+private:
+    int closed;
+    int saved;
+};
+
 /// The bytes that `action` writes to standard output, which shows none of them.
 std::string capturedOutput(const std::function<void()>& action);
 

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -52,6 +53,25 @@ TEST_F(MappedFileTest, StartsClosed) {
     EXPECT_FALSE(file.unmap());
     EXPECT_FALSE(file.close());
     EXPECT_EQ(file.descriptor, -1);
+}
+
+TEST_F(MappedFileTest, WorksUnderWhateverDescriptorIsFree) {
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        int descriptor = -1;
+        Bytes read;
+        bool ended = false;
+        {
+            const ScopedClosedDescriptor closed(standard);
+            MappedFile file;
+            const std::span<const std::uint8_t> bytes = mapInputFile(file, path.c_str());
+            descriptor = file.descriptor;
+            read.assign(bytes.begin(), bytes.end());
+            ended = file.unmap() && file.close() && !isOpen(standard);
+        }
+        EXPECT_EQ(descriptor, standard);
+        EXPECT_EQ(read, content) << standard;
+        EXPECT_TRUE(ended) << standard;
+    }
 }
 
 TEST_F(MappedFileTest, OpensMapsUnmapsAndCloses) {

@@ -11,6 +11,7 @@
 #include "tests/support/failing_calls.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_vectors.h"
+#include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -107,6 +108,23 @@ TEST_F(ProjectLoad, LetsValuesStandInDirectoryAndHeader) {
                                {3, Bytes(bytes.begin() + 30, bytes.begin() + 42)}}));
 }
 
+TEST_F(ProjectLoad, ReadsValuesWhereverTheyStand) {
+    for (const std::size_t count : {1U, 2U}) {
+        ProjectImage image;
+        image.directory.resize(count);
+        image.values = {91, 92, 93, 94};
+        const auto size = static_cast<std::uint32_t>(image.bytes().size());
+        for (std::uint32_t offset = 0; offset + 2 <= size; ++offset) {
+            image.directory.front() = {.id = 1, .offset = offset, .size = 2};
+            image.directory.back() = {.id = 1, .offset = offset, .size = 2};
+            const Bytes bytes = image.bytes();
+            ASSERT_TRUE(file.load(written(bytes).c_str()));
+            ASSERT_EQ(valuesOf(file), (AttributeValues{{1, {bytes[offset], bytes[offset + 1]}}}))
+                << count << " times at " << offset;
+        }
+    }
+}
+
 TEST_F(ProjectLoad, TakesTheWholeFileForAValue) {
     ProjectImage image;
     image.directory = {{1, 0, 37}};
@@ -151,6 +169,19 @@ TEST_F(ProjectLoad, LeavesNoFileOpen) {
     file.load(good.c_str());
     file.load(bad.c_str());
     EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(ProjectLoad, OpensTheFileUnderWhateverDescriptorIsFree) {
+    const std::string path = written(projectBytes(someValues));
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        bool loaded = false;
+        {
+            const ScopedClosedDescriptor closed(standard);
+            loaded = file.load(path.c_str());
+        }
+        EXPECT_TRUE(loaded) << standard;
+        EXPECT_EQ(valuesOf(file), someValues) << standard;
+    }
 }
 
 TEST_F(ProjectLoad, LeavesTheFileAsItIs) {
