@@ -159,6 +159,17 @@ class Sample(unittest.TestCase):
         self.assertEqual(len(choose(self.mutants, 10000, seed=1)), len(self.mutants))
 
 
+class Record(unittest.TestCase):
+    def test_of_equivalent_mutants_names_mutants_of_the_program(self):
+        result = subprocess.run(
+            [sys.executable, "-B", SCRIPT, "--list", "--count", "1"],
+            capture_output=True,
+            text=True,
+            check=False,
+        )
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+
 class Judging(unittest.TestCase):
     """Of a source whose tests are `grep` for what must not be changed."""
 
