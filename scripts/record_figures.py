@@ -19,12 +19,11 @@ def with_row(text, check, figures, commit, seed):
     before, head, after = text.partition(HEAD)
     if not head:
         raise ValueError(f"{DOCUMENT} has no table of figures")
-    table, rest = re.match(r"((?:\|.*\n)*)(.*)", after, flags=re.DOTALL).groups()
-    rows = table.splitlines(keepends=True)
+    table = re.match(r"(?:\|.*\n)*", after)[0]
     row = f"| {check} | {figures} | {commit} | {seed} |\n"
-    places = [i for i, old in enumerate(rows) if old.startswith(f"| {check} |")]
-    rows[places[0] if places else len(rows):places[0] + 1 if places else len(rows)] = [row]
-    return before + head + "".join(rows) + rest
+    old = re.search(rf"^\| {re.escape(check)} \|.*\n", table, flags=re.MULTILINE)
+    changed = table.replace(old[0], row) if old else table + row
+    return before + head + changed + after[len(table):]
 
 
 def main(check, figures, seed):
