@@ -149,10 +149,11 @@ TEST_F(CoreAlloc, ZeroesACarvedBlockOnlyWhenAsked) {
     coreAlloc(13, 0);
     EXPECT_EQ(zeroBytes(), 0);
     filledAgain();
-    coreAlloc(13, ~coreAllocZero);
+    coreAlloc(13, ~std::uint64_t{1});
     EXPECT_EQ(zeroBytes(), 0);
     filledAgain();
-    coreAlloc(13, coreAllocZero);
+    coreAlloc(13, 1);
+    EXPECT_EQ(coreAllocZero, 1U);
     EXPECT_EQ(zeroBytes(), 16) << "the rounded size, and no more";
     filledAgain();
     coreAlloc(13, ~std::uint64_t{0});

@@ -150,6 +150,24 @@ TEST_F(FieldDivide, ByAnUnreducedDivisorGivesTheQuotientOfItsRemainder) {
     }
 }
 
+TEST_F(FieldDivide, WorksModuloOtherPolynomialsOfTheSameDegree) {
+    // ANSI X9.62, curve c2pnb163v1; then two more that are irreducible and differ from the curve's
+    // in the middle word or in the top word alone.
+    const std::vector<std::vector<std::uint64_t>> polynomials = {
+        {163, 8, 2, 1, 0}, {163, 73, 66, 7, 6, 3, 0}, {163, 147, 130, 7, 6, 3, 0}};
+    for (const std::vector<std::uint64_t>& exponents : polynomials) {
+        const BigNumber polynomial = polynomialOf(exponents);
+        for (int i = 0; i < 100; ++i) {
+            const BigNumber expected = randomPolynomial(163);
+            const BigNumber b = polynomialSum(randomPolynomial(162), BigNumber::powerOfTwo(162));
+            const BigNumber a = longDivisionRemainder(polynomialProduct(expected, b), polynomial);
+            FieldElement out = usedElement();
+            core::fieldDivide(elementFrom(a), elementFrom(b), out, elementFrom(polynomial));
+            ASSERT_EQ(contentOf(out), expected) << a << " / " << b << " modulo " << polynomial;
+        }
+    }
+}
+
 TEST_F(FieldDivide, WorksInOtherFields) {
     // The last three have the curve's degree and differ from its polynomial in one word each.
     const std::vector<std::vector<std::uint64_t>> fields = {{5, 2, 0},

@@ -111,6 +111,13 @@ TEST_F(PointNegate, LeavesTheCoordinatesOfInfinity) {
     EXPECT_EQ(point->flags, core::pointInfinity);
 }
 
+TEST(PointIsInfinity, IsBitZeroOfTheFlags) {
+    EXPECT_FALSE(core::pointIsInfinity({.flags = 0}));
+    EXPECT_TRUE(core::pointIsInfinity({.flags = 1}));
+    EXPECT_FALSE(core::pointIsInfinity({.flags = ~std::uint64_t{1}}));
+    EXPECT_TRUE(core::pointIsInfinity({.flags = ~std::uint64_t{0}}));
+}
+
 TEST_F(PointCompare, TellsInfinityFromAllElse) {
     const PointRecord infinity(pointAtInfinity());
     const PointRecord other(pointAtInfinity());
