@@ -75,6 +75,10 @@ class ProjectJudge:
         self._check(self._ninja(*sorted(targets)))
         for target in sorted(targets):
             self.stages[target] = self._timed(target)
+            for pace in self.paces:
+                killer = self._killer(self.stages[target][pace])
+                if killer:
+                    raise RuntimeError(f"fails without any mutant: {killer}")
         self._check(self._ninja(*self._libraries()))
         self.objects = self._object_digest()
 
@@ -113,21 +117,18 @@ class ProjectJudge:
         return f"{stage.target} {test}{' (time)' if run.status is None else ''}"
 
     def _timed(self, target):
-        """The quick and the long tests of an executable, as two stages."""
-        executable = (self.build / "tests" / target).read_bytes()
-        digest = hashlib.sha256(executable).hexdigest()[:16]
-        file = self.build / f"{target}-{digest}.json"
-        if not file.exists():
-            run = self._run_tests(target, [f"--gtest_output=json:{file}"], seconds=BUILD_SECONDS)
-            if run.status != 0:
-                file.unlink(missing_ok=True)
-                raise RuntimeError(f"{target} fails without any mutant:\n{run.output}")
-        suites = json.loads(file.read_text(encoding="utf-8"))["testsuites"]
-        times = {
-            f"{suite['name']}.{test['name']}": float(test["time"].rstrip("s"))
-            for suite in suites
-            for test in suite["testsuite"]
-        }
+        """The quick and the long tests of an executable, as two stages.
+
+        The times of tests that an earlier run had as well are taken from there.
+        """
+        file = self.build / f"{target}.json"
+        known = json.loads(file.read_text(encoding="utf-8")) if file.exists() else {}
+        names = self._tests_of(target)
+        times = {name: known[name] for name in names if name in known}
+        missing = [name for name in names if name not in known]
+        if missing:
+            times |= self._measured(target, missing)
+            file.write_text(json.dumps(times, indent=0), encoding="utf-8")
         self.report(f"{target}: {len(times)} tests, {sum(times.values()):.1f} s")
         long_tests = {name: times[name] for name in times if times[name] > LONG_TEST}
         joined = ":".join(long_tests)
@@ -136,6 +137,31 @@ class ProjectJudge:
             Stage(target, f"-{joined}", sum(times.values()) - long_time, LONG_TEST),
             Stage(target, joined, long_time, max(long_tests.values(), default=0)),
         )
+
+    def _tests_of(self, target):
+        run = self._run_tests(target, ["--gtest_list_tests"], seconds=BUILD_SECONDS)
+        names = []
+        suite = ""
+        for line in run.output.splitlines():
+            word = line.partition("#")[0].strip()
+            if not line.startswith(" "):
+                suite = word
+            elif suite:
+                names.append(suite + word)
+        return names
+
+    def _measured(self, target, names):
+        file = self.build / f"{target}-measured.json"
+        options = [f"--gtest_filter={':'.join(names)}", f"--gtest_output=json:{file}"]
+        run = self._run_tests(target, options, seconds=BUILD_SECONDS)
+        if run.status != 0:
+            raise RuntimeError(f"{target} fails without any mutant:\n{run.output}")
+        suites = json.loads(file.read_text(encoding="utf-8"))["testsuites"]
+        return {
+            f"{suite['name']}.{test['name']}": float(test["time"].rstrip("s"))
+            for suite in suites
+            for test in suite["testsuite"]
+        }
 
     def _run_tests(self, target, options, *, seconds, silence=None):
         return commands.run(
