@@ -1,5 +1,7 @@
 #include "tests/support/failing_calls.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <new>
@@ -41,6 +43,8 @@ int systemSeek(std::FILE* stream, long offset, int whence) asm("__real_fseek");
 int replacedSeek(std::FILE* stream, long offset, int whence) asm("__wrap_fseek");
 long systemTell(std::FILE* stream) asm("__real_ftell");
 long replacedTell(std::FILE* stream) asm("__wrap_ftell");
+int systemStatus(int descriptor, struct stat* status) asm("__real_fstat");
+int replacedStatus(int descriptor, struct stat* status) asm("__wrap_fstat");
 std::size_t systemRead(void* data, std::size_t size, std::size_t count,
                        std::FILE* stream) asm("__real_fread");
 std::size_t replacedRead(void* data, std::size_t size, std::size_t count,
@@ -68,6 +72,13 @@ int replacedSeek(std::FILE* stream, long offset, int whence) {
 
 long replacedTell(std::FILE* stream) {
     return failsOnStream() ? -1 : systemTell(stream);
+}
+
+int replacedStatus(int descriptor, struct stat* status) {
+    if (current != nullptr && current->beforeStatus) {
+        current->beforeStatus(++current->statusCalls);
+    }
+    return systemStatus(descriptor, status);
 }
 
 std::size_t replacedRead(void* data, std::size_t size, std::size_t count, std::FILE* stream) {

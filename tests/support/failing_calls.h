@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 /// While it lives, blocks of operator new and calloc are watched, as are the calls of `fdopen`,
 /// `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
+/// What it calls before an `fstat` can change the file.
 ///
 /// It belongs to the executables that list `SIGN_FAILING_CALLS` among their sources and call
 /// `sign_watch_calls`.
@@ -15,6 +17,8 @@ struct ScopedFailingCalls {
 
     unsigned streamCalls = 0;        ///< calls on streams so far
     unsigned failingStreamCall = 0;  ///< number, from 1, of the one that fails and does nothing
-    std::size_t blockLimit = ~0UL;   ///< larger blocks are refused
-    std::size_t largestRequest = 0;  ///< size of the largest block asked for
+    unsigned statusCalls = 0;        ///< calls of `fstat` so far
+    std::function<void(unsigned)> beforeStatus;  ///< gets the number, from 1, of one that follows
+    std::size_t blockLimit = ~0UL;               ///< larger blocks are refused
+    std::size_t largestRequest = 0;              ///< size of the largest block asked for
 };

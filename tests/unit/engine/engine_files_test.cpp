@@ -1,4 +1,5 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -89,6 +90,41 @@ TEST_F(EngineFiles, AreReleasedWithTheProject) {
     fileVerifies(folder.file("missing"), file, text);
     fileVerifies(projectPath, folder.path(), text);
     EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(EngineFiles, AreRefusedWhenTheyBecomeShorterMeanwhile) {
+    // By a byte, before each question for their size but the first: the last page stays readable.
+    const std::string text = signedText(projectPath, content);
+    for (const unsigned question : {2U, 3U, 4U}) {
+        for (const bool signs : {true, false}) {
+            folder.write("file", content);
+            ScopedFailingCalls calls;
+            calls.beforeStatus = [&](unsigned number) {
+                if (number == question) {
+                    EXPECT_EQ(::truncate(file.c_str(), static_cast<off_t>(content.size() - 1)), 0);
+                }
+            };
+            SignatureBuffer buffer{};
+            const bool answer = signs ? signFile(projectPath.c_str(), file.c_str(), buffer.data())
+                                      : verifyFile(projectPath.c_str(), file.c_str(), text.c_str());
+            EXPECT_FALSE(answer) << "question " << question << ", signs " << signs;
+            EXPECT_GE(calls.statusCalls, question);
+        }
+    }
+}
+
+TEST_F(EngineFiles, MayBecomeLongerMeanwhile) {
+    const std::string text = signedText(projectPath, content);
+    for (const unsigned question : {2U, 3U, 4U}) {
+        folder.write("file", content);
+        ScopedFailingCalls calls;
+        calls.beforeStatus = [&](unsigned number) {
+            if (number == question) {
+                EXPECT_EQ(::truncate(file.c_str(), 1000000), 0);
+            }
+        };
+        EXPECT_TRUE(verifyFile(projectPath.c_str(), file.c_str(), text.c_str())) << question;
+    }
 }
 
 TEST_F(EngineFiles, TakeNoMemoryInProportionToTheirSize) {
