@@ -20,6 +20,7 @@ using CurveVerify = CurveTest;
 
 constexpr std::size_t digestSize = 20;
 constexpr std::size_t drawSize = 24;
+constexpr std::size_t attemptLimit = 32;
 
 /// The number that both directions take a digest for.
 BigNumber digestNumber(const Bytes& digest) {
@@ -137,7 +138,7 @@ TEST_F(CurveSign, GivesUpWithTwoZerosWhenEverySIsZero) {
     const Bytes digest = randomBytes(digestSize);
     for (const BigNumber& y : {BigNumber(0), BigNumber(1)}) {
         const KeyRecords key({.x = 1, .y = y}, curveOrder() - digestNumber(digest));
-        testHostPlayRandom(Bytes(drawSize * std::size_t{core::signatureAttemptLimit}, 0x10));
+        testHostPlayRandom(Bytes(drawSize * attemptLimit, 0x10));
         testHostPlayRandom({0xEE});
         EXPECT_EQ(signDigestWith(key, digest), bothZero());
         EXPECT_EQ(testHostRandomLeft(), 1U) << "attempts counted in nonces";
@@ -148,7 +149,7 @@ TEST_F(CurveSign, GivesUpWithTwoZerosWhenEverySIsZero) {
 
 TEST_F(CurveSign, GivesUpWithTwoZerosWhenEveryRIsZero) {
     const KeyRecords key({.x = curveOrder(), .y = 5}, 7);
-    const std::vector<BigNumber> ones(core::signatureAttemptLimit, 1);
+    const std::vector<BigNumber> ones(attemptLimit, 1);
     EXPECT_EQ(signDrawing(key, randomBytes(10), ones), bothZero());
 }
 
@@ -157,7 +158,7 @@ TEST_F(CurveSign, SucceedsAtTheLastAttempt) {
     const BigNumber zeroing = CurveJudge().randomScalar();
     const BigNumber last = CurveJudge().randomScalar();
     const ArrangedKey arranged = arrangeSignature(data, zeroing.toHexadecimal(), 21, "0");
-    std::vector<BigNumber> nonces(core::signatureAttemptLimit - 1, zeroing);
+    std::vector<BigNumber> nonces(attemptLimit - 1, zeroing);
     nonces.push_back(last);
     EXPECT_EQ(signDrawing(KeyRecords(arranged.key), data, nonces),
               signWithNonce(arranged.key, last.toHexadecimal(), data));
@@ -166,7 +167,7 @@ TEST_F(CurveSign, SucceedsAtTheLastAttempt) {
 TEST_F(CurveSign, CountsNoDrawThatIsNoNonceAsAnAttempt) {
     const ProjectKey key = randomProjectKey();
     const Bytes data = randomBytes(10);
-    std::vector<BigNumber> nonces(std::size_t{core::signatureAttemptLimit} * 3, 0);
+    std::vector<BigNumber> nonces(attemptLimit * 3, 0);
     nonces.emplace_back(77);
     EXPECT_EQ(signDrawing(KeyRecords(key), data, nonces), signWithNonce(key, "4D", data));
 }

@@ -1,6 +1,7 @@
 #include "frontend/request_body.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <limits>
 #include <new>
@@ -46,4 +47,13 @@ TEST(ReadRequestBody, RaisesBadAllocWhenThereIsNoMemory) {
     EXPECT_THROW(readRequestBody(longest - 1), std::bad_alloc);
     EXPECT_THROW(readRequestBody(longest / 2), std::bad_alloc);
     EXPECT_EQ(input.left(), 3U);
+}
+
+TEST(RequestBody, GivesItsMemoryBack) {
+    // So long a block is mapped for itself.
+    constexpr std::uint64_t length = std::uint64_t{64} << 20;
+    const ScopedInput input("abc");
+    const std::size_t mappedBefore = ::mallinfo2().hblkhd;
+    EXPECT_EQ(readRequestBody(length).received, 3U);
+    EXPECT_EQ(::mallinfo2().hblkhd, mappedBefore);
 }
