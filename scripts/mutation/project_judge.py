@@ -76,7 +76,8 @@ class ProjectJudge:
         for target in sorted(targets):
             self.stages[target] = self._timed(target)
             for pace in self.paces:
-                killer = self._killer(self.stages[target][pace])
+                stage = self.stages[target][pace]
+                killer = self._killer(stage) if stage.filter else ""
                 if killer:
                     raise RuntimeError(f"fails without any mutant: {killer}")
         self._check(self._ninja(*self._libraries()))
@@ -92,19 +93,18 @@ class ProjectJudge:
         targets = [*executables_of(mutant.file.split("/")[0]), PROGRAM_TESTS]
         for pace in self.paces:
             for target in targets:
-                killer = self._killer(self.stages[target][pace])
+                stage = self.stages[target][pace]
+                if not stage.filter:
+                    continue
+                if self._run(self._ninja(target), BUILD_SECONDS).status != 0:
+                    return Verdict(NOT_COMPILED, f"{target} with it")
+                killer = self._killer(stage)
                 if killer:
                     return Verdict(KILLED, killer)
         return Verdict(SURVIVED)
 
     def _killer(self, stage):
         """What fails in the stage, or nothing."""
-        if not stage.filter:
-            return ""
-        built = self._run(self._ninja(stage.target), BUILD_SECONDS)
-        if built.status != 0:
-            # The libraries compiled; so did the tests with them, before the mutant.
-            return f"{stage.target}: the tests do not build"
         run = self._run_tests(
             stage.target,
             [f"--gtest_filter={stage.filter}", "--gtest_fail_fast"],
