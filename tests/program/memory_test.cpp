@@ -1,6 +1,7 @@
 // What needs a program without sanitizers: its memory at the limit, and under valgrind.
 
 #include <csignal>
+#include <iostream>
 
 #include "core/entry.h"
 #include "tests/program/explained_requests.h"
@@ -79,7 +80,9 @@ TEST(ProgramAbort, IsTheEndWhenThereIsNoMemoryForTheBody) {
 
 TEST(ProgramUnderValgrind, AnswersRandomRequests) {
     coreEntry::coreStart();
-    compareRequests(roundsOf(10, 1000), answerUnderValgrind);
+    const int requests = roundsOf(10, 1000);
+    compareRequests(requests, answerUnderValgrind);
+    std::cout << requests << " random requests under valgrind" << std::endl;
     coreEntry::coreStop();
 }
 

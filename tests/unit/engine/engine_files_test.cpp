@@ -1,9 +1,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "tests/support/failing_calls.h"
+#include "tests/support/open_files.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
 #include "tests/unit/engine/engine_test.h"
@@ -79,10 +78,6 @@ TEST_F(EngineFiles, NeedPathsAndText) {
 }
 
 TEST_F(EngineFiles, AreReleasedWithTheProject) {
-    const auto openFiles = [] {
-        const std::filesystem::directory_iterator open("/proc/self/fd");
-        return std::distance(begin(open), end(open));
-    };
     const std::string text = signedFileText(projectPath, file);
     const auto before = openFiles();
     signedFileText(projectPath, file);

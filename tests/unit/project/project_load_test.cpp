@@ -9,6 +9,7 @@
 
 #include "project/project_file.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_vectors.h"
 #include "tests/support/standard_streams.h"
@@ -161,10 +162,6 @@ TEST_F(ProjectLoad, EmptiesTableAndPathForACountOfZero) {
 TEST_F(ProjectLoad, LeavesNoFileOpen) {
     const std::string good = written(projectBytes(someValues));
     const std::string bad = folder.write("bad", Bytes(500, 1));
-    const auto openFiles = [] {
-        const std::filesystem::directory_iterator open("/proc/self/fd");
-        return std::distance(begin(open), end(open));
-    };
     const auto before = openFiles();
     file.load(good.c_str());
     file.load(bad.c_str());

@@ -2,25 +2,19 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <utility>
 
 #include "project/project_file.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
 
 const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
-
-std::ptrdiff_t openFiles() {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return std::distance(begin(open), end(open));
-}
 
 /// Each call on a stream that an operation makes fails once.
 class ProjectStream : public testing::Test {

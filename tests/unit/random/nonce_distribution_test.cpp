@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iostream>
 #include <vector>
 
 #include "curve/field_element.h"
@@ -39,6 +40,7 @@ protected:
             core::drawScalar(drawn, core::sect163r2.domain.order);
             std::copy_n(drawn.words.begin(), nonce.size(), nonce.begin());
         }
+        std::cout << nonces.size() << " nonces of one process" << std::endl;
     }
     static void TearDownTestSuite() { nonces = {}; }
 

@@ -4,10 +4,10 @@
 
 #include <cstdlib>
 #include <deque>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "tests/support/open_files.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/random/system_calls.h"
@@ -62,11 +62,6 @@ Bytes unseededRand(std::size_t count) {
     }
     std::srand(1);
     return bytes;
-}
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(open), end(open)));
 }
 
 TEST(CollectSystemEntropy, KeepsTheFirstByteOfSixteenReadsOfEight) {
@@ -139,10 +134,10 @@ TEST(CollectSystemEntropy, ReadsTheSystemsClockAndDevice) {
 }
 
 TEST(CollectSystemEntropy, ClosesTheDevice) {
-    const std::size_t before = openDescriptors();
+    const std::size_t before = openFiles();
     Bytes pool;
     collectSystemEntropy(pool);
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(openFiles(), before);
 }
 
 }  // namespace

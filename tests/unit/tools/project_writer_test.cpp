@@ -13,6 +13,7 @@
 
 #include "core/entry.h"
 #include "engine/signature_engine.h"
+#include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
@@ -156,10 +157,6 @@ TEST_F(WriteProjectFile, LeavesNothingWhenTheFileCannotBeWrittenWhole) {
 }
 
 TEST_F(WriteProjectFile, LeavesNoFileOpen) {
-    const auto openFiles = [] {
-        const std::filesystem::directory_iterator open("/proc/self/fd");
-        return std::distance(begin(open), end(open));
-    };
     const auto before = openFiles();
     writeProjectFile(project, path);
     writeProjectFile(project, path);
