@@ -134,7 +134,7 @@ TEST(CollectSystemEntropy, ReadsTheSystemsClockAndDevice) {
 }
 
 TEST(CollectSystemEntropy, ClosesTheDevice) {
-    const std::size_t before = openFiles();
+    const auto before = openFiles();
     Bytes pool;
     collectSystemEntropy(pool);
     EXPECT_EQ(openFiles(), before);
