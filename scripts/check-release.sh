@@ -63,7 +63,7 @@ check_coverage() {
 check_faults() {
     build_all
     SIGN_LONG_RUN=1 SIGN_PROGRAM_FOLDER=$PWD/build/release logged build/dev/tests/fault_tests
-    record faults "$(sed -n 's/^\(.*\): \([0-9]*\) \(runs\|files\).*/\1 \2/p; s/^\([0-9]* unsound projects\):.*/\1/p' "$log" | paste -sd, | sed 's/,/, /g')"
+    record faults "$(sed -n 's/^\(.*: [0-9]*\) \(runs\|files\);.*/\1/p; s/^\([0-9]* unsound projects\):.*/\1/p' "$log" | paste -sd';' | sed 's/;/; /g')"
 }
 
 check_valgrind() {
