@@ -91,8 +91,9 @@ void joinOneNeighbour(std::size_t index) {
 }  // namespace
 
 void* coreAlloc(std::uint64_t size, std::uint64_t flags) {
-    // Entry 0 is never used, so the table holds one block less than it has entries.
-    if (usedCount >= usedBlocks.size() - 1) {
+    // Entry 0 is never used, so the table is full before the count says so.
+    const std::size_t place = tableEnd(usedBlocks, 1);
+    if (usedCount >= usedBlocks.size() || place == usedBlocks.size()) {
         return hostAlloc(static_cast<std::uint32_t>(size));
     }
     const std::uint64_t rounded = (size + 7) & ~std::uint64_t{7};
@@ -100,7 +101,7 @@ void* coreAlloc(std::uint64_t size, std::uint64_t flags) {
     if (address == nullptr) {
         return hostAlloc(static_cast<std::uint32_t>(size));
     }
-    usedBlocks[tableEnd(usedBlocks, 1)] = {address, rounded};
+    usedBlocks[place] = {address, rounded};
     ++usedCount;
     if ((flags & coreAllocZero) != 0) {
         std::memset(address, 0, rounded);

@@ -129,7 +129,9 @@ TEST_F(CoreAlloc, TurnsToTheHostWhenTheTableOfUsedBlocksIsFull) {
 
 TEST_F(CoreAlloc, TurnsToTheHostAtACountOf128) {
     freeWholeArena();
-    core::usedCount = 128;
+    core::usedCount = 127;
+    EXPECT_EQ(coreAlloc(13, 0), at(0));
+    EXPECT_EQ(core::usedCount, 128U);
     EXPECT_TRUE(comesFromHost(13, 13));
     core::usedCount = 0;
 }
