@@ -8,8 +8,8 @@
 
 #include "fuzz/memory_file.h"
 #include "fuzz/property.h"
-#include "fuzz/reference_project.h"
 #include "project/project_file.h"
+#include "tests/support/reference_project.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "tests/program/sign_program.h"
 #include "tests/support/big_number.h"
 #include "tests/support/random_operands.h"
+#include "tests/support/reference_project.h"
 #include "tests/support/signature_text.h"
 #include "tests/support/temporary_folder.h"
 
@@ -31,8 +32,7 @@ protected:
     /// Signs and verifies under a file, and compares with what its bytes say.
     void expectTruth(const Bytes& file) {
         folder.write("project", file);
-        const std::optional<AttributeValues> attributes = readProject(file);
-        const ModelKey read = readKey(attributes.value_or(AttributeValues()));
+        const ModelKey read = readKey(referenceProject(file).attributes);
         SignRequest request{
             .project = folder.file("project"), .encoding = "plain", .data = someData};
         const ProgramEnd made = ::request(InputKind::form, request);

@@ -1,17 +1,12 @@
 #include "tests/faults/project_model.h"
 
-#include <openssl/md5.h>
-
-#include <algorithm>
+#include <optional>
 
 #include "tests/support/big_number.h"
 #include "tests/support/libcrypto_curve.h"
 
 namespace {
 
-constexpr std::size_t headerSize = 24;
-constexpr std::size_t digestOffset = 8;
-constexpr std::size_t entrySize = 12;
 constexpr std::uint64_t longestKeyAttribute = 296;
 
 std::uint64_t read32(const Bytes& bytes, std::size_t position) {
@@ -20,12 +15,6 @@ std::uint64_t read32(const Bytes& bytes, std::size_t position) {
         value = value << 8 | bytes.at(position + i);
     }
     return value;
-}
-
-Bytes digestOf(const Bytes& bytes) {
-    Bytes digest(MD5_DIGEST_LENGTH);
-    MD5(bytes.data() + headerSize, bytes.size() - headerSize, digest.data());
-    return digest;
 }
 
 /// The value with zeros behind it; nothing when it is missing or too long to be read.
@@ -77,38 +66,6 @@ bool isSound(const AffinePoint& point) {
 
 }  // namespace
 
-std::optional<AttributeValues> readProject(const Bytes& bytes) {
-    const Bytes magic{'V', 'L', 'T', '2'};
-    if (bytes.size() < headerSize || !std::equal(magic.begin(), magic.end(), bytes.begin())) {
-        return std::nullopt;
-    }
-    AttributeValues attributes;
-    const std::uint64_t count = read32(bytes, 4);
-    if (count == 0) {
-        return attributes;
-    }
-    const Bytes digest = digestOf(bytes);
-    if (bytes.size() == headerSize ||
-        !std::equal(digest.begin(), digest.end(), bytes.begin() + digestOffset)) {
-        return std::nullopt;
-    }
-    for (std::uint64_t i = 0; i < count; ++i) {
-        const std::uint64_t entry = headerSize + entrySize * i;
-        if (entry + entrySize > bytes.size()) {
-            return std::nullopt;
-        }
-        const std::uint64_t offset = read32(bytes, entry + 4);
-        const std::uint64_t size = read32(bytes, entry + 8);
-        if (size == 0 || offset + size > bytes.size()) {
-            return std::nullopt;
-        }
-        const auto value = bytes.begin() + static_cast<std::ptrdiff_t>(offset);
-        attributes.try_emplace(static_cast<std::uint32_t>(read32(bytes, entry)),
-                               Bytes(value, value + static_cast<std::ptrdiff_t>(size)));
-    }
-    return attributes;
-}
-
 ModelKey readKey(const AttributeValues& attributes) {
     ModelKey read;
     std::vector<BigNumber> coordinates;
@@ -131,10 +88,4 @@ ModelKey readKey(const AttributeValues& attributes) {
                               isSound({.x = coordinates[2], .y = coordinates[3]});
     }
     return read;
-}
-
-Bytes withDigest(Bytes bytes) {
-    const Bytes digest = digestOf(bytes);
-    std::copy(digest.begin(), digest.end(), bytes.begin() + digestOffset);
-    return bytes;
 }

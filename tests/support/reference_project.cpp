@@ -1,4 +1,4 @@
-#include "fuzz/reference_project.h"
+#include "tests/support/reference_project.h"
 
 #include <openssl/md5.h>
 
@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -59,11 +60,15 @@ ReferenceProject referenceProject(const Bytes& file) {
     return reading;
 }
 
-Bytes mendedProject(Bytes file) {
-    std::copy_n(magic.begin(), std::min(magic.size(), file.size()), file.begin());
+Bytes withDigest(Bytes file) {
     if (file.size() >= headerSize) {
         const auto digest = bodyDigest(file);
         std::copy(digest.begin(), digest.end(), file.begin() + digestPosition);
     }
     return file;
+}
+
+Bytes mendedProject(Bytes file) {
+    std::copy_n(magic.begin(), std::min(magic.size(), file.size()), file.begin());
+    return withDigest(std::move(file));
 }

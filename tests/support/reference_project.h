@@ -13,5 +13,8 @@ struct ReferenceProject {
 
 ReferenceProject referenceProject(const Bytes& file);
 
-/// The same file with the right magic and, if there is room for it, the right digest.
+/// The file with its digest put right, if there is room for one.
+Bytes withDigest(Bytes file);
+
+/// The same with the right magic as well.
 Bytes mendedProject(Bytes file);
