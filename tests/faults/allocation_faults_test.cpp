@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "tests/faults/call_tracer.h"
 #include "tests/faults/ending_judge.h"
 #include "tests/faults/fault_share.h"
 #include "tests/faults/whole_request.h"
@@ -23,14 +24,21 @@ struct AllocationFault {
 };
 
 /// The program whose allocations fail, started under the request's own program's name. It writes
-/// their number to `counter`.
+/// their number to `counter`. Where it ends by itself, it has closed what it opened.
 ProgramEnd runFailing(const WholeRequest& request, int counter,
                       const std::map<std::string, std::string>& limits = {}) {
     ProgramCall call = request.call();
     call.path = SIGN_FAILING_PROGRAM;
     call.environment["ALLOCATIONS_DESCRIPTOR"] = std::to_string(counter);
     call.environment.insert(limits.begin(), limits.end());
-    return runProgram(call);
+    CallTracer tracer([](pid_t, const SystemCall&) { return CallChange{}; });
+    call.tracer = std::ref(tracer);
+    ProgramEnd end = runProgram(call);
+    end.timedOut = tracer.timedOut();
+    if (end.signal == 0) {
+        EXPECT_EQ(tracer.openAtExit(), tracer.openAtStart()) << request.name;
+    }
+    return end;
 }
 
 class AllocationFaults : public testing::Test {

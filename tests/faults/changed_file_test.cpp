@@ -73,6 +73,9 @@ protected:
         call.tracer = std::ref(tracer);
         ProgramEnd end = runProgram(call);
         end.timedOut = tracer.timedOut();
+        if (end.signal == 0) {
+            EXPECT_EQ(tracer.openAtExit(), tracer.openAtStart());
+        }
         requests.folder().write("file", Bytes(content.begin(), content.end()));
         return end;
     }
