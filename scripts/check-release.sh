@@ -91,7 +91,7 @@ check_randomness() {
 }
 
 check_mutation() {
-    logged scripts/mutate.py --seed "$seed" --jobs "$(nproc)"
+    logged scripts/mutate.py --seed "$seed" --jobs "$(nproc)" --least 500
     record mutation "$(tail -n 2 "$log" | paste -sd';' | sed 's/;/; /')"
 }
 

@@ -11,7 +11,7 @@ A mutant is killed when a test fails on it. One that survives lacks a test, or i
 input can tell it from the original. tests/mutation/equivalent.txt records those, each with the
 reason. Mutants that do not compile, or that the compiler makes the same object code of, do not
 count. Works on copies below build/mutate, where report.txt tells of every mutant; the tree itself
-is only read. Exits 1 when the share of the killed is below the threshold.
+is only read. Exits 1 when the share of the killed is below the threshold, or too few count.
 """
 
 import argparse
@@ -30,7 +30,7 @@ from mutation.equivalents import read_equivalents
 from mutation.mutants import mutants_of
 from mutation.project_judge import LIBRARIES, QUICK, QUICK_AND_LONG, ProjectJudge
 from mutation.sample import choose
-from mutation.verdict import EQUIVALENT, OUTCOMES, SURVIVED, Verdict, killed_share
+from mutation.verdict import EQUIVALENT, OUTCOMES, SURVIVED, Verdict, counted, killed_share
 
 ROOT = Path(__file__).resolve().parents[1]
 VERDICT_LINE = re.compile(
@@ -45,6 +45,7 @@ def arguments():
     parser.add_argument("--count", type=int, default=600, help="mutants in the sample")
     parser.add_argument("--seed", type=int, help="of the sample and of the tests")
     parser.add_argument("--threshold", type=float, default=97, help="per cent to be killed")
+    parser.add_argument("--least", type=int, default=0, help="mutants that have to count")
     parser.add_argument("--jobs", type=int, default=1, help="mutants judged at a time")
     parser.add_argument("--only", nargs="+", metavar="FILE", help="these sources alone")
     parser.add_argument("--mutant", nargs="+", metavar="NAME", help="these mutants alone")
@@ -222,7 +223,10 @@ def main():
         share = 100 * killed_share(report.verdicts)
         report.write(", ".join(f"{counts[outcome]} {outcome}" for outcome in OUTCOMES))
         report.write(f"{share:.2f} % killed, wanted {options.threshold:g} %")
-    return 0 if share >= options.threshold else 1
+        is_enough = counted(report.verdicts) >= options.least
+        if not is_enough:
+            report.write(f"{counted(report.verdicts)} count, wanted {options.least}")
+    return 0 if share >= options.threshold and is_enough else 1
 
 
 if __name__ == "__main__":

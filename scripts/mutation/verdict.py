@@ -17,8 +17,12 @@ class Verdict:
     by: str = ""  # the test that killed it, or the reason
 
 
+def counted(verdicts):
+    """How many of them a test can tell from the original."""
+    return sum(verdict.outcome in (KILLED, SURVIVED) for verdict in verdicts)
+
+
 def killed_share(verdicts):
-    """Killed of those that a test can tell from the original, between 0 and 1."""
+    """Killed of those that count, between 0 and 1."""
     killed = sum(verdict.outcome == KILLED for verdict in verdicts)
-    survived = sum(verdict.outcome == SURVIVED for verdict in verdicts)
-    return killed / (killed + survived) if killed + survived else 1.0
+    return killed / counted(verdicts) if counted(verdicts) else 1.0

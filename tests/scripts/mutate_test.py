@@ -239,6 +239,13 @@ class Judging(unittest.TestCase):
         self.assert_ends(result, 0, "2 killed, 0 survived, 0 equivalent", 100)
         self.assertIn("1 not compiled", result.stdout)
 
+    def test_fails_when_too_few_count(self):
+        build = "! grep -q '{};' core/less.cpp"
+        self.assert_ends(self.run_script("--least", "2", build=build), 0, "2 killed", 100)
+        result = self.run_script("--least", "3", build=build)
+        self.assert_ends(result, 1, "2 killed", 100)
+        self.assertTrue(result.stdout.endswith("\n2 count, wanted 3\n"))
+
     def test_counts_a_test_without_end_as_killed(self):
         result = self.run_script(
             "--seconds", "1", test="! grep -q '<=' core/less.cpp || sleep 60", build="true"
