@@ -74,6 +74,7 @@ TEST_F(StandardInput, MayBeClosed) {
         EXPECT_TRUE(judge.accepts(cutRequest(requests, request, 0), runProgram(call)));
         EXPECT_EQ(judge.last(), Ending::answered);
     }
+    judge.report("standard input closed");
 }
 
 TEST_F(StandardInput, MayComeByteByByte) {
@@ -87,6 +88,7 @@ TEST_F(StandardInput, MayComeByteByByte) {
         EXPECT_TRUE(judge.accepts(request, runProgram(call)));
         EXPECT_EQ(judge.last(), Ending::answered);
     }
+    judge.report("standard input written byte by byte");
 }
 
 TEST_F(StandardInput, MayGiveOneByteToEachRead) {
@@ -102,6 +104,7 @@ TEST_F(StandardInput, MayGiveOneByteToEachRead) {
         EXPECT_EQ(judge.last(), Ending::answered);
         EXPECT_GT(tracer.calls().size(), request.body.size());
     }
+    judge.report("standard input read byte by byte");
 }
 
 TEST_F(StandardOutput, MayBeClosed) {
@@ -110,6 +113,7 @@ TEST_F(StandardOutput, MayBeClosed) {
         call.outputClosed = true;
         expectNoHarm(request, call);
     }
+    judge.report("standard output closed");
 }
 
 TEST_F(StandardOutput, MayBeClosedTogetherWithStandardInput) {
@@ -120,6 +124,7 @@ TEST_F(StandardOutput, MayBeClosedTogetherWithStandardInput) {
         call.pieces.clear();
         expectNoHarm(cutRequest(requests, request, 0), call);
     }
+    judge.report("standard input and output closed");
 }
 
 TEST_F(StandardOutput, MayBeFull) {
@@ -127,6 +132,7 @@ TEST_F(StandardOutput, MayBeFull) {
     ASSERT_NE(full, -1);
     expectNoHarm(full);
     ::close(full);
+    judge.report("standard output full");
 }
 
 TEST_F(StandardOutput, MayBeAPipeThatNobodyReads) {
@@ -135,6 +141,7 @@ TEST_F(StandardOutput, MayBeAPipeThatNobodyReads) {
     ::close(ends[0]);
     expectNoHarm(ends[1]);
     ::close(ends[1]);
+    judge.report("standard output a broken pipe");
 }
 
 }  // namespace
