@@ -5,6 +5,7 @@
 //
 // Input: a line for CONTENT_LENGTH ("=" is the true length, "-" leaves it unset), then the body.
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "frontend/form_input.h"
@@ -36,6 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
 
+    const std::size_t taken = noText ? 0 : std::min(request.body.size(), announced);
+    require(ScopedRequestStreams::inputLeft() == request.body.size() - taken,
+            "what is announced is taken, and no more");
     const auto text = referenceFormText(request.contentLength, request.body);
     require(found == text.has_value(), "a form text is found where there is one");
     const auto expected = referenceFormPairs(text.value_or(""));

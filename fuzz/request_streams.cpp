@@ -10,12 +10,12 @@ namespace {
 
 constexpr std::size_t longestValue = 1000;
 
-std::string_view inputLeft;
+std::string_view inputRest;
 std::string collected;
 
 ssize_t giveInput(void* /*cookie*/, char* buffer, size_t size) {
-    const std::size_t count = inputLeft.copy(buffer, size);
-    inputLeft.remove_prefix(count);
+    const std::size_t count = inputRest.copy(buffer, size);
+    inputRest.remove_prefix(count);
     return static_cast<ssize_t>(count);
 }
 
@@ -67,7 +67,7 @@ private:
 
 ScopedRequestStreams::ScopedRequestStreams(std::string_view input)
     : savedInput_(stdin), savedOutput_(stdout) {
-    inputLeft = input;
+    inputRest = input;
     collected.clear();
     stdin = inputStream();
     stdout = outputStream();
@@ -78,6 +78,10 @@ ScopedRequestStreams::~ScopedRequestStreams() {
     (void)std::fflush(stdout);
     stdin = savedInput_;
     stdout = savedOutput_;
+}
+
+std::size_t ScopedRequestStreams::inputLeft() {
+    return inputRest.size();
 }
 
 const std::string& ScopedRequestStreams::output() {

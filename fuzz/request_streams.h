@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -15,6 +16,9 @@ public:
     ~ScopedRequestStreams();
     ScopedRequestStreams(const ScopedRequestStreams&) = delete;
     ScopedRequestStreams& operator=(const ScopedRequestStreams&) = delete;
+
+    /// How many bytes of the input nobody has taken.
+    static std::size_t inputLeft();
 
     /// All that was written so far.
     static const std::string& output();

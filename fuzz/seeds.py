@@ -167,6 +167,9 @@ def text_seeds():
         yield "signature_text", f"file-{change}", bytes([112 + change, 128, 0, 3]) + b"hello"
     yield "signature_text", "edited", bytes([16, 21, 1, 3, 33, 0]) + b"hello"
     yield "signature_text", "no-data", bytes([0, 0, 0, 0])
+    # Halves of the longest that counts, and of a byte more.
+    yield "signature_text", "halves-of-21", bytes([0, 21, 0, 60]) + b"hello"
+    yield "signature_text", "halves-of-22", bytes([0, 22, 0, 60]) + b"hello"
 
 
 def project_seeds():
