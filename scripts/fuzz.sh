@@ -8,9 +8,10 @@
 #   scripts/fuzz.sh keep [TARGET...]         no run: makes the kept corpora anew, of the seeds and
 #                                            of what runs found that reaches more code than they do
 #
-# FUZZ_SEED is the fuzzer's seed, which is otherwise a new one; both are printed. A broken property, a
-# finding of a sanitizer, a leak and a run of over one second are failures. What fails stays as
-# build/fuzz/findings/TARGET-*, which the target's program runs again when given as its argument.
+# FUZZ_SEED is the fuzzer's seed, which is otherwise a new one; it is printed either way. A broken
+# property, a finding of a sanitizer, a leak and a run of over one second are failures. What fails
+# stays as build/fuzz/findings/TARGET-*, which the target's program runs again when given as its
+# argument.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null

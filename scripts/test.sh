@@ -4,7 +4,8 @@
 #   scripts/test.sh [PRESET [quick]]   dev unless told otherwise, or asan, which clang builds
 #
 # Quick is the program with what sends it the most various requests: the corpora of the fuzz targets
-# and random requests. After dev, the tests of the built programs run once more on the release programs, as installed.
+# and random requests. After dev, the tests of the built programs run once more on the release
+# programs, as installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null
