@@ -26,9 +26,20 @@ def with_row(text, check, figures, commit, seed):
     return before + head + changed + after[len(table):]
 
 
+def git(root, *words):
+    return subprocess.run(["git", *words], cwd=root, check=True, capture_output=True,
+                          text=True).stdout.strip()
+
+
+def commit_of(root):
+    """The commit, with a "+" when anything in the tree, but for the document itself, is another."""
+    others = git(root, "status", "--porcelain", "--", ".",
+                 f":(exclude){DOCUMENT.relative_to(ROOT)}")
+    return git(root, "rev-parse", "--short=10", "HEAD") + ("+" if others else "")
+
+
 def main(check, figures, seed):
-    commit = subprocess.run(["git", "describe", "--always", "--abbrev=10", "--dirty=+"], cwd=ROOT,
-                            check=True, capture_output=True, text=True).stdout.strip()
+    commit = commit_of(ROOT)
     text = DOCUMENT.read_text(encoding="utf-8")
     DOCUMENT.write_text(with_row(text, check, figures, commit, seed), encoding="utf-8")
 

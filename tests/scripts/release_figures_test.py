@@ -39,6 +39,36 @@ class Figures(unittest.TestCase):
                       record_figures.with_row(text, "a check", "its figures", "c", 9))
 
 
+class Commit(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = Path(folder.name)
+        self.write("docs/testing.md")
+        self.write("core/a.cpp")
+        record_figures.git(self.root, "init", "--quiet")
+        record_figures.git(self.root, "add", ".")
+        record_figures.git(self.root, "-c", "user.name=a", "-c", "user.email=a@example.org",
+                           "commit", "--quiet", "--message=a")
+        self.commit = record_figures.git(self.root, "rev-parse", "--short=10", "HEAD")
+
+    def write(self, name, text="text\n"):
+        path = self.root / name
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+
+    def test_is_that_of_the_tree_whatever_the_table_holds(self):
+        self.write("docs/testing.md", "other\n")
+        self.assertEqual(record_figures.commit_of(self.root), self.commit)
+
+    def test_is_marked_when_a_file_is_changed_or_new(self):
+        self.write("core/b.cpp")
+        self.assertEqual(record_figures.commit_of(self.root), self.commit + "+")
+        (self.root / "core" / "b.cpp").unlink()
+        self.write("core/a.cpp", "other\n")
+        self.assertEqual(record_figures.commit_of(self.root), self.commit + "+")
+
+
 class Coverage(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
