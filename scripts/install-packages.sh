@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing, by what they are for:
 #
-#   scripts/install-packages.sh PURPOSE...   build, serve, test, clang, lint, coverage, package
+#   scripts/install-packages.sh PURPOSE...   build, serve, test, clang, lint, coverage, bench, package
 #
 # Says nothing when all of them are there.
 set -euo pipefail
