@@ -85,7 +85,7 @@ MappedInput::~MappedInput() {
 }
 
 bool MappedInput::isWhole() const {
-    return static_cast<std::int32_t>(file.size()) >= static_cast<std::int32_t>(bytes.size());
+    return file.size() >= bytes.size();
 }
 
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path) {

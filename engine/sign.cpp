@@ -36,9 +36,14 @@ bool signFile(const char* projectPath, const char* filePath, char* signature) {
     }
     MappedInput input;
     const std::span<const std::uint8_t> bytes = mapInputFile(input, filePath);
-    return signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                    signature) &&
-           input.isWhole();
+    if (!signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature)) {
+        return false;
+    }
+    if (!input.isWhole()) {
+        std::fill_n(signature, signatureBufferSize, '\0');
+        return false;
+    }
+    return true;
 }
 
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,

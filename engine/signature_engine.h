@@ -20,8 +20,8 @@ inline constexpr std::size_t signatureBufferSize = 128;
 bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
               char* signature);
 
-/// `signData` over the content of a file; false too when it cannot be mapped, or when it becomes
-/// shorter meanwhile and the process survives that.
+/// `signData` over the content of a file; false too, with the buffer zero-filled, when it cannot be
+/// mapped, or when it becomes shorter meanwhile and the process survives that.
 bool signFile(const char* projectPath, const char* filePath, char* signature);
 
 /// Whether the text is a signature of `length` bytes under the project's public point. False too

@@ -103,6 +103,7 @@ TEST_F(EngineFiles, AreRefusedWhenTheyBecomeShorterMeanwhile) {
             const bool answer = signs ? signFile(projectPath.c_str(), file.c_str(), buffer.data())
                                       : verifyFile(projectPath.c_str(), file.c_str(), text.c_str());
             EXPECT_FALSE(answer) << "question " << question << ", signs " << signs;
+            EXPECT_EQ(buffer, SignatureBuffer{});
             EXPECT_GE(calls.statusCalls, question);
         }
     }

@@ -294,8 +294,13 @@ TEST_F(MappedFileTest, TellsWhetherAnInputIsStillWhole) {
     MappedInput input;
     ASSERT_EQ(mapInputFile(input, path.c_str()).size(), content.size());
     EXPECT_TRUE(input.isWhole());
-    for (const auto& [size, whole] :
-         {std::pair<off_t, bool>{6, false}, {7, true}, {8, true}, {0, false}, {100000, true}}) {
+    for (const auto& [size, whole] : {std::pair<off_t, bool>{6, false},
+                                      {7, true},
+                                      {8, true},
+                                      {0, false},
+                                      {100000, true},
+                                      {off_t{1} << 31, true},
+                                      {(off_t{1} << 32) - 1, true}}) {
         ASSERT_EQ(::truncate(path.c_str(), size), 0);
         EXPECT_EQ(input.isWhole(), whole) << size << " bytes";
     }
