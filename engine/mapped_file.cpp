@@ -1,11 +1,12 @@
 #include "engine/mapped_file.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
+
+#include "project/open_to_read.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ bool MappedFile::open(const char* path) {
     if (descriptor != -1 || address != nullptr) {
         return false;
     }
-    descriptor = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    descriptor = openToRead(path);
     return descriptor != -1;
 }
 

@@ -1,10 +1,10 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <bit>
 #include <memory>
 
 #include "core/entry.h"
+#include "project/open_to_read.h"
 #include "project/project_file.h"
 
 namespace {
@@ -24,9 +24,9 @@ struct DirectoryEntry {
 static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(ProjectFileHeader) == headerSize && sizeof(DirectoryEntry) == 12);
 
-/// Opens for binary reading. Without O_NONBLOCK, opening a FIFO would wait for a writer.
+/// Opens for binary reading.
 Stream openForReading(const char* path) {
-    const int descriptor = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int descriptor = openToRead(path);
     if (descriptor == -1) {
         return {nullptr, &std::fclose};
     }

@@ -59,12 +59,12 @@ LAYERS = {
     "random": Layer(headers=frozenset({"core/host.h", "core/entry.h", "pthread.h"})),
     "project": Layer(
         headers=ENTRIES,
-        only_in={"project_file_format.cpp": {"fcntl.h", "unistd.h"}},
+        only_in={"open_to_read.cpp": {"fcntl.h"}, "project_file_format.cpp": {"unistd.h"}},
     ),
     "engine": Layer(
         folders=frozenset({"project"}),
         headers=ENTRIES | {"curve/sect163r2.h"},
-        only_in={"mapped_file.cpp": {"fcntl.h", "sys/mman.h", "sys/stat.h", "unistd.h"}},
+        only_in={"mapped_file.cpp": {"sys/mman.h", "sys/stat.h", "unistd.h"}},
     ),
     "frontend": Layer(
         headers=frozenset(
@@ -81,7 +81,7 @@ LAYERS = {
             "files/mapping_progress.cpp": {"unistd.h"},
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},
             "project/project_check.cpp": {"sys/stat.h"},
-            "project/project_reading.cpp": {"fcntl.h", "sys/stat.h", "unistd.h"},
+            "project/project_reading.cpp": {"sys/stat.h", "unistd.h"},
             "projectctl.cpp": {"fcntl.h", "unistd.h"},
             "request/raw_request.cpp": {"stdlib.h", "sys/mman.h", "unistd.h"},
         },

@@ -1,6 +1,5 @@
 #include "tools/project/project_reading.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +8,7 @@
 #include <cstring>
 
 #include "core/entry.h"
+#include "project/open_to_read.h"
 #include "tools/counted_text.h"
 
 namespace {
@@ -23,8 +23,7 @@ static_assert(sizeof(ProjectEntry) == entrySize);
 /// A file opened beside the program's own reading, to see what that met.
 class OpenedFile {
 public:
-    explicit OpenedFile(const std::string& path)
-        : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+    explicit OpenedFile(const std::string& path) : descriptor_(openToRead(path.c_str())) {
         if (isOpen() && ::fstat(descriptor_, &status_) != 0) {
             status_ = {};
         }
