@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
+#include <string>
 
 #include "tests/program/sign_program.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -21,14 +24,16 @@ testing::AssertionResult beginsWith(FirstLine firstLine, const std::vector<std::
 }
 
 /// A refusal and an answer end with their statuses, though nothing can be written to `descriptor`.
-void expectExitStatusesWritingTo(int descriptor) {
+void expectExitStatusesWritingTo(int descriptor, bool filesClosedToGrowth = false) {
     ProgramCall call = requestCall(InputKind::form, "a=1");
     call.outputDescriptor = descriptor;
+    call.filesClosedToGrowth = filesClosedToGrowth;
     EXPECT_TRUE(endedWith(runProgram(call), refusedStatus, ""));
     const SignRequest verifying{
         .operation = SignRequest::Operation::verify, .project = "p", .data = "d", .signature = "s"};
     call = requestCall(InputKind::json, bodyText(InputKind::json, verifying));
     call.outputDescriptor = descriptor;
+    call.filesClosedToGrowth = filesClosedToGrowth;
     EXPECT_TRUE(endedWith(runProgram(call), 0, ""));
 }
 
@@ -63,6 +68,16 @@ TEST(ProgramInvocation, KeepsItsExitStatusOnAFullDevice) {
     ASSERT_NE(full, -1);
     expectExitStatusesWritingTo(full);
     ::close(full);
+}
+
+TEST(ProgramInvocation, KeepsItsExitStatusWhenNoFileMayGrow) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("answer");
+    const int answer = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_NE(answer, -1);
+    expectExitStatusesWritingTo(answer, true);
+    ::close(answer);
+    EXPECT_EQ(std::filesystem::file_size(path), 0U);
 }
 
 TEST(ProgramInvocation, KeepsItsExitStatusWhenTheReaderOfTheAnswerIsGone) {

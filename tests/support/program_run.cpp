@@ -73,6 +73,9 @@ void replace(int standard, int descriptor) {
                          int input, int output, int errors) {
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
+    if (call.filesClosedToGrowth) {
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
     std::signal(SIGPIPE, call.brokenPipesIgnored ? SIG_IGN : SIG_DFL);
     replace(STDIN_FILENO, input);
     replace(STDOUT_FILENO, output);

@@ -29,8 +29,9 @@ struct ProgramCall {
     std::chrono::milliseconds pause{30};
     int inputDescriptor = -1;
 
-    int outputDescriptor = -1;  ///< standard output if it is not to be collected
-    bool outputClosed = false;  ///< the program starts without standard output
+    int outputDescriptor = -1;         ///< standard output if it is not to be collected
+    bool outputClosed = false;         ///< the program starts without standard output
+    bool filesClosedToGrowth = false;  ///< no file may become longer by it
     bool brokenPipesIgnored = false;
     std::chrono::seconds limit{60};
 
