@@ -18,6 +18,10 @@ mkdir -p build
 
 # Writes the figures $2 of check $1, with the seed or without where $3 says "-".
 record() {
+    [[ -n $2 ]] || {
+        echo "check-release: $1 printed no figures" >&2
+        exit 1
+    }
     /usr/bin/python3 scripts/record_figures.py "$1" "$2" "${3:-$seed}"
     echo "$1: $2"
 }
