@@ -86,6 +86,13 @@ TEST(IntegerAdd, KeepsTheCapacityOfTheResult) {
     EXPECT_EQ(result.capacity, 3U);
 }
 
+TEST(IntegerSubtract, BorrowsUpToTheTopOfTheLongerOperand) {
+    // Zero top limbs make 5 count as the greater.
+    const CoreInteger five = withZeroTop(BigNumber(5).toInteger(), 2);
+    EXPECT_TRUE(isNormalValue(resultOf(core::integerSubtract, five, BigNumber(9).toInteger()),
+                              BigNumber::powerOfTwo(192) - 4));
+}
+
 TEST(IntegerSubtract, GivesNegativeAndZeroResults) {
     const CoreInteger seven = BigNumber(7).toInteger();
     EXPECT_TRUE(isNormalValue(resultOf(core::integerSubtract, BigNumber(5).toInteger(), seven),

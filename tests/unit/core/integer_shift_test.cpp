@@ -60,6 +60,12 @@ TEST(IntegerShiftLeft, EndsAtTheHighestLimb) {
     EXPECT_TRUE(isNormalValue(shiftedLeft(rawInteger({5, 0, 0}), 64), BigNumber(5) << 64));
 }
 
+TEST(IntegerShiftLeft, OfAValueThatFillsItsRoomStaysInIt) {
+    const BigNumber number =
+        BigNumber::powerOfTwo(std::uint64_t{64} * core::integerLimbRoom - 1) - 1;
+    EXPECT_TRUE(isNormalValue(shiftedLeft(number.toInteger(), 1), number << 1));
+}
+
 TEST(IntegerShiftRight, AgreesWithTheJudge) {
     for (const BigNumber& number : shiftOperands()) {
         for (std::uint64_t count = 0; count <= number.bitLength() + 70; ++count) {
