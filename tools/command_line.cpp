@@ -93,18 +93,7 @@ public:
             std::cout.flush();
             return flushOutput() ? exitDone : exitFailed;
         } catch (const CLI::ParseError& error) {
-            std::string message = error.what();
-            // What is surplus explains better what is missing than the other way round.
-            if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
-                for (const std::string& word : app_.remaining(true)) {
-                    if (word.starts_with('-')) {
-                        message = "unknown option: ";
-                        message += word;
-                    }
-                }
-            }
-            return reportFailure(message.substr(0, message.find_last_not_of(" \n") + 1) +
-                                 "; see 'projectctl --help'");
+            return reportFailure(messageOf(error) + "; see 'projectctl --help'");
         }
         try {
             const int status = command_();
@@ -117,6 +106,34 @@ public:
     }
 
 private:
+    /// What is wrong with the arguments. What is surplus among them comes first: it may be the
+    /// misspelt form of what is missing.
+    std::string messageOf(const CLI::ParseError& error) const {
+        const std::vector<std::string> surplus = app_.remaining(true);
+        const bool mayBeMisspelt = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ||
+                                   dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+        if (mayBeMisspelt && !surplus.empty()) {
+            const auto option =
+                std::find_if(surplus.begin(), surplus.end(), [](const std::string& word) {
+                    return word.size() > 1 && word.starts_with('-') && word != "--";
+                });
+            if (app_.get_subcommands().empty() && option != surplus.begin()) {
+                return "unknown command: " + surplus.front();
+            }
+            return option != surplus.end() ? "unknown option: " + *option
+                                           : "not expected: " + CLI::detail::join(surplus, " ");
+        }
+        std::string message = error.what();
+        message.erase(message.find_last_not_of(" \n") + 1);
+        // The parser leaves out the dashes of the name here.
+        constexpr std::string_view ofFlag = " was given a disallowed flag override";
+        if (message.ends_with(ofFlag)) {
+            message.erase(message.size() - ofFlag.size());
+            return "--" + message + " takes no value";
+        }
+        return message;
+    }
+
     CLI::App* addCommand(const std::string& name, const std::string& description,
                          const std::string& example) {
         CLI::App* command = app_.add_subcommand(name, description);

@@ -25,10 +25,20 @@ const std::vector<std::string> commands = {"create", "show",    "check",  "strip
 
 TEST(ProjectctlCommandLine, WantsOneCommand) {
     EXPECT_TRUE(isRefused({}, "a command is required"));
-    EXPECT_TRUE(isRefused({"remove"}, "The following argument was not expected: remove"));
-    EXPECT_TRUE(isRefused({"Create", "x"}, "The following arguments were not expected: x Create"));
-    EXPECT_TRUE(isRefused({"show", "a", "check", "b"},
-                          "The following arguments were not expected: b check"));
+    EXPECT_TRUE(isRefused({"remove"}, "unknown command: remove"));
+    EXPECT_TRUE(isRefused({"Create", "x"}, "unknown command: Create"));
+    EXPECT_TRUE(isRefused({"-", "--json"}, "unknown command: -"));
+    EXPECT_TRUE(isRefused({"--", "show"}, "unknown command: --"));
+    EXPECT_TRUE(isRefused({"--wrong", "show"}, "unknown option: --wrong"));
+    EXPECT_TRUE(isRefused({"show", "a", "check", "b"}, "not expected: check b"));
+}
+
+TEST(ProjectctlCommandLine, NamesAnUnknownOptionBeforeWhatIsMissing) {
+    EXPECT_TRUE(isRefused({"show", "--wrong"}, "unknown option: --wrong"));
+    EXPECT_TRUE(isRefused({"create", "-x"}, "unknown option: -x"));
+    EXPECT_TRUE(isRefused({"create", "--bases", "standard", "--wrong"}, "unknown option: --bases"));
+    EXPECT_TRUE(isRefused({"explain", "--bodi", "-"}, "unknown option: --bodi"));
+    EXPECT_TRUE(isRefused({"convert", "a", "--too", "der"}, "unknown option: --too"));
 }
 
 TEST(ProjectctlCommandLine, WantsTheArgumentsOfACommand) {
@@ -58,15 +68,12 @@ TEST(ProjectctlCommandLine, RefusesWhatMeansNothing) {
                                                {"explain", "--body", "a"}};
     for (Arguments arguments : sufficient) {
         arguments.emplace_back("--wrong");
-        EXPECT_TRUE(isRefused(arguments, "The following argument was not expected: --wrong"));
+        EXPECT_TRUE(isRefused(arguments, "unknown option: --wrong"));
     }
-    EXPECT_TRUE(isRefused({"show", "--wrong"}, "unknown option: --wrong"));
-    EXPECT_TRUE(isRefused({"create", "-x"}, "unknown option: -x"));
-    EXPECT_TRUE(isRefused({"check", "a", "b"}, "The following argument was not expected: b"));
-    EXPECT_TRUE(
-        isRefused({"check", "a", "--secret"}, "The following argument was not expected: --secret"));
-    EXPECT_TRUE(
-        isRefused({"--json", "check", "a"}, "The following argument was not expected: --json"));
+    EXPECT_TRUE(isRefused({"check", "a", "b"}, "not expected: b"));
+    EXPECT_TRUE(isRefused({"check", "a", "-", "b"}, "not expected: - b"));
+    EXPECT_TRUE(isRefused({"check", "a", "--secret"}, "unknown option: --secret"));
+    EXPECT_TRUE(isRefused({"--json", "check", "a"}, "unknown option: --json"));
     EXPECT_TRUE(isRefused({"create", "a", "--base", "other"},
                           "--base: 'other' is none of random, standard"));
     EXPECT_TRUE(
@@ -85,6 +92,11 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutItsValue) {
               "projectctl: --missing=: cannot be opened: No such file or directory\n");
     EXPECT_EQ(
         runProjectctl({"explain", "--project=missing", "--data=a=", "--signature=AAA="}).status, 0);
+}
+
+TEST(ProjectctlCommandLine, RefusesAValueOfAFlag) {
+    EXPECT_TRUE(isRefused({"show", "a", "--secret=yes"}, "--secret takes no value"));
+    EXPECT_TRUE(isRefused({"check", "a", "--json=1"}, "--json takes no value"));
 }
 
 TEST(ProjectctlCommandLine, RefusesRepetition) {
