@@ -154,6 +154,16 @@ private:
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     }
 
+    /// An option or operand that names a file: its value must not be empty.
+    template <typename Value>
+    static CLI::Option* addPath(CLI::App* command, const std::string& name, Value& value,
+                                const std::string& valueName, const std::string& description) {
+        const auto refusal = [](const std::string& path) -> std::string {
+            return path.empty() ? "an empty path names no file" : "";
+        };
+        return addOption(command, name, value, valueName, description)->check(refusal);
+    }
+
     static void addJson(CLI::App* command, bool& json) {
         addFlag(command, "--json", json, "Print one line of JSON");
     }
@@ -169,19 +179,19 @@ private:
     void addCreate() {
         CLI::App* command =
             addCommand("create", "Make a project with a fresh key", "create my.project");
-        addOption(command, "FILE", create_.file, "", "The new project file")->required();
+        addPath(command, "FILE", create_.file, "", "The new project file")->required();
         addOption(command, "--base", create_.base, "random|standard",
                   "Base point: a random one, or the curve's published one")
             ->transform(oneOf({"random", "standard"}));
-        addOption(command, "--from-scalar", create_.scalarFile, "HEXFILE",
-                  "Read the private scalar from a file (-: standard input), in hexadecimal");
+        addPath(command, "--from-scalar", create_.scalarFile, "HEXFILE",
+                "Read the private scalar from a file (-: standard input), in hexadecimal");
         onCommand(command, create_, createCommand);
     }
 
     void addShow() {
         CLI::App* command =
             addCommand("show", "Show the attributes of a project", "show my.project");
-        addOption(command, "FILE", show_.file, "", "The project file")->required();
+        addPath(command, "FILE", show_.file, "", "The project file")->required();
         addFlag(command, "--secret", show_.secret, "Show the private scalar too");
         addJson(command, show_.json);
         onCommand(command, show_, showCommand);
@@ -190,7 +200,7 @@ private:
     void addCheck() {
         CLI::App* command =
             addCommand("check", "Prove a project sound, or say what is not", "check my.project");
-        addOption(command, "FILE", check_.file, "", "The project file")->required();
+        addPath(command, "FILE", check_.file, "", "The project file")->required();
         addJson(command, check_.json);
         onCommand(command, check_, checkCommand);
     }
@@ -198,8 +208,8 @@ private:
     void addStrip() {
         CLI::App* command = addCommand("strip", "Copy a project without its private scalar",
                                        "strip my.project public.project");
-        addOption(command, "FILE", strip_.file, "", "The project file")->required();
-        addOption(command, "OUT", strip_.output, "", "The new project file, which only verifies")
+        addPath(command, "FILE", strip_.file, "", "The project file")->required();
+        addPath(command, "OUT", strip_.output, "", "The new project file, which only verifies")
             ->required();
         onCommand(command, strip_, stripCommand);
     }
@@ -207,8 +217,8 @@ private:
     void addSign() {
         CLI::App* command =
             addCommand("sign", "Sign a file or standard input", "sign my.project letter.txt");
-        addOption(command, "PROJECT", sign_.project, "", "The project file")->required();
-        addOption(command, "FILE", sign_.file, "", "The file to sign (-: standard input)");
+        addPath(command, "PROJECT", sign_.project, "", "The project file")->required();
+        addPath(command, "FILE", sign_.file, "", "The file to sign (-: standard input)");
         addJson(command, sign_.json);
         onCommand(command, sign_, signCommand);
     }
@@ -217,11 +227,10 @@ private:
         CLI::App* command =
             addCommand("verify", "Verify a signature of a file or of standard input",
                        "verify public.project \"$signature\" letter.txt");
-        addOption(command, "PROJECT", verify_.project, "", "The project file")->required();
+        addPath(command, "PROJECT", verify_.project, "", "The project file")->required();
         addOption(command, "SIGNATURE", verify_.signature, "", "The text of the signature")
             ->required();
-        addOption(command, "FILE", verify_.file, "",
-                  "The file that was signed (-: standard input)");
+        addPath(command, "FILE", verify_.file, "", "The file that was signed (-: standard input)");
         addJson(command, verify_.json);
         onCommand(command, verify_, verifyCommand);
     }
@@ -230,7 +239,7 @@ private:
     void addExport() {
         CLI::App* command =
             addCommand("export", "Print the public key as PEM", "export my.project > public.pem");
-        addOption(command, "FILE", export_.file, "", "The project file")->required();
+        addPath(command, "FILE", export_.file, "", "The project file")->required();
         addFlag(command, "--private", export_.privateKey, "Print the private key instead");
         addJson(command, export_.json);
         onCommand(command, export_, exportCommand);
@@ -256,8 +265,8 @@ void CommandLine::addExplain() {
     CLI::App* command =
         addCommand("explain", "Tell how the program answers a request, and why",
                    "explain --project my.project --file letter.txt --signature \"$signature\"");
-    CLI::Option* body = addOption(command, "--body", explain_.body, "FILE",
-                                  "The request's body (-: standard input)");
+    CLI::Option* body =
+        addPath(command, "--body", explain_.body, "FILE", "The request's body (-: standard input)");
     CLI::Option* type = addOption(command, "--content-type", explain_.contentType, "TYPE",
                                   "CONTENT_TYPE; not set if left out");
     CLI::Option* length = addOption(command, "--content-length", explain_.contentLength, "TEXT",
@@ -312,8 +321,8 @@ void CommandLine::addConvert() {
     CLI::Option* to = addOption(command, "--to", convert_.to, "text|der|hex", "The form to write")
                           ->transform(oneOf({"text", "der", "hex"}));
     CLI::Option* digest =
-        addOption(command, "--digest-of", convert_.digestOf, "FILE",
-                  "Write the file's digest in the order of bytes that other software wants");
+        addPath(command, "--digest-of", convert_.digestOf, "FILE",
+                "Write the file's digest in the order of bytes that other software wants");
     from->needs(signature);
     to->needs(signature);
     digest->excludes(signature);

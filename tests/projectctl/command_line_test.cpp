@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/projectctl/projectctl_run.h"
@@ -151,6 +152,26 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
         isRefused({"convert", "--digest-of", "a", "--to", "der"}, "--to requires SIGNATURE"));
     EXPECT_TRUE(
         isRefused({"convert", "--digest-of", "a", "--from", "der"}, "--from requires SIGNATURE"));
+}
+
+TEST(ProjectctlCommandLine, RefusesEmptyPaths) {
+    const std::vector<std::pair<Arguments, std::string>> calls = {
+        {{"create", ""}, "FILE"},
+        {{"create", "a", "--from-scalar", ""}, "--from-scalar"},
+        {{"show", ""}, "FILE"},
+        {{"check", ""}, "FILE"},
+        {{"strip", "", "b"}, "FILE"},
+        {{"strip", "a", ""}, "OUT"},
+        {{"sign", "", "b"}, "PROJECT"},
+        {{"sign", "a", ""}, "FILE"},
+        {{"verify", "", "b"}, "PROJECT"},
+        {{"verify", "a", "b", ""}, "FILE"},
+        {{"export", ""}, "FILE"},
+        {{"explain", "--body", ""}, "--body"},
+        {{"convert", "--digest-of", ""}, "--digest-of"}};
+    for (const auto& [arguments, name] : calls) {
+        EXPECT_TRUE(isRefused(arguments, name + ": an empty path names no file"));
+    }
 }
 
 TEST(ProjectctlCommandLine, FailsWhenWhatItPrintsDoesNotGoOut) {

@@ -61,6 +61,9 @@ Content readSignatureBytes(const ConvertOptions& options) {
     if (options.from != SignatureForm::der) {
         return {.failure = {}, .bytes = signature};
     }
+    if (signature.empty()) {
+        return {.failure = "SIGNATURE: an empty path names no file", .bytes = {}};
+    }
     const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(signature.c_str(), "rbe"));
     if (file == nullptr) {
         return {.failure = signature + ": " + std::strerror(errno), .bytes = {}};
@@ -75,7 +78,9 @@ int convertSignature(const ConvertOptions& options) {
     }
     const SignatureReading signature = readSignatureAs(options.from, content.bytes);
     if (signature.refusal.has_value()) {
-        return reportFailure(*signature.refusal);
+        const bool isArgument = *options.signature != "-" && options.from != SignatureForm::der;
+        const std::string source = isArgument ? "" : inputName(*options.signature) + ": ";
+        return reportFailure(source + *signature.refusal);
     }
     if (options.json) {
         const std::string der = writeSignatureAs(SignatureForm::der, signature);

@@ -4,10 +4,12 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "tools/exit_status.h"
+#include "tools/files/input_file.h"
 #include "tools/report.h"
 #include "tools/request/request_explanation.h"
 
@@ -26,14 +28,10 @@ bool readAll(std::FILE* stream, std::string& content) {
 
 /// Reads a file, or standard input for "-"; the failure when it cannot be read.
 std::optional<std::string> readBody(const std::string& path, std::string& body) {
-    if (path == "-") {
-        return readAll(stdin, body)
-                   ? std::nullopt
-                   : std::optional("standard input: " + std::string(std::strerror(errno)));
-    }
-    const Stream stream(std::fopen(path.c_str(), "rbe"), &std::fclose);
-    if (stream == nullptr || !readAll(stream.get(), body)) {
-        return path + ": " + std::strerror(errno);
+    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
+    std::FILE* stream = path == "-" ? stdin : file.get();
+    if (stream == nullptr || !readAll(stream, body)) {
+        return inputName(path) + ": " + std::strerror(errno);
     }
     return std::nullopt;
 }
@@ -95,8 +93,12 @@ void printExplanationJson(const Explanation& explanation) {
 int explainCommand(const ExplainOptions& options) {
     std::string body;
     if (options.body.has_value()) {
-        if (const std::optional<std::string> failure = readBody(*options.body, body)) {
-            return reportFailure(*failure);
+        try {
+            if (const std::optional<std::string> failure = readBody(*options.body, body)) {
+                return reportFailure(*failure);
+            }
+        } catch (const std::bad_alloc&) {
+            return reportFailure(inputName(*options.body) + ": there is not enough memory");
         }
     }
     try {

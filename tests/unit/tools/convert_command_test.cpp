@@ -102,7 +102,7 @@ TEST_F(ConvertCommand, ReadsEachFormFromStandardInput) {
 TEST_F(ConvertCommand, TakesNothingButOneLineFeedFromTheEndOfATextOnStandardInput) {
     const ScopedInput input(text + "\n\n");
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::text),
-              failed("the signature's " + std::to_string(text.size() + 1) +
+              failed("standard input: the signature's " + std::to_string(text.size() + 1) +
                      " characters are not whole groups of four"));
 }
 
@@ -133,7 +133,7 @@ TEST_F(ConvertCommand, RefusesASignatureThatTheProgramRefuses) {
                       SignatureForm::text, true),
               failed("r is not below the order"));
     const std::string path = folder.write("sig.der", {0x30, 0x06, 2, 1, 1, 2, 1, 0});
-    EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text), failed("s is zero"));
+    EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text), failed(path + ": s is zero"));
 }
 
 TEST_F(ConvertCommand, RefusesAFileThatCannotBeRead) {
@@ -142,6 +142,8 @@ TEST_F(ConvertCommand, RefusesAFileThatCannotBeRead) {
               failed(missing + ": No such file or directory"));
     EXPECT_EQ(convert(folder.path(), SignatureForm::der, SignatureForm::text),
               failed(folder.path() + ": Is a directory"));
+    EXPECT_EQ(convert("", SignatureForm::der, SignatureForm::text),
+              failed("SIGNATURE: an empty path names no file"));
 }
 
 TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
@@ -150,7 +152,7 @@ TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
               failed(path + ": has more than 4096 bytes, which is no signature"));
     folder.write("sig.der", Bytes(4096));
     EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text),
-              failed("the signature has the tag 00 instead of 30"));
+              failed(path + ": the signature has the tag 00 instead of 30"));
     const ScopedInput input(std::string(5000, 'A'));
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::der),
               failed("standard input: has more than 4096 bytes, which is no signature"));

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/support/failing_calls.h"
 #include "tests/unit/tools/command_run.h"
 #include "tests/unit/tools/explanation_test.h"
 #include "tools/exit_status.h"
@@ -144,4 +145,12 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
               "projectctl: " + folder.file("absent") + ": No such file or directory\n");
     options.body = folder.path();
     EXPECT_EQ(failureOf(options), "projectctl: " + folder.path() + ": Is a directory\n");
+}
+
+TEST_F(ExplainCommand, NamesTheBodyThatThereIsNoMemoryFor) {
+    const ExplainOptions options = bodyOptions(std::string(300000, 'a'));
+    ScopedFailingCalls calls;
+    calls.blockLimit = 200000;
+    EXPECT_EQ(failureOf(options),
+              "projectctl: " + *options.body + ": there is not enough memory\n");
 }
