@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 #include "core/entry.h"
 #include "project/open_to_read.h"
@@ -140,9 +141,7 @@ std::string refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
     return unreadableContent;
 }
 
-}  // namespace
-
-ProjectReading readProject(const std::string& path) {
+ProjectReading readWithMemory(const std::string& path) {
     ProjectReading reading;
     const bool loaded = reading.project.load(path.c_str());
     const OpenedFile file(path);
@@ -160,4 +159,17 @@ ProjectReading readProject(const std::string& path) {
         reading.unreadable = !file.isRegular() || *reading.refusal == unreadableContent;
     }
     return reading;
+}
+
+}  // namespace
+
+ProjectReading readProject(const std::string& path) {
+    try {
+        return readWithMemory(path);
+    } catch (const std::bad_alloc&) {
+        ProjectReading reading;
+        reading.refusal = "there is not enough memory to load it";
+        reading.unreadable = true;
+        return reading;
+    }
 }

@@ -26,5 +26,6 @@ struct ProjectReading {
 };
 
 /// Loads the project at `path` as the program does. Whether it loads is the answer of
-/// `ProjectFile::load` alone; the reason for a refusal is looked up behind it.
+/// `ProjectFile::load` alone; the reason for a refusal is looked up behind it. A file that there is
+/// no memory for is unreadable.
 ProjectReading readProject(const std::string& path);

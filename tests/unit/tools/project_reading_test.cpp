@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/failing_calls.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/random_operands.h"
@@ -37,6 +38,16 @@ protected:
     const TemporaryFolder folder;
     const AttributeValues attributes = {{3, {1, 2, 3}}, {7, Bytes(20)}, {9, {5}}};
 };
+
+TEST_F(ReadProject, TellsThatThereIsNoMemory) {
+    const std::string path = folder.write("project", projectBytes({{1, Bytes(100000)}}));
+    ScopedFailingCalls calls;
+    calls.blockLimit = 50000;
+    const ProjectReading reading = readProject(path);
+    EXPECT_EQ(reading.refusal, "there is not enough memory to load it");
+    EXPECT_TRUE(reading.unreadable);
+    EXPECT_TRUE(reading.project.attributes.empty());
+}
 
 TEST_F(ReadProject, LoadsTheAttributesAndTellsWhereTheyStand) {
     const ProjectReading reading = readingOf(projectBytes(attributes));
