@@ -77,6 +77,7 @@ LAYERS = {
         headers=frozenset({"nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}),
         only_in={
             "command_line.cpp": {"CLI/CLI.hpp"},
+            "files/cut_file.cpp": {"unistd.h"},
             "files/input_file.cpp": {"fcntl.h", "stdlib.h", "sys/stat.h", "unistd.h"},
             "files/mapping_progress.cpp": {"unistd.h"},
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},

@@ -1,12 +1,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <csignal>
-#include <string_view>
-
 #include "core/entry.h"
 #include "tools/command_line.h"
-#include "tools/exit_status.h"
+#include "tools/files/cut_file.h"
 
 namespace {
 
@@ -20,18 +17,11 @@ void openStandardDescriptors() {
     ::close(descriptor);
 }
 
-/// Ends the process when a file is cut while it is read through a mapping.
-void reportCutFile(int /*signal*/) {
-    constexpr std::string_view message = "projectctl: a file was cut while it was read\n";
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message.data(), message.size());
-    ::_exit(exitFailed);
-}
-
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
     openStandardDescriptors();
-    std::signal(SIGBUS, reportCutFile);
+    reportCutFile();
     coreEntry::coreStart();
     const int status = runCommandLine(argumentCount, arguments);
     coreEntry::coreStop();

@@ -101,17 +101,20 @@ class LargeFiles(unittest.TestCase):
             self.run_projectctl("sign", "project", self.sparse_file(LARGE_SIZE), stderr=stream)
         self.assertEqual(errors.read_bytes(), b"")
 
-    def test_a_file_that_is_cut_meanwhile_is_told_of(self):
-        file = self.sparse_file(24 * QUIET_SIZE)
-        signing = subprocess.Popen([self.programs / "projectctl", "sign", "project", file],
-                                   cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        maps = Path(f"/proc/{signing.pid}/maps")
-        while signing.poll() is None and str(self.folder / file) not in maps.read_text():
-            time.sleep(0.01)
-        self.sparse_file(1)
-        output, errors = signing.communicate(timeout=SECONDS_FOR_A_COMMAND)
-        self.assertEqual((signing.returncode, output, errors),
-                         (2, b"", b"projectctl: a file was cut while it was read\n"))
+    def test_a_file_that_is_cut_meanwhile_is_named(self):
+        for command in (["sign", "project", "file"], ["convert", "--digest-of", "file"],
+                        ["explain", "--project", "project", "--file", "file"]):
+            self.sparse_file(24 * QUIET_SIZE)
+            reading = subprocess.Popen([self.programs / "projectctl", *command], cwd=self.folder,
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            maps = Path(f"/proc/{reading.pid}/maps")
+            while reading.poll() is None and str(self.folder / "file") not in maps.read_text():
+                time.sleep(0.01)
+            self.sparse_file(1)
+            output, errors = reading.communicate(timeout=SECONDS_FOR_A_COMMAND)
+            with self.subTest(command=command):
+                self.assertEqual((reading.returncode, output, errors),
+                                 (2, b"", b"projectctl: file: was cut while it was read\n"))
 
     def test_a_pipe_of_any_size_is_signed_in_the_same_memory(self):
         writing = subprocess.Popen(["head", "-c", str(LARGE_SIZE), "/dev/zero"],

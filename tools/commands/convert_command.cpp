@@ -107,6 +107,9 @@ int writeDigest(const std::string& path, bool json) {
     }
     ByteString digest(core::ripemd160DigestSize);
     core::ripemd160Digest(bytes.data(), bytes.size(), digest.data());
+    if (const auto failure = cutFailure(path, mapped)) {
+        return reportFailure(*failure);
+    }
     std::reverse(digest.begin(), digest.end());
     if (json) {
         printJson({{"digest", hexadecimalDigits(digest)}});

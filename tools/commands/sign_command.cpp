@@ -28,6 +28,9 @@ int signCommand(const SignOptions& options) {
         made = signWithRecord(operation.project, operation.bytes.data(),
                               static_cast<std::uint32_t>(operation.bytes.size()), signature.data());
     }
+    if (const auto failure = cutFailure(options.file, operation.mapping)) {
+        return reportFailure(*failure);
+    }
     if (!made) {
         return reportFailure(options.project +
                              ": yields no signature; 'projectctl check' says why");

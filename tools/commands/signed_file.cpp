@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "tools/files/cut_file.h"
 #include "tools/project/project_reading.h"
 #include "tools/report.h"
 
@@ -15,7 +16,12 @@ std::optional<std::string> prepareFile(const std::string& path, InputFile& file)
     if (const auto remark = inputFileRemark(file.path)) {
         reportRemark(inputName(path) + ": " + *remark);
     }
+    nameReadFile(inputName(path));
     return std::nullopt;
+}
+
+std::optional<std::string> cutFailure(const std::string& path, const MappedInput& mapping) {
+    return mapping.isWhole() ? std::nullopt : std::optional(cutFileMessage(inputName(path)));
 }
 
 std::optional<std::string> prepareOperation(

@@ -13,6 +13,10 @@
 /// it counts alone. Returns why it cannot be signed, or nothing.
 std::optional<std::string> prepareFile(const std::string& path, InputFile& file);
 
+/// Says that the file at `path` was cut while its mapped bytes were read, which then were not all
+/// its own; nothing if it is still whole.
+std::optional<std::string> cutFailure(const std::string& path, const MappedInput& mapping);
+
 /// What an operation of the engine works on, read once: nothing that changes meanwhile comes
 /// between what was asked of it and the answer.
 struct PreparedOperation {

@@ -24,6 +24,9 @@ int verifyCommand(const VerifyOptions& options) {
                                  static_cast<std::uint32_t>(operation.bytes.size()),
                                  options.signature.c_str());
     }
+    if (const auto failure = cutFailure(options.file, operation.mapping)) {
+        return reportFailure(*failure);
+    }
     if (options.json) {
         printJson({{"valid", valid}});
     } else {

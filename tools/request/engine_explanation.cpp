@@ -8,6 +8,7 @@
 
 #include "engine/signature_engine.h"
 #include "frontend/base64_decoder.h"
+#include "tools/files/cut_file.h"
 #include "tools/files/input_file.h"
 #include "tools/project/key_reading.h"
 #include "tools/project/project_check.h"
@@ -110,7 +111,14 @@ Explanation result(const RequestReading& reading, const Ruling& ruling, const ch
             .remarks = engineRemarks(reading)};
 }
 
+void nameInput(const RequestRecord& record) {
+    if (!record.signatureFile.empty()) {
+        nameReadFile(printable(beforeZero(record.signatureFile)));
+    }
+}
+
 bool makesSignature(const RequestRecord& record, const Data& bytes) {
+    nameInput(record);
     std::array<char, signatureBufferSize> signature{};
     return record.signatureFile.empty()
                ? signData(record.project.c_str(), bytes.data(), engineLength(bytes),
@@ -119,6 +127,7 @@ bool makesSignature(const RequestRecord& record, const Data& bytes) {
 }
 
 bool verifies(const RequestRecord& record, const Data& bytes) {
+    nameInput(record);
     return record.signatureFile.empty()
                ? verifyData(record.project.c_str(), bytes.data(), engineLength(bytes),
                             record.signature.c_str())

@@ -1,0 +1,78 @@
+// Files that another process changes while a command reads them.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "core/entry.h"
+#include "tests/support/failing_calls.h"
+#include "tests/support/project_key.h"
+#include "tests/support/signature_judge.h"
+#include "tests/support/signature_text.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/command_run.h"
+#include "tools/commands/convert_command.h"
+#include "tools/commands/sign_command.h"
+#include "tools/commands/verify_command.h"
+#include "tools/exit_status.h"
+
+namespace {
+
+class SignedFile : public testing::Test {
+protected:
+    SignedFile() { coreEntry::coreStart(); }
+    ~SignedFile() override { coreEntry::coreStop(); }
+
+    /// The run in which the file is cut before the system is asked this number of times about it.
+    CommandEnd runAndCut(const std::function<CommandEnd()>& command, unsigned number) const {
+        folder.write("letter", letter);
+        ScopedFailingCalls calls;
+        calls.beforeStatus = [&](unsigned call) {
+            if (call == number) {
+                std::filesystem::resize_file(path, letter.size() / 2);
+            }
+        };
+        return command();
+    }
+
+    /// The command tells of a file that is cut behind its back, and says nothing else then.
+    void expectTold(const std::function<CommandEnd()>& command) const {
+        const CommandEnd told = {.status = exitFailed,
+                                 .output = "",
+                                 .errors = "projectctl: " + path + ": was cut while it was read\n"};
+        unsigned toldOf = 0;
+        constexpr unsigned moreThanAreAsked = 20;
+        for (unsigned number = 1; number <= moreThanAreAsked; ++number) {
+            toldOf += runAndCut(command, number) == told ? 1 : 0;
+        }
+        EXPECT_EQ(toldOf, 1U);
+    }
+
+    const TemporaryFolder folder;
+    const ProjectKey key = randomProjectKey();
+    const std::string project = folder.write("project", projectBytes(keyAttributes(key)));
+    const Bytes letter = Bytes(1000, 'a');
+    const std::string path = folder.write("letter", letter);
+};
+
+}  // namespace
+
+TEST_F(SignedFile, IsNotSignedWhenItIsCutMeanwhile) {
+    expectTold([this] { return runCommand(signCommand, {.project = project, .file = path}); });
+}
+
+TEST_F(SignedFile, IsNotVerifiedWhenItIsCutMeanwhile) {
+    const std::string signature = signatureText(judgeSign(key, letter));
+    expectTold([&] {
+        return runCommand(verifyCommand,
+                          {.project = project, .signature = signature, .file = path});
+    });
+}
+
+TEST_F(SignedFile, IsNotDigestedWhenItIsCutMeanwhile) {
+    ConvertOptions options;
+    options.digestOf = path;
+    expectTold([&] { return runCommand(convertCommand, options); });
+}

@@ -1,0 +1,41 @@
+#include "tools/files/cut_file.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
+
+#include "tools/exit_status.h"
+
+namespace {
+
+/// What the handler writes, which must not ask for memory.
+struct Message {
+    std::array<char, 4200> text{};
+    std::size_t length = 0;
+};
+
+Message message;
+
+void endProcess(int /*signal*/) {
+    [[maybe_unused]] const ssize_t written =
+        ::write(STDERR_FILENO, message.text.data(), message.length);
+    ::_exit(exitFailed);
+}
+
+}  // namespace
+
+void reportCutFile() {
+    nameReadFile("a file");
+    std::signal(SIGBUS, endProcess);
+}
+
+void nameReadFile(const std::string& name) {
+    const std::string line = "projectctl: " + cutFileMessage(name) + "\n";
+    message.length = line.copy(message.text.data(), message.text.size());
+}
+
+std::string cutFileMessage(const std::string& name) {
+    return name + ": was cut while it was read";
+}
