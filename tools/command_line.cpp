@@ -279,8 +279,8 @@ void CommandLine::addExplain() {
     CLI::Option* project =
         addOption(command, "--project", explain_.project, "FILE", "The project file");
     CLI::Option* data = addOption(command, "--data", explain_.data, "TEXT", "The data");
-    CLI::Option* encoding = addOption(command, "--data-encoding", explain_.dataEncoding,
-                                      "plain|base64", "How the data is written");
+    CLI::Option* encoding = addOption(command, "--data-encoding", explain_.dataEncoding, "WORD",
+                                      "How the data is written: plain, base64, or another word");
     CLI::Option* file = addOption(command, "--file", explain_.file, "FILE", "The file");
     CLI::Option* signature = addOption(command, "--signature", explain_.signature, "TEXT",
                                        "The signature; without one, the request signs");
@@ -292,7 +292,7 @@ void CommandLine::addExplain() {
     noLength->needs(body);
     body->excludes(project);
     data->needs(project)->excludes(file);
-    encoding->needs(data);
+    encoding->needs(project);
     file->needs(project);
     signature->needs(project);
     addJson(command, explain_.json);

@@ -146,8 +146,8 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
         EXPECT_TRUE(isRefused({"explain", "--project", "p", "--data", "d", option, "a"},
                               std::string(option) + " requires --body"));
     }
-    EXPECT_TRUE(isRefused({"explain", "--project", "p", "--file", "f", "--data-encoding", "plain"},
-                          "--data-encoding requires --data"));
+    EXPECT_TRUE(isRefused({"explain", "--body", "b", "--data-encoding", "plain"},
+                          "--data-encoding requires --project"));
     EXPECT_TRUE(
         isRefused({"convert", "--digest-of", "a", "--to", "der"}, "--to requires SIGNATURE"));
     EXPECT_TRUE(

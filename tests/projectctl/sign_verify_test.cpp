@@ -125,6 +125,16 @@ TEST_F(ProjectctlSignature, ThatIsNoneIsFalseAndToldWhy) {
                           "projectctl: r is zero\n"));
 }
 
+TEST_F(ProjectctlSignature, OfAFileIsExplainedUnderAnyEncodingOfData) {
+    const auto explained = [this](const std::string& encoding) {
+        return runProjectctl(
+                   {"explain", "--project", project, "--file", file, "--data-encoding", encoding})
+            .output;
+    };
+    EXPECT_NE(explained("json").find("\nRule request.data-encoding: "), std::string::npos);
+    EXPECT_NE(explained("base64").find("\nRule signature.made: "), std::string::npos);
+}
+
 TEST_F(ProjectctlSignature, CannotBeMadeOrJudgedWithoutTheProject) {
     const std::string missing = folder.file("missing");
     const std::string message =
