@@ -16,7 +16,14 @@ bool refuses(std::size_t size) {
         return false;
     }
     current->largestRequest = std::max(current->largestRequest, size);
-    return size > current->blockLimit;
+    if (size <= current->blockLimit) {
+        return false;
+    }
+    if (current->givenBlocks == 0) {
+        return true;
+    }
+    --current->givenBlocks;
+    return false;
 }
 
 /// Counts a call on a stream and tells whether it is to fail.

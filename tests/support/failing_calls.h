@@ -20,5 +20,6 @@ struct ScopedFailingCalls {
     unsigned statusCalls = 0;        ///< calls of `fstat` so far
     std::function<void(unsigned)> beforeStatus;  ///< gets the number, from 1, of one that follows
     std::size_t blockLimit = ~0UL;               ///< larger blocks are refused
+    unsigned givenBlocks = 0;                    ///< but so many of these are given before
     std::size_t largestRequest = 0;              ///< size of the largest block asked for
 };

@@ -200,6 +200,13 @@ RequestReading readJsonRequest(const RawRequest& request) {
         reading.refusal = refusalBy(jsonRefusal(request), "Invalid JSON data");
         return reading;
     }
-    readWords(json::parse(announcedBody(request)), reading);
+    try {
+        readWords(json::parse(announcedBody(request)), reading);
+    } catch (const std::bad_alloc&) {
+        // The program has what it needs; only its words are missing here.
+        reading.missingMode = "'mode' selects no operation";
+        reading.remarks.emplace_back(
+            "there is not enough memory to look for unknown members and words");
+    }
     return reading;
 }

@@ -108,6 +108,26 @@ TEST_F(ExplainJson, TellsThatThereIsNoMemoryForWhatTheBodySays) {
               "json.memory: there is not enough memory for the values of the body");
 }
 
+TEST_F(ExplainJson, TellsTheAnswerWithoutMemoryForItsOwnReading) {
+    const RawRequest request =
+        json(R"({"mode":"sign","project":")" + std::string(100000, 'p') + "\"}");
+    constexpr unsigned moreThanAreTaken = 100;
+    unsigned withoutWords = 0;
+    for (unsigned given = 0; given < moreThanAreTaken; ++given) {
+        ScopedFailingCalls calls;
+        calls.blockLimit = 50000;
+        calls.givenBlocks = given;
+        const Explanation explanation = explainRequest(request);
+        if (hasRemark(explanation,
+                      "there is not enough memory to look for unknown members and words")) {
+            EXPECT_EQ(explanation.body, "'mode' parameter missing or invalid");
+            EXPECT_EQ(reasonOf(explanation), "request.mode: 'mode' selects no operation");
+            ++withoutWords;
+        }
+    }
+    EXPECT_GT(withoutWords, 0U);
+}
+
 TEST_F(ExplainJson, TellsAValueThatIsNoObject) {
     EXPECT_EQ(refusalOf("[]"), "json.no-object: the body is an array and must be an object");
     EXPECT_EQ(refusalOf("5"), "json.no-object: the body is a number and must be an object");
