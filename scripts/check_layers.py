@@ -79,7 +79,7 @@ LAYERS = {
             "command_line.cpp": {"CLI/CLI.hpp"},
             "files/cut_file.cpp": {"unistd.h"},
             "files/input_file.cpp": {"fcntl.h", "stdlib.h", "sys/stat.h", "unistd.h"},
-            "files/mapping_progress.cpp": {"unistd.h"},
+            "files/mapping_progress.cpp": {"fcntl.h", "unistd.h"},
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},
             "project/project_check.cpp": {"sys/stat.h"},
             "project/project_reading.cpp": {"sys/stat.h", "unistd.h"},

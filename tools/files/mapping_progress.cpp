@@ -1,31 +1,43 @@
 #include "tools/files/mapping_progress.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <string>
-#include <system_error>
+#include <cstdlib>
+#include <exception>
 
 namespace {
 
+// The bar is drawn in a thread of its own, where an exception ends the process: nothing here asks
+// for memory.
+
 /// Bytes of files that are resident in this process's mappings, from the third number of statm.
 std::uint64_t residentFileBytes() {
-    std::ifstream statm("/proc/self/statm");
-    std::uint64_t size = 0;
-    std::uint64_t resident = 0;
-    std::uint64_t shared = 0;
-    statm >> size >> resident >> shared;
-    return shared * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    std::array<char, 256> text{};
+    const int statm = ::open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+    if (statm == -1 || ::read(statm, text.data(), text.size() - 1) == -1) {
+        text.fill('\0');
+    }
+    ::close(statm);
+    const char* rest = text.data();
+    std::uint64_t pages = 0;
+    for (int number = 0; number < 3; ++number) {
+        char* end = nullptr;
+        pages = std::strtoull(rest, &end, 10);
+        rest = end;
+    }
+    return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-std::string bar(std::uint64_t percent) {
-    constexpr std::uint64_t width = 40;
-    std::string text(percent * width / 100, '#');
-    text.resize(width, ' ');
-    return "[" + text + "] " + std::to_string(percent) + " %";
+void drawBar(int percent) {
+    constexpr int width = 40;
+    constexpr const char* full = "########################################";
+    const int filled = percent * width / 100;
+    std::fprintf(stderr, "\r[%.*s%*s] %d %%", filled, full, width - filled, "", percent);
 }
 
 }  // namespace
@@ -35,7 +47,7 @@ MappingProgress::MappingProgress(std::uint64_t size)
     if (size > quietSize && ::isatty(STDERR_FILENO) == 1) {
         try {
             thread_ = std::thread([this] { draw(); });
-        } catch (const std::system_error&) {
+        } catch (const std::exception&) {
             // Where no thread can be had, the work goes on without the bar.
         }
     }
@@ -57,7 +69,7 @@ void MappingProgress::draw() {
         const std::uint64_t read = resident - std::min(resident, residentBefore_);
         percent = std::max(percent, std::min(read, size_) * 100 / size_);
         if (percent != shown) {
-            std::fprintf(stderr, "\r%s", bar(percent).c_str());
+            drawBar(static_cast<int>(percent));
             shown = percent;
         }
     }
