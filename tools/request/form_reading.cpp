@@ -134,6 +134,18 @@ std::vector<std::string> pieceRemarks(std::string_view text, const RequestRecord
     return pieces.remarks;
 }
 
+/// A remark on 'genpairs' where it is on and looks off.
+void remarkPairs(const FormParameters& parameters, std::vector<std::string>& remarks) {
+    constexpr std::array<std::string_view, 6> looksOff = {"", "0", "no", "off", "False", "FALSE"};
+    const std::string word = getFormString(parameters, "genpairs");
+    if (parameters.contains("genpairs") &&
+        std::find(looksOff.begin(), looksOff.end(), word) != looksOff.end()) {
+        remarks.push_back(
+            "'genpairs' is " + quotation(word) +
+            ", which turns it on: only exactly \"false\" and leaving it out turn it off");
+    }
+}
+
 /// Why neither operation is selected.
 std::string missingOperation(const FormParameters& parameters) {
     if (parameters.empty()) {
@@ -215,6 +227,7 @@ RequestReading readFormRequest(const RawRequest& request) {
         reading.remarks.emplace_back(
             "'sig_create' and 'sig_verify' are both \"true\", and verifying wins");
     }
+    remarkPairs(parameters, reading.remarks);
     for (std::string& remark : pieceRemarks(formText(request, length), reading.record)) {
         reading.remarks.push_back(std::move(remark));
     }

@@ -1,9 +1,13 @@
 #include <algorithm>
 #include <array>
-#include <exception>
+#include <cstdint>
+#include <map>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "frontend/json_input.h"
 #include "tools/counted_text.h"
@@ -159,8 +163,55 @@ void remarkUnknown(const json& object, const std::array<Member, 4>& members,
     }
 }
 
-/// What the object says beyond the record.
-void readWords(const json& value, RequestReading& reading) {
+using Occurrences = std::map<std::string, std::uint64_t>;
+
+/// How often the object names its members, and the last 'signature' in it its own.
+struct MemberOccurrences {
+    Occurrences request;
+    Occurrences signature;
+};
+
+json parseCounting(std::string_view text, MemberOccurrences& occurrences) {
+    bool inSignature = false;
+    return json::parse(text, [&](int depth, json::parse_event_t event, const json& parsed) {
+        if (event == json::parse_event_t::key && depth == 1) {
+            const auto name = parsed.get<std::string>();
+            ++occurrences.request[name];
+            inSignature = name == "signature";
+            if (inSignature) {
+                occurrences.signature.clear();
+            }
+        } else if (event == json::parse_event_t::key && depth == 2 && inSignature) {
+            ++occurrences.signature[parsed.get<std::string>()];
+        }
+        return true;
+    });
+}
+
+void remarkRepeated(const Occurrences& occurrences, const std::string& name,
+                    const std::string& prefix, std::vector<std::string>& remarks) {
+    const auto found = occurrences.find(name);
+    if (found != occurrences.end() && found->second > 1) {
+        remarks.push_back("'" + prefix + name + "' is given " + counted(found->second, "time") +
+                          ", and the last one counts");
+    }
+}
+
+void remarkRepeated(const MemberOccurrences& occurrences, std::vector<std::string>& remarks) {
+    for (const Member& member : requestMembers) {
+        remarkRepeated(occurrences.request, member.name, "", remarks);
+    }
+    remarkRepeated(occurrences.request, "signature", "", remarks);
+    for (const Member& member : signatureMembers) {
+        remarkRepeated(occurrences.signature, member.name, "signature.", remarks);
+    }
+}
+
+/// What the text of an object says beyond the record.
+void readWords(std::string_view text, RequestReading& reading) {
+    MemberOccurrences occurrences;
+    const json value = parseCounting(text, occurrences);
+    remarkRepeated(occurrences, reading.remarks);
     reading.encodingWord = value.value("encoding", "");
     reading.missingMode = missingOperation(value);
     remarkUnknown(value, requestMembers, "signature", "", reading.remarks);
@@ -201,7 +252,7 @@ RequestReading readJsonRequest(const RawRequest& request) {
         return reading;
     }
     try {
-        readWords(json::parse(announcedBody(request)), reading);
+        readWords(announcedBody(request), reading);
     } catch (const std::bad_alloc&) {
         // The program has what it needs; only its words are missing here.
         reading.missingMode = "'mode' selects no operation";

@@ -119,6 +119,19 @@ TEST_F(ExplainForm, RemarksOnParametersThatDoNotCountAsOneMayThink) {
               Remarks{"unknown parameters are ignored: \"a\", \"b\", \"c\" and 2 more"});
 }
 
+TEST_F(ExplainForm, RemarksOnPairsThatAreOnAgainstTheirLook) {
+    for (const std::string word : {"", "0", "no", "off", "False", "FALSE"}) {
+        EXPECT_EQ(
+            explainForm("genpairs=" + word).remarks,
+            Remarks{
+                "'genpairs' is \"" + word +
+                "\", which turns it on: only exactly \"false\" and leaving it out turn it off"});
+    }
+    for (const std::string body : {"genpairs=false", "genpairs=true", "genpairs=1", "sig=a"}) {
+        EXPECT_EQ(explainForm(body).remarks, Remarks());
+    }
+}
+
 TEST_F(ExplainForm, RemarksOnEscapesThatAreNone) {
     EXPECT_EQ(remarksOn("sig_data=%41%zz"),
               Remarks{"\"%zz\" in 'sig_data' is no \"%\" with two hexadecimal digits and stands "

@@ -194,6 +194,22 @@ TEST_F(ExplainJson, RemarksOnALengthThatIsNotTheBodys) {
               Remarks{"CONTENT_LENGTH announces 3 of the body's 8 bytes: the rest is not read"});
 }
 
+TEST_F(ExplainJson, RemarksOnMembersThatAreRepeated) {
+    EXPECT_EQ(explainJson(R"({"mode":"sign","x":1,"mode":"","x":2})").remarks,
+              (Remarks{"'mode' is given 2 times, and the last one counts",
+                       "unknown members are ignored: \"x\""}));
+    EXPECT_EQ(explainJson(R"({"signature":{"data":"a","file":"b","data":"c","data":"d"}})").remarks,
+              Remarks{"'signature.data' is given 3 times, and the last one counts"});
+    EXPECT_EQ(
+        explainJson(R"({"signature":{"data":"a","data":"b"},"signature":{"data":"c"}})").remarks,
+        Remarks{"'signature' is given 2 times, and the last one counts"});
+    // Members of other objects have these names by chance.
+    EXPECT_EQ(explainJson(R"({"signature":[{"data":"a","data":"b"}],"mode":""})").remarks,
+              Remarks());
+    EXPECT_EQ(explainJson(R"({"signature":{"x":{"data":"a","data":"b"}}})").remarks,
+              Remarks{"unknown members are ignored: \"signature.x\""});
+}
+
 TEST_F(ExplainJson, RemarksOnMembersThatAreUnknown) {
     EXPECT_EQ(explainJson("{\"genpairs\":true}").remarks,
               Remarks{"unknown members are ignored: \"genpairs\""});
