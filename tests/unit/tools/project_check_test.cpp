@@ -33,10 +33,11 @@ protected:
         return checkProject(path);
     }
 
+    /// The code and the words of each finding.
     static Strings textsOf(const ProjectCheck& check) {
         Strings texts;
         for (const ProjectFinding& finding : check.findings) {
-            texts.push_back(finding.text);
+            texts.push_back(finding.code + ": " + finding.text);
         }
         return texts;
     }
@@ -88,18 +89,17 @@ TEST_F(CheckProject, FindsADamagedContainerAndNothingElse) {
     bytes.back() ^= 1;
     const ProjectCheck check = checkOf(bytes, 0666);
     EXPECT_EQ(textsOf(check),
-              Strings{"is damaged: the digest in its header is not that of its body"});
-    EXPECT_EQ(check.findings[0].code, "container");
+              Strings{"container: is damaged: the digest in its header is not that of its body"});
     EXPECT_EQ(check.unjudged, std::nullopt);
 }
 
 TEST_F(CheckProject, FindsWhatIsAbsent) {
     const ProjectCheck check = checkOf(projectBytes({{1, {2}}}));
-    EXPECT_EQ(textsOf(check), (Strings{"attribute 72 (x of the base point) is absent",
-                                       "attribute 73 (y of the base point) is absent",
-                                       "attribute 75 (x of the public point) is absent",
-                                       "attribute 76 (y of the public point) is absent"}));
-    EXPECT_EQ(check.findings[0].code, "no-coordinate");
+    EXPECT_EQ(textsOf(check),
+              (Strings{"no-coordinate: attribute 72 (x of the base point) is absent",
+                       "no-coordinate: attribute 73 (y of the base point) is absent",
+                       "no-coordinate: attribute 75 (x of the public point) is absent",
+                       "no-coordinate: attribute 76 (y of the public point) is absent"}));
     EXPECT_EQ(check.findings[0].attribute, 72U);
 }
 
@@ -110,7 +110,8 @@ TEST_F(CheckProject, FindsARepeatedAttribute) {
         entry.offset += 12;
     }
     EXPECT_EQ(textsOf(checkOf(image.bytes())),
-              Strings{"attribute 72 (x of the base point) stands 2 times in the directory; only "
+              Strings{"repeated-attribute: attribute 72 (x of the base point) stands 2 times in "
+                      "the directory; only "
                       "the first counts"});
 }
 
@@ -122,42 +123,52 @@ TEST_F(CheckProject, FindsAScalarThatOthersCanReach) {
                                      {0611, "0611"}}) {
         EXPECT_EQ(
             textsOf(checkOf(projectBytes(attributes), mode)),
-            Strings{"holds a private scalar and is open to others than its owner: mode " + text});
+            Strings{
+                "permissions: holds a private scalar and is open to others than its owner: mode " +
+                text});
     }
     EXPECT_TRUE(checkOf(projectBytes(attributes), 0400).isSound());
 }
 
 TEST_F(CheckProject, FindsAnotherDegree) {
-    EXPECT_EQ(textsWith(72, elementValue(160, "1")),
-              Strings{"attribute 72 (x of the base point) states 160 bits instead of 163"});
+    EXPECT_EQ(
+        textsWith(72, elementValue(160, "1")),
+        Strings{
+            "no-coordinate: attribute 72 (x of the base point) states 160 bits instead of 163"});
 }
 
 TEST_F(CheckProject, FindsCoordinatesOfAnotherLength) {
     Bytes longer = attributes.at(75);
     longer.push_back(0);
-    EXPECT_EQ(textsWith(75, longer),
-              Strings{"attribute 75 (x of the public point) has 33 bytes instead of 32"});
+    EXPECT_EQ(
+        textsWith(75, longer),
+        Strings{
+            "dishonest-length: attribute 75 (x of the public point) has 33 bytes instead of 32"});
     // Of half a coordinate, no point is looked for.
     Bytes half = attributes.at(75);
     half.resize(20);
-    EXPECT_EQ(textsWith(75, half),
-              Strings{"attribute 75 (x of the public point) has 20 bytes instead of 32"});
+    EXPECT_EQ(
+        textsWith(75, half),
+        Strings{
+            "short-coordinate: attribute 75 (x of the public point) has 20 bytes instead of 32"});
     AttributeValues values = keyAttributes(keyWithScalar("1", key.baseX, key.baseY));
     // The bytes that are missing at the top count as zeros.
     values[72].resize(31);
     values[75].resize(31);
-    EXPECT_EQ(textsOf(checkOf(projectBytes(values))),
-              (Strings{"attribute 72 (x of the base point) has 31 bytes instead of 32",
-                       "attribute 75 (x of the public point) has 31 bytes instead of 32"}));
+    EXPECT_EQ(
+        textsOf(checkOf(projectBytes(values))),
+        (Strings{
+            "short-coordinate: attribute 72 (x of the base point) has 31 bytes instead of 32",
+            "short-coordinate: attribute 75 (x of the public point) has 31 bytes instead of 32"}));
 }
 
 TEST_F(CheckProject, FindsCoordinatesWithBitsAboveTheDegree) {
     for (const unsigned bit : {3U, 7U}) {
         Bytes value = attributes.at(73);
         value[28] = static_cast<std::uint8_t>(value[28] | 1U << bit);
-        EXPECT_EQ(textsWith(73, value),
-                  Strings{"attribute 73 (y of the base point) has bits at or above the degree of "
-                          "the field"});
+        EXPECT_EQ(textsWith(73, value), Strings{"not-reduced: attribute 73 (y of the base point) "
+                                                "has bits at or above the degree of "
+                                                "the field"});
     }
     Bytes value = attributes.at(73);
     value[31] |= 0x80;
@@ -168,15 +179,15 @@ TEST_F(CheckProject, FindsPointsThatAreNone) {
     for (const auto& [id, name] :
          {std::pair<std::uint32_t, std::string>{72, "base"}, {75, "public"}}) {
         EXPECT_EQ(textsWithPoint(id, "0", "0"),
-                  Strings{"the " + name +
+                  Strings{"infinity: the " + name +
                           " point is (0, 0), as infinity is written at times: no point of the "
                           "curve"});
         EXPECT_EQ(textsWithPoint(id, "5", "5"),
-                  Strings{"the " + name + " point is not on the curve"});
+                  Strings{"off-curve: the " + name + " point is not on the curve"});
         EXPECT_EQ(textsWithPoint(id, "0", "1"),
-                  Strings{"the " + name + " point is not on the curve"});
+                  Strings{"off-curve: the " + name + " point is not on the curve"});
         EXPECT_EQ(textsWithPoint(id, "0", rootOfB),
-                  Strings{"the " + name + " point has x = 0: it is the point of order 2"});
+                  Strings{"x-zero: the " + name + " point has x = 0: it is the point of order 2"});
     }
 }
 
@@ -190,7 +201,7 @@ TEST_F(CheckProject, FindsPointsOfTwiceTheOrder) {
     for (const auto& [id, name] :
          {std::pair<std::uint32_t, std::string>{72, "base"}, {75, "public"}}) {
         EXPECT_EQ(textsWithPoint(id, sum.x.toHexadecimal(), sum.y.toHexadecimal()),
-                  Strings{"the " + name + " point is not of order n"});
+                  Strings{"wrong-order: the " + name + " point is not of order n"});
     }
 }
 
@@ -209,8 +220,10 @@ TEST_F(CheckProject, JudgesTheOrderOfPointsWhoseXHasAZeroTopWord) {
     // These are of order 2n.
     for (const auto& [x, y] : {std::pair("2", "1110E9D7F953FEFED52955A28AEA590397A9A6A04"),
                                {"6", "66C946230636BB36CB0944B373E3092158CBFE64B"}}) {
-        EXPECT_EQ(textsWithPoint(72, x, y), Strings{"the base point is not of order n"});
-        EXPECT_EQ(textsWithPoint(75, x, y), Strings{"the public point is not of order n"});
+        EXPECT_EQ(textsWithPoint(72, x, y),
+                  Strings{"wrong-order: the base point is not of order n"});
+        EXPECT_EQ(textsWithPoint(75, x, y),
+                  Strings{"wrong-order: the public point is not of order n"});
     }
 }
 
@@ -220,9 +233,9 @@ TEST_F(CheckProject, FindsAPublicPointOfAnotherKey) {
     values[75] = elementValue(163, other.publicX);
     values[76] = elementValue(163, other.publicY);
     const ProjectCheck check = checkOf(projectBytes(values));
-    EXPECT_EQ(textsOf(check), Strings{"the public point is not the product of the private scalar "
-                                      "and the base point"});
-    EXPECT_EQ(check.findings[0].code, "key-mismatch");
+    EXPECT_EQ(textsOf(check),
+              Strings{"key-mismatch: the public point is not the product of the private scalar "
+                      "and the base point"});
 }
 
 TEST_F(CheckProject, FindsThePublicPointsNegative) {
@@ -237,14 +250,15 @@ TEST_F(CheckProject, FindsThePublicPointsNegative) {
 TEST_F(CheckProject, FindsScalarsOutOfRange) {
     const auto withScalar = [&](const Bytes& value) { return textsWith(74, value); };
     EXPECT_EQ(withScalar(integerValue(curveOrderDigits)),
-              Strings{"attribute 74 (private scalar) is not below the order"});
+              Strings{"scalar-out-of-range: attribute 74 (private scalar) is not below the order"});
     EXPECT_EQ(withScalar(integerValue("1" + std::string(60, '0'))),
-              Strings{"attribute 74 (private scalar) is not below the order"});
-    EXPECT_EQ(withScalar(integerValue(0, {})), Strings{"attribute 74 (private scalar) is zero"});
+              Strings{"scalar-out-of-range: attribute 74 (private scalar) is not below the order"});
+    EXPECT_EQ(withScalar(integerValue(0, {})),
+              Strings{"no-scalar: attribute 74 (private scalar) is zero"});
     EXPECT_EQ(withScalar(integerValue(321, Bytes(41, 1))).size(), 1U);
     EXPECT_EQ(withScalar(integerValue(65, Bytes(9))),
-              (Strings{"attribute 74 (private scalar) states 65 bits, but has 0",
-                       "attribute 74 (private scalar) is zero"}));
+              (Strings{"dishonest-length: attribute 74 (private scalar) states 65 bits, but has 0",
+                       "scalar-out-of-range: attribute 74 (private scalar) is zero"}));
     EXPECT_TRUE(checkOf(projectBytes(keyAttributes(keyWithScalar(
                             "40000000000000000000292FE77E70C12A4234C32", key.baseX, key.baseY))))
                     .isSound());
@@ -255,9 +269,9 @@ TEST_F(CheckProject, FindsScalarsOutOfRange) {
 TEST_F(CheckProject, FindsAScalarThatIsMarkedNegative) {
     Bytes value = attributes.at(74);
     value[3] |= 0x80;
-    EXPECT_EQ(textsWith(74, value),
-              Strings{"attribute 74 (private scalar) is marked as negative, which the program "
-                      "ignores"});
+    EXPECT_EQ(textsWith(74, value), Strings{"negative-scalar: attribute 74 (private scalar) is "
+                                            "marked as negative, which the program "
+                                            "ignores"});
 }
 
 TEST_F(CheckProject, FindsScalarsUnderAnotherLength) {
@@ -270,11 +284,12 @@ TEST_F(CheckProject, FindsScalarsUnderAnotherLength) {
     };
     EXPECT_EQ(textsOfFive(integerValue(3, five)), Strings{});
     EXPECT_EQ(textsOfFive(integerValue(8, five)),
-              Strings{"attribute 74 (private scalar) states 8 bits, but has 3"});
-    EXPECT_EQ(textsOfFive(integerValue(163, five)),
-              Strings{"attribute 74 (private scalar) states 163 bits, but has 3"});
+              Strings{"dishonest-length: attribute 74 (private scalar) states 8 bits, but has 3"});
+    EXPECT_EQ(
+        textsOfFive(integerValue(163, five)),
+        Strings{"dishonest-length: attribute 74 (private scalar) states 163 bits, but has 3"});
     EXPECT_EQ(textsOfFive(integerValue(3, {5, 0})),
-              Strings{"attribute 74 (private scalar) has 6 bytes instead of 5"});
+              Strings{"dishonest-length: attribute 74 (private scalar) has 6 bytes instead of 5"});
 }
 
 TEST_F(CheckProject, JudgesThePublishedPublicKeysAsTheyAre) {
@@ -289,7 +304,7 @@ TEST_F(CheckProject, JudgesThePublishedPublicKeysAsTheyAre) {
         const ProjectCheck check = checkOf(projectBytes(values));
         EXPECT_EQ(check.isSound(), vector.at("Result")[0] == 'P') << vector.at("Result");
         if (vector.at("Result").starts_with("F (1")) {
-            EXPECT_EQ(textsOf(check), Strings{"the public point is not on the curve"});
+            EXPECT_EQ(textsOf(check), Strings{"off-curve: the public point is not on the curve"});
         }
         (check.isSound() ? sound : unsound) += 1;
     }
