@@ -35,8 +35,23 @@ RequestMaterial::RequestMaterial() {
     for (int i = 0; i < 60; ++i) {
         addProject(projectBytes(unsound));
     }
-    projects_.push_back(folder_.file("absent"));
-    projects_.push_back(folder_.path());
+    // What damage at random seldom makes.
+    ProjectImage headerAlone;
+    headerAlone.entryCount = 1;
+    ProjectImage shortDirectory = projectImage({{1, {10}}, {2, {20}}, {3, {30}}});
+    shortDirectory.entryCount = 5;
+    shortDirectory.values = Bytes(5, 1);
+    ProjectImage emptyValue = projectImage({{1, {10}}});
+    emptyValue.directory[0].size = 0;
+    for (int i = 0; i < 10; ++i) {
+        addProject(headerAlone.bytes());
+        addProject(shortDirectory.bytes());
+        addProject(emptyValue.bytes());
+        addProject({'V', 'L'});
+        projects_.push_back(folder_.file("absent"));
+        projects_.push_back(folder_.path());
+        projects_.emplace_back("/dev/null");
+    }
     addFiles();
     for (int i = 0; i < 10; ++i) {
         signatures_.push_back(signatureText(judgeSign(key, bytesOf(message))));
@@ -58,8 +73,9 @@ void RequestMaterial::addFiles() {
     std::filesystem::resize_file(half, std::uintmax_t{1} << 31);
     std::filesystem::resize_file(four, std::uintmax_t{1} << 32);
     std::filesystem::resize_file(part, (std::uintmax_t{1} << 32) + message.size());
-    files_ = {whole,         whole, whole, part, other, empty, half, four, folder_.file("none"),
-              folder_.path()};
+    files_ = {
+        whole,          whole,      whole, part, other, empty, half, four, folder_.file("none"),
+        folder_.path(), "/dev/null"};
 }
 
 const std::string& RequestMaterial::project() const {
@@ -83,6 +99,11 @@ std::string RequestMaterial::data() {
 }
 
 std::string RequestMaterial::signature() const {
+    if (oneIn(5)) {
+        return oneOf(std::vector<std::string>{"\0AAA"s, "====", "A===", std::string(132, 'A'),
+                                              std::string(60, 'b'), std::string(55, 'b') + "=",
+                                              signatureText({.r = "1", .s = "1"}, 21)});
+    }
     std::string text = oneOf(signatures_);
     if (oneIn(3)) {
         return text;

@@ -80,7 +80,7 @@ int convertSignature(const ConvertOptions& options) {
     if (signature.refusal.has_value()) {
         const bool isArgument = *options.signature != "-" && options.from != SignatureForm::der;
         const std::string source = isArgument ? "" : inputName(*options.signature) + ": ";
-        return reportFailure(source + *signature.refusal);
+        return reportFailure(source + signature.refusal->text);
     }
     if (options.json) {
         const std::string der = writeSignatureAs(SignatureForm::der, signature);

@@ -26,7 +26,7 @@ bool spoilsKey(const ProjectFinding& finding, bool privateKey) {
 int exportCommand(const ExportOptions& options) {
     const ProjectReading reading = readProject(options.file);
     if (reading.refusal.has_value()) {
-        return reportFailure(options.file + ": " + *reading.refusal);
+        return reportFailure(options.file + ": " + reading.refusal->text);
     }
     const KeyExport made =
         options.privateKey ? exportPrivateKey(reading.project) : exportPublicKey(reading.project);

@@ -76,7 +76,8 @@ std::vector<ShownEntry> shownEntries(const ProjectReading& reading, bool secret)
             next.value = valueOf(reading.project, key, entry.id);
             next.remark = (isScalar ? scalarRefusal(reading.project)
                                     : coordinateRefusal(reading.project, entry.id))
-                              .value_or("");
+                              .value_or(Refusal{})
+                              .text;
         }
     }
     return shown;
@@ -125,7 +126,7 @@ void printEntriesAsJson(const std::string& file, const std::vector<ShownEntry>& 
 int showCommand(const ShowOptions& options) {
     const ProjectReading reading = readProject(options.file);
     if (reading.refusal.has_value()) {
-        return reportFailure(options.file + ": " + *reading.refusal);
+        return reportFailure(options.file + ": " + reading.refusal->text);
     }
     const std::vector<ShownEntry> entries = shownEntries(reading, options.secret);
     (options.json ? printEntriesAsJson : printEntries)(options.file, entries);

@@ -11,7 +11,7 @@ std::optional<std::string> prepareFile(const std::string& path, InputFile& file)
         return failure;
     }
     if (const auto refusal = inputFileRefusal(file.path)) {
-        return inputName(path) + ": " + *refusal;
+        return inputName(path) + ": " + refusal->text;
     }
     if (const auto remark = inputFileRemark(file.path)) {
         reportRemark(inputName(path) + ": " + *remark);
@@ -26,14 +26,14 @@ std::optional<std::string> cutFailure(const std::string& path, const MappedInput
 
 std::optional<std::string> prepareOperation(
     const std::string& projectPath,
-    const std::function<std::optional<std::string>(const ProjectFile&)>& keyRefusal,
+    const std::function<std::optional<Refusal>(const ProjectFile&)>& keyRefusal,
     const std::string& filePath, PreparedOperation& operation) {
     ProjectReading reading = readProject(projectPath);
     if (reading.refusal.has_value()) {
-        return projectPath + ": " + *reading.refusal;
+        return projectPath + ": " + reading.refusal->text;
     }
     if (const auto refusal = keyRefusal(reading.project)) {
-        return projectPath + ": " + *refusal;
+        return projectPath + ": " + refusal->text;
     }
     if (auto failure = prepareFile(filePath, operation.input)) {
         return failure;

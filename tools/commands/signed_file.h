@@ -8,6 +8,7 @@
 #include "engine/mapped_file.h"
 #include "project/project_file.h"
 #include "tools/files/input_file.h"
+#include "tools/refusal.h"
 
 /// Makes `file` stand for the file at `path` or for standard input ("-"), and says it if a part of
 /// it counts alone. Returns why it cannot be signed, or nothing.
@@ -30,5 +31,5 @@ struct PreparedOperation {
 /// against an operation on them, or nothing.
 std::optional<std::string> prepareOperation(
     const std::string& projectPath,
-    const std::function<std::optional<std::string>(const ProjectFile&)>& keyRefusal,
+    const std::function<std::optional<Refusal>(const ProjectFile&)>& keyRefusal,
     const std::string& filePath, PreparedOperation& operation);

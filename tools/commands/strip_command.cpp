@@ -54,7 +54,7 @@ std::optional<ProjectAttributeId> copyOfScalar(const ProjectFile& project) {
 int stripCommand(const StripOptions& options) {
     ProjectReading reading = readProject(options.file);
     if (reading.refusal.has_value()) {
-        return reportFailure(options.file + ": " + *reading.refusal);
+        return reportFailure(options.file + ": " + reading.refusal->text);
     }
     if (const auto id = copyOfScalar(reading.project)) {
         return reportFailure(options.file + ": " + namedAttribute(*id) +

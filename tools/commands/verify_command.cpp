@@ -38,7 +38,7 @@ int verifyCommand(const VerifyOptions& options) {
     const SignatureReading signature = readSignature(options.signature);
     const std::optional<std::string> unsound = unsoundKey(options.project);
     if (signature.refusal.has_value()) {
-        reportRemark(*signature.refusal);
+        reportRemark(signature.refusal->text);
     } else if (unsound.has_value()) {
         reportRemark(options.project + ": " + *unsound);
     } else {

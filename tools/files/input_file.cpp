@@ -113,10 +113,10 @@ std::optional<std::string> openInputFile(const std::string& path, InputFile& fil
     return copyStandardInput(file.descriptor, folder);
 }
 
-std::optional<std::string> inputFileRefusal(const std::string& path) {
+std::optional<Refusal> inputFileRefusal(const std::string& path) {
     MappedFile file;
     if (!file.open(path.c_str())) {
-        return std::string("cannot be opened: ") + std::strerror(errno);
+        return Refusal{"file.open", std::string("cannot be opened: ") + std::strerror(errno)};
     }
     MappedInput mapped;
     if (!mapInputFile(mapped, path.c_str()).empty()) {
@@ -124,22 +124,25 @@ std::optional<std::string> inputFileRefusal(const std::string& path) {
     }
     struct stat status {};
     if (::fstat(file.descriptor, &status) != 0) {
-        return std::string("has no size: ") + std::strerror(errno);
+        return Refusal{"file.no-size", std::string("has no size: ") + std::strerror(errno)};
     }
     if (!S_ISREG(status.st_mode)) {
-        return S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file";
+        return S_ISDIR(status.st_mode) ? Refusal{"file.directory", "is a directory"}
+                                       : Refusal{"file.no-regular", "is no regular file"};
     }
     const auto size = static_cast<std::uint64_t>(status.st_size);
     if (size == 0) {
-        return "is empty";
+        return Refusal{"file.empty", "is empty"};
     }
     if (file.size() == 0) {
-        return "has " + counted(size, "byte") + ", a multiple of 4294967296: nothing of it counts";
+        return Refusal{"file.no-bytes", "has " + counted(size, "byte") +
+                                            ", a multiple of 4294967296: nothing of it counts"};
     }
     if (static_cast<std::int32_t>(file.size()) < 0) {
-        return "has " + counted(size, "byte") + ": at most 2147483647 can be signed";
+        return Refusal{"file.too-large",
+                       "has " + counted(size, "byte") + ": at most 2147483647 can be signed"};
     }
-    return "cannot be mapped into memory";
+    return Refusal{"file.mapping", "cannot be mapped into memory"};
 }
 
 std::optional<std::string> inputFileRemark(const std::string& path) {

@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/refusal.h"
+
 /// A file to sign, as the engine takes it.
 struct InputFile {
     std::string path;     ///< what the engine opens
@@ -27,7 +29,7 @@ std::optional<std::string> openInputFile(const std::string& path, InputFile& fil
 
 /// Why the file at `path` cannot be signed or verified, by the rules of `mapInputFile`, in words
 /// that follow the path and a colon; nothing when it can.
-std::optional<std::string> inputFileRefusal(const std::string& path);
+std::optional<Refusal> inputFileRefusal(const std::string& path);
 
 /// Says how much of the file is left out, of which only the size modulo 2^32 counts; nothing when
 /// it is taken whole.

@@ -85,7 +85,7 @@ void checkPermissions(Checked& checked, const std::string& path) {
 /// Whether the attribute is an honest, reduced coordinate.
 bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldElement& e) {
     if (const auto refusal = coordinateRefusal(checked.project, id)) {
-        checked.find("no-coordinate", id, *refusal);
+        checked.find("no-coordinate", id, refusal->text);
         return false;
     }
     const std::uint32_t size = checked.project.attributeSize(id);
@@ -190,7 +190,7 @@ bool checkScalar(Checked& checked) {
                      namedAttribute(id) + " is marked as negative, which the program ignores");
     }
     if (const auto refusal = scalarRefusal(checked.project)) {
-        checked.find("no-scalar", id, *refusal);
+        checked.find("no-scalar", id, refusal->text);
         return false;
     }
     core::CoreInteger scalar = *checked.key.privateScalar;
@@ -242,12 +242,12 @@ ProjectCheck checkProject(const std::string& path) {
     ProjectCheck check;
     const ProjectReading reading = readProject(path);
     if (reading.unreadable) {
-        check.unjudged = reading.refusal;
+        check.unjudged = reading.refusal->text;
         return check;
     }
     if (reading.refusal.has_value()) {
         check.findings.push_back(
-            {.code = "container", .attribute = std::nullopt, .text = *reading.refusal});
+            {.code = "container", .attribute = std::nullopt, .text = reading.refusal->text});
         return check;
     }
     Checked checked{.project = reading.project, .key = {}, .findings = check.findings};

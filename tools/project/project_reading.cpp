@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint64_t headerSize = sizeof(ProjectFileHeader);
 constexpr std::uint64_t entrySize = 12;
 constexpr std::string_view magic = "VLT2";
-constexpr const char* unreadableContent = "cannot be read";
+constexpr const char* unreadableCode = "project.unreadable";
 
 static_assert(sizeof(ProjectEntry) == entrySize);
 
@@ -89,19 +89,20 @@ bool digestDiffers(const OpenedFile& file, const ProjectFileHeader& header) {
 }
 
 /// What is wrong with the first entry that the program refuses, if there is one.
-std::optional<std::string> entryRefusal(const OpenedFile& file,
-                                        const std::vector<ProjectEntry>& entries) {
+std::optional<Refusal> entryRefusal(const OpenedFile& file,
+                                    const std::vector<ProjectEntry>& entries) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const ProjectEntry& entry = entries[i];
         const std::string name =
             "entry " + std::to_string(i + 1) + " (attribute " + std::to_string(entry.id) + ") ";
         if (entry.size == 0) {
-            return name + "has a size of 0";
+            return Refusal{"project.entry-empty", name + "has a size of 0"};
         }
         if (std::uint64_t{entry.offset} + entry.size > file.size()) {
-            return name + "runs past the end of the file: " + counted(entry.size, "byte") +
-                   " at offset " + std::to_string(entry.offset) + ", and the file has " +
-                   std::to_string(file.size());
+            return Refusal{"project.entry-range",
+                           name + "runs past the end of the file: " + counted(entry.size, "byte") +
+                               " at offset " + std::to_string(entry.offset) +
+                               ", and the file has " + std::to_string(file.size())};
         }
     }
     return std::nullopt;
@@ -109,36 +110,38 @@ std::optional<std::string> entryRefusal(const OpenedFile& file,
 
 /// Why the program does not load this file, in the order of its own steps. The directory is read
 /// only when it comes to that.
-std::string refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
-                      std::vector<ProjectEntry>& entries) {
+Refusal refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
+                  std::vector<ProjectEntry>& entries) {
     if (file.isFolder()) {
-        return "is a directory";
+        return {"project.directory", "is a directory"};
     }
     if (!file.isRegular()) {
-        return "is no regular file";
+        return {"project.no-regular", "is no regular file"};
     }
     if (file.size() < headerSize) {
-        return "has " + counted(file.size(), "byte") + ", fewer than the 24 of a header";
+        return {"project.header",
+                "has " + counted(file.size(), "byte") + ", fewer than the 24 of a header"};
     }
     if (std::string_view(header.magic.data(), header.magic.size()) != magic) {
-        return "is no project file: it does not begin with VLT2";
+        return {"project.magic", "is no project file: it does not begin with VLT2"};
     }
     if (file.size() == headerSize) {
-        return "has a header that counts " + counted(header.entryCount, "entry", "entries") +
-               ", and nothing behind it";
+        return {"project.no-body", "has a header that counts " +
+                                       counted(header.entryCount, "entry", "entries") +
+                                       ", and nothing behind it"};
     }
     if (digestDiffers(file, header)) {
-        return "is damaged: the digest in its header is not that of its body";
+        return {"project.digest", "is damaged: the digest in its header is not that of its body"};
     }
     entries = readEntries(file, header.entryCount);
+    if (entries.size() < header.entryCount) {
+        return {"project.entries", "the directory ends after " + std::to_string(entries.size()) +
+                                       " of " + counted(header.entryCount, "entry", "entries")};
+    }
     if (const auto refusal = entryRefusal(file, entries)) {
         return *refusal;
     }
-    if (entries.size() < header.entryCount) {
-        return "the directory ends after " + std::to_string(entries.size()) + " of " +
-               counted(header.entryCount, "entry", "entries");
-    }
-    return unreadableContent;
+    return {unreadableCode, "cannot be read"};
 }
 
 ProjectReading readWithMemory(const std::string& path) {
@@ -146,7 +149,8 @@ ProjectReading readWithMemory(const std::string& path) {
     const bool loaded = reading.project.load(path.c_str());
     const OpenedFile file(path);
     if (!file.isOpen()) {
-        reading.refusal = std::string("cannot be opened: ") + std::strerror(errno);
+        reading.refusal =
+            Refusal{"project.open", std::string("cannot be opened: ") + std::strerror(errno)};
         reading.unreadable = true;
         reading.project.clear();
         return reading;
@@ -156,7 +160,7 @@ ProjectReading readWithMemory(const std::string& path) {
         reading.entries = readEntries(file, header.entryCount);
     } else {
         reading.refusal = refusalOf(file, header, reading.entries);
-        reading.unreadable = !file.isRegular() || *reading.refusal == unreadableContent;
+        reading.unreadable = !file.isRegular() || reading.refusal->code == unreadableCode;
     }
     return reading;
 }
@@ -168,7 +172,7 @@ ProjectReading readProject(const std::string& path) {
         return readWithMemory(path);
     } catch (const std::bad_alloc&) {
         ProjectReading reading;
-        reading.refusal = "there is not enough memory to load it";
+        reading.refusal = Refusal{"project.memory", "there is not enough memory to load it"};
         reading.unreadable = true;
         return reading;
     }

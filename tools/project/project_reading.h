@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "project/project_file.h"
+#include "tools/refusal.h"
 
 /// One entry of a project file's directory, as it stands there.
 struct ProjectEntry {
@@ -18,7 +19,7 @@ struct ProjectEntry {
 struct ProjectReading {
     /// Why `ProjectFile::load` gives false, in words that follow the path and a colon, as in "the
     /// directory ends after 3 of 5 entries". Nothing when the file loads.
-    std::optional<std::string> refusal;
+    std::optional<Refusal> refusal;
     bool unreadable = false;  ///< the refusal says nothing of the content, which could not be read
 
     ProjectFile project;                ///< what was loaded; empty after a refusal

@@ -13,6 +13,7 @@
 #include "tools/project/key_reading.h"
 #include "tools/project/project_check.h"
 #include "tools/project/project_reading.h"
+#include "tools/refusal.h"
 #include "tools/request/base64_reading.h"
 #include "tools/request/engine_remarks.h"
 #include "tools/request/quoted_text.h"
@@ -21,7 +22,7 @@
 namespace {
 
 using Data = std::vector<std::uint8_t>;
-using KeyRefusal = std::optional<std::string> (*)(const ProjectFile&);
+using KeyRefusal = std::optional<Refusal> (*)(const ProjectFile&);
 
 /// The rules on data, file and encoding.
 std::optional<Explanation> inputRefusal(const RequestReading& reading) {
@@ -77,17 +78,19 @@ std::optional<Ruling> engineRefusal(const RequestRecord& record, const Data& byt
         }
     } else {
         const std::string path = beforeZero(record.signatureFile);
-        if (const std::optional<std::string> refusal = inputFileRefusal(path)) {
-            return Ruling{"file", "the file " + quotation(path) + ": " + *refusal};
+        if (const std::optional<Refusal> refusal = inputFileRefusal(path)) {
+            return Ruling{refusal->code, "the file " + quotation(path) + ": " + refusal->text};
         }
     }
     const std::string path = beforeZero(record.project);
     const ProjectReading project = readProject(path);
     if (project.refusal.has_value()) {
-        return Ruling{"project", "the project " + quotation(path) + ": " + *project.refusal};
+        return Ruling{project.refusal->code,
+                      "the project " + quotation(path) + ": " + project.refusal->text};
     }
-    if (const std::optional<std::string> refusal = keyRefusal(project.project)) {
-        return Ruling{"key", "the key of the project " + quotation(path) + ": " + *refusal};
+    if (const std::optional<Refusal> refusal = keyRefusal(project.project)) {
+        return Ruling{refusal->code,
+                      "the key of the project " + quotation(path) + ": " + refusal->text};
     }
     return std::nullopt;
 }
@@ -142,7 +145,7 @@ Ruling invalidity(const RequestRecord& record, const Data& bytes) {
     }
     const SignatureReading signature = readSignature(record.signature);
     if (signature.refusal.has_value()) {
-        return {"signature.text", *signature.refusal};
+        return {signature.refusal->code, signature.refusal->text};
     }
     const std::string path = beforeZero(record.project);
     if (const std::optional<std::string> unsound = unsoundKey(path)) {

@@ -28,7 +28,7 @@ class DerReader {
 public:
     explicit DerReader(std::span<const std::uint8_t> bytes) : rest_(bytes) {}
 
-    const std::optional<std::string>& refusal() const { return refusal_; }
+    const std::optional<Refusal>& refusal() const { return refusal_; }
 
     /// The content of the next value, which must have this tag; `name` is what messages call it.
     std::span<const std::uint8_t> take(std::uint8_t tag, const std::string& name) {
@@ -88,12 +88,12 @@ public:
 
 private:
     std::span<const std::uint8_t> refuse(const std::string& words) {
-        refusal_ = words;
+        refusal_ = Refusal{"signature.der", words};
         return {};
     }
 
     std::span<const std::uint8_t> rest_;
-    std::optional<std::string> refusal_;
+    std::optional<Refusal> refusal_;
 };
 
 }  // namespace

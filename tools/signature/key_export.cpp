@@ -135,7 +135,7 @@ ByteString privateKey(const ProjectKeyRecord& key, const core::CoreInteger& scal
 
 KeyExport exportPublicKey(const ProjectFile& project) {
     if (auto refusal = verifyingRefusal(project)) {
-        return {.refusal = std::move(refusal), .pem = {}};
+        return {.refusal = std::move(refusal->text), .pem = {}};
     }
     const ProjectKeyRecord key = keyOf(project);
     if (auto refusal = reductionRefusal(key)) {
@@ -148,7 +148,7 @@ KeyExport exportPublicKey(const ProjectFile& project) {
 KeyExport exportPrivateKey(const ProjectFile& project) {
     for (const auto& rule : {signingRefusal, verifyingRefusal}) {
         if (auto refusal = rule(project)) {
-            return {.refusal = std::move(refusal), .pem = {}};
+            return {.refusal = std::move(refusal->text), .pem = {}};
         }
     }
     const ProjectKeyRecord key = keyOf(project);

@@ -44,26 +44,30 @@ std::optional<std::uint8_t> digitValue(char digit) {
     return static_cast<std::uint8_t>(value);
 }
 
+Refusal refusalOf(const std::string& words) {
+    return {.code = "signature.hexadecimal", .text = words};
+}
+
 /// Reads a word such as "r=1F" into the number `name`; says what is wrong with it.
-std::optional<std::string> readNumber(std::string_view word, const std::string& name,
-                                      core::CoreInteger& number) {
+std::optional<Refusal> readNumber(std::string_view word, const std::string& name,
+                                  core::CoreInteger& number) {
     if (word.substr(0, name.size() + 1) != name + "=") {
-        return "\"" + name + "=\" is missing in front of a number";
+        return refusalOf("\"" + name + "=\" is missing in front of a number");
     }
     word.remove_prefix(name.size() + 1);
     if (word.empty()) {
-        return name + " has no digits";
+        return refusalOf(name + " has no digits");
     }
     const auto wrong = std::find_if(word.begin(), word.end(),
                                     [](char digit) { return !digitValue(digit).has_value(); });
     if (wrong != word.end()) {
-        return name + " has a character that is no hexadecimal digit (number " +
-               std::to_string(wrong - word.begin() + 1) + " of " + std::to_string(word.size()) +
-               ")";
+        return refusalOf(name + " has a character that is no hexadecimal digit (number " +
+                         std::to_string(wrong - word.begin() + 1) + " of " +
+                         std::to_string(word.size()) + ")");
     }
     word.remove_prefix(std::min(word.find_first_not_of('0'), word.size()));
     if (word.size() > longestDigits) {
-        return name + " is not below the order";
+        return refusalOf(name + " is not below the order");
     }
     std::array<std::uint8_t, longestDigits / 2> bytes{};
     for (std::size_t i = 0; i < word.size(); ++i) {
@@ -78,8 +82,8 @@ std::optional<std::string> readNumber(std::string_view word, const std::string& 
 SignatureReading readHexadecimal(std::string_view text) {
     const std::vector<std::string_view> words = wordsOf(text);
     if (words.size() != 2) {
-        return {.refusal = "the signature has " + counted(words.size(), "word") +
-                           R"( instead of two, "r=..." and "s=...")"};
+        return {.refusal = refusalOf("the signature has " + counted(words.size(), "word") +
+                                     R"( instead of two, "r=..." and "s=...")")};
     }
     core::CoreInteger r{};
     core::CoreInteger s{};

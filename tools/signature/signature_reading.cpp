@@ -32,68 +32,74 @@ core::CoreInteger numberFromHalf(const std::uint8_t* half, std::size_t size) {
 }
 
 /// Why no signature has these numbers, both of them normal.
-std::optional<std::string> numbersRefusal(const core::CoreInteger& r, const core::CoreInteger& s) {
+std::optional<Refusal> numbersRefusal(const core::CoreInteger& r, const core::CoreInteger& s) {
     if (core::integerIsZero(r)) {
-        return "r is zero";
+        return Refusal{"signature.r-zero", "r is zero"};
     }
     if (core::integerIsZero(s)) {
-        return "s is zero";
+        return Refusal{"signature.s-zero", "s is zero"};
     }
     const core::CoreInteger n = order();
     if (core::integerCompare(r, n) != -1) {
-        return "r is not below the order";
+        return Refusal{"signature.r-range", "r is not below the order"};
     }
     if (core::integerCompare(s, n) != -1) {
-        return "s is not below the order";
+        return Refusal{"signature.s-range", "s is not below the order"};
     }
     return std::nullopt;
 }
 
 /// What is wrong with a text before any byte of it is decoded.
-std::optional<std::string> lengthRefusal(std::size_t length) {
+std::optional<Refusal> lengthRefusal(std::size_t length) {
     if (length == 0) {
-        return "the signature is empty";
+        return Refusal{"signature.empty", "the signature is empty"};
     }
     if (length > longestSignatureText) {
-        return "the signature has " + std::to_string(length) + " characters, more than " +
-               std::to_string(longestSignatureText);
+        return Refusal{"signature.too-long", "the signature has " + std::to_string(length) +
+                                                 " characters, more than " +
+                                                 std::to_string(longestSignatureText)};
     }
     if (length % 4 != 0) {
-        return "the signature's " + counted(length, "character is", "characters are") +
-               " not whole groups of four";
+        return Refusal{"signature.groups", "the signature's " +
+                                               counted(length, "character is", "characters are") +
+                                               " not whole groups of four"};
     }
     return std::nullopt;
 }
 
 /// What is wrong with the number of bytes that a text stands for: the bytes of its groups less one
 /// for each "=".
-std::optional<std::string> sizeRefusal(std::size_t groupBytes, std::size_t padding) {
+std::optional<Refusal> sizeRefusal(std::size_t groupBytes, std::size_t padding) {
     if (padding > groupBytes) {
-        return "the signature has " + std::to_string(padding) +
-               " times \"=\", more than the bytes of its groups (" + std::to_string(groupBytes) +
-               ")";
+        return Refusal{"signature.padding",
+                       "the signature has " + std::to_string(padding) +
+                           " times \"=\", more than the bytes of its groups (" +
+                           std::to_string(groupBytes) + ")"};
     }
     const std::size_t count = groupBytes - padding;
     if (count > longestSignature) {
-        return "the signature stands for " + counted(count, "byte") + ", more than " +
-               std::to_string(longestSignature);
+        return Refusal{"signature.too-many-bytes", "the signature stands for " +
+                                                       counted(count, "byte") + ", more than " +
+                                                       std::to_string(longestSignature)};
     }
     if (count == 0) {
-        return "the signature stands for no bytes";
+        return Refusal{"signature.no-bytes", "the signature stands for no bytes"};
     }
     if (count % 2 != 0) {
-        return "the signature's halves are of odd length (" + counted(count, "byte") + ")";
+        return Refusal{"signature.odd",
+                       "the signature's halves are of odd length (" + counted(count, "byte") + ")"};
     }
     return std::nullopt;
 }
 
 /// Verifying drops one zero limb of r at the most, and compares it, lengths included, with a number
 /// that has either all three limbs or no zero limb at its top.
-std::optional<std::string> paddingRefusal(const core::CoreInteger& r, std::size_t halfSize) {
+std::optional<Refusal> paddingRefusal(const core::CoreInteger& r, std::size_t halfSize) {
     const std::size_t limbs = (halfSize + limbBytes - 1) / limbBytes;
     if (limbs > std::size_t{r.lengthAndSign} + 1) {
-        return "r is below 2^64 but padded to " + counted(halfSize, "byte") +
-               ", a form that no signature is accepted in";
+        return Refusal{"signature.r-padded", "r is below 2^64 but padded to " +
+                                                 counted(halfSize, "byte") +
+                                                 ", a form that no signature is accepted in"};
     }
     return std::nullopt;
 }

@@ -6,13 +6,14 @@
 #include <string_view>
 
 #include "core/core_integer.h"
+#include "tools/refusal.h"
 
 /// A signature's text, read as the program reads it, or a signature in another form.
 struct SignatureReading {
     /// Why the program answers false whatever the data and the key, as in "the signature's halves
     /// are of odd length (41 bytes)" or "s is not below the order". Nothing when there are data and
     /// a key for which it answers true; r and s are then from 1 to n - 1.
-    std::optional<std::string> refusal;
+    std::optional<Refusal> refusal{};
 
     std::size_t halfSize = 0;            ///< bytes of each half; 0 when the text has no two halves
     core::CoreInteger r{.capacity = 3};  ///< normal, as s is; zero when there are no halves

@@ -10,6 +10,7 @@
 #include "tests/support/hexadecimal.h"
 #include "tests/support/project_key.h"
 #include "tests/support/random_operands.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 
@@ -50,7 +51,7 @@ bool libcryptoReads(const Bytes& bytes) {
 }
 
 std::string refusalOf(const std::string& hexadecimalBytes) {
-    return readDerSignature(bytesFromHexadecimal(hexadecimalBytes)).refusal.value_or("accepted");
+    return refusalText(readDerSignature(bytesFromHexadecimal(hexadecimalBytes)).refusal);
 }
 
 TEST(WriteDerSignature, GivesWhatLibcryptoGives) {
@@ -66,7 +67,7 @@ TEST(ReadDerSignature, TakesWhatLibcryptoGives) {
         const std::string r = randomNumber(9 + randomBelow(13));
         const std::string s = randomNumber(1 + randomBelow(21));
         const SignatureReading reading = readDerSignature(libcryptoSignature(r, s));
-        EXPECT_EQ(reading.refusal.value_or("accepted"), "accepted");
+        EXPECT_EQ(refusalText(reading.refusal), "accepted");
         EXPECT_EQ(reading.halfSize, std::max(r.size(), s.size()) / 2);
         EXPECT_EQ(BigNumber::fromInteger(reading.r), BigNumber::fromHexadecimal(r));
         EXPECT_EQ(BigNumber::fromInteger(reading.s), BigNumber::fromHexadecimal(s));
@@ -116,7 +117,7 @@ TEST(ReadDerSignature, RefusesNumbersThatNoSignatureHas) {
     const std::string n = curveOrderDigits;
     const std::string below = multiplyAdd("-1", "1", n);
     const auto refusal = [](const std::string& r, const std::string& s) {
-        return readDerSignature(libcryptoSignature(r, s)).refusal.value_or("accepted");
+        return refusalText(readDerSignature(libcryptoSignature(r, s)).refusal);
     };
     EXPECT_EQ(refusal(below, below), "accepted");
     EXPECT_EQ(refusal("0", below), "r is zero");
@@ -156,7 +157,7 @@ TEST(ReadDerSignature, IsAsStrictAsLibcryptoOnMutatedBytes) {
             ++accepted;
         } else if (libcryptoReads(bytes)) {
             // Well formed, so that only the numbers stand against it.
-            const std::string& refusal = *reading.refusal;
+            const std::string& refusal = reading.refusal->text;
             EXPECT_TRUE(refusal.ends_with("below the order") || refusal.ends_with("is zero") ||
                         refusal.ends_with("is negative") || refusal.starts_with("r is below 2^64"))
                 << refusal << ": " << hexadecimalFromBytes(bytes.data(), bytes.size());

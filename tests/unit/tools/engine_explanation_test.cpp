@@ -1,3 +1,7 @@
+#include <tuple>
+#include <utility>
+#include <vector>
+
 #include "tests/support/failing_calls.h"
 #include "tests/support/project_key.h"
 #include "tests/support/signature_text.h"
@@ -105,38 +109,62 @@ TEST_F(ExplainEngine, TellsAFileThatCannotBeTakenBeforeTheProject) {
     const std::string absent = folder.file("absent");
     expectUnusable(
         absent, "&sig_file=" + absent,
-        "file: the file \"" + absent + "\": cannot be opened: No such file or directory");
+        "file.open: the file \"" + absent + "\": cannot be opened: No such file or directory");
     const std::string empty = write("empty", {});
-    expectUnusable(project, "&sig_file=" + empty, "file: the file \"" + empty + "\": is empty");
+    expectUnusable(project, "&sig_file=" + empty,
+                   "file.empty: the file \"" + empty + "\": is empty");
     expectUnusable(project, "&sig_file=" + folder.path(),
-                   "file: the file \"" + folder.path() + "\": is a directory");
+                   "file.directory: the file \"" + folder.path() + "\": is a directory");
 }
 
 TEST_F(ExplainEngine, TellsAFileOfASizeThatDoesNotCount) {
     const std::string path = write("large", {});
     std::filesystem::resize_file(path, std::uintmax_t{1} << 31);
-    expectUnusable(
-        project, "&sig_file=" + path,
-        "file: the file \"" + path + "\": has 2147483648 bytes: at most 2147483647 can be signed");
+    expectUnusable(project, "&sig_file=" + path,
+                   "file.too-large: the file \"" + path +
+                       "\": has 2147483648 bytes: at most 2147483647 can be signed");
     std::filesystem::resize_file(path, std::uintmax_t{1} << 32);
     expectUnusable(project, "&sig_file=" + path,
-                   "file: the file \"" + path +
+                   "file.no-bytes: the file \"" + path +
                        "\": has 4294967296 bytes, a multiple of 4294967296: nothing of it counts");
 }
 
-TEST_F(ExplainEngine, TellsAProjectThatDoesNotLoad) {
-    const std::string absent = folder.file("absent");
-    const std::string start = "project: the project \"";
-    ProjectImage oneEntryAlone;
-    oneEntryAlone.entryCount = 1;
-    for (const Bytes& bytes : {Bytes{}, Bytes{'V', 'L'}, bytesOf("no project, but of 24 bytes or"),
-                               oneEntryAlone.bytes()}) {
+TEST_F(ExplainEngine, TellsAFileThatIsNone) {
+    expectUnusable(project, "&sig_file=/dev/null",
+                   "file.no-regular: the file \"/dev/null\": is no regular file");
+}
+
+TEST_F(ExplainEngine, TellsEachWayInWhichAProjectDoesNotLoad) {
+    const AttributeValues values = {{1, {10}}, {2, {20}}};
+    ProjectImage entryAlone;
+    entryAlone.entryCount = 1;
+    ProjectImage damaged = projectImage(values);
+    damaged.bodyDigest = Bytes(16);
+    ProjectImage withEmpty = projectImage(values);
+    withEmpty.directory[0].size = 0;
+    ProjectImage tooLong = projectImage(values);
+    tooLong.directory[1].size = 2;
+    const std::vector<std::pair<std::string, Bytes>> files = {
+        {"project.header", {'V', 'L'}},
+        {"project.magic", bytesOf("no project, but of 24 bytes or more")},
+        {"project.no-body", entryAlone.bytes()},
+        {"project.digest", damaged.bytes()},
+        {"project.entry-empty", withEmpty.bytes()},
+        {"project.entry-range", tooLong.bytes()}};
+    for (const auto& [rule, bytes] : files) {
         const std::string path = write("damaged", bytes);
-        const Explanation explanation = explainForm(signing(path, "&sig_data=a"));
-        EXPECT_EQ(reasonOf(explanation).substr(0, start.size() + path.size() + 3),
-                  start + path + "\": ");
+        const std::string start = rule + ": the project \"" + path + "\": ";
+        for (const std::string& body :
+             {signing(path, "&sig_data=a"), verifying(path, "&sig_data=a", known.text)}) {
+            const std::string reason = reasonOf(explainForm(body));
+            EXPECT_TRUE(reason.starts_with(start)) << reason;
+        }
     }
-    EXPECT_EQ(explainForm(verifying(absent, "&sig_data=a", known.text)).rule, "project");
+    for (const auto& [rule, path] : {std::pair("project.open", folder.file("absent")),
+                                     {"project.directory", folder.path()},
+                                     {"project.no-regular", std::string("/dev/null")}}) {
+        EXPECT_EQ(explainForm(signing(path, "&sig_data=a")).rule, rule);
+    }
 }
 
 TEST_F(ExplainEngine, TellsHowFarTheDirectoryOfAProjectReaches) {
@@ -146,7 +174,7 @@ TEST_F(ExplainEngine, TellsHowFarTheDirectoryOfAProjectReaches) {
     const std::string path = write("short", image.bytes());
     expectUnusable(
         path, "&sig_data=a",
-        "project: the project \"" + path + "\": the directory ends after 3 of 5 entries");
+        "project.entries: the project \"" + path + "\": the directory ends after 3 of 5 entries");
 }
 
 TEST_F(ExplainEngine, TellsThatThereIsNoMemoryForAProject) {
@@ -170,7 +198,7 @@ TEST_F(ExplainEngine, TellsAKeyThatIsNotComplete) {
         AttributeValues left = attributes();
         left.erase(id);
         const std::string path = writeProject(left);
-        const std::string start = "key: the key of the project \"" + path + "\": ";
+        const std::string start = "key.absent: the key of the project \"" + path + "\": ";
         for (const std::string& body :
              {signing(path, "&sig_data=a"), verifying(path, "&sig_data=a", known.text)}) {
             const std::string reason = reasonOf(explainForm(body));
@@ -180,12 +208,30 @@ TEST_F(ExplainEngine, TellsAKeyThatIsNotComplete) {
     }
 }
 
+TEST_F(ExplainEngine, TellsEachWayInWhichAKeyIsNotComplete) {
+    const std::vector<std::tuple<std::string, std::uint32_t, Bytes>> keys = {
+        {"key.too-large", 72, Bytes(297)},
+        {"key.too-many-bits", 75, elementValue(513, "1")},
+        {"key.degree", 73, elementValue(162, "1")},
+        {"key.bits-differ", 76, elementValue(162, "1")},
+        {"key.zero-scalar", 74, integerValue(8, {0})}};
+    for (const auto& [rule, id, value] : keys) {
+        AttributeValues changed = attributes();
+        changed[id] = value;
+        EXPECT_EQ(explainForm(signing(writeProject(changed), "&sig_data=a")).rule, rule);
+    }
+    AttributeValues withoutBits = attributes();
+    withoutBits[75] = {0, 0, 0, 0};
+    withoutBits[76] = {0};
+    EXPECT_EQ(explainForm(signing(writeProject(withoutBits), "&sig_data=a")).rule, "key.no-bits");
+}
+
 TEST_F(ExplainEngine, TellsThatTheScalarIsMissingToSignAlone) {
     AttributeValues left = attributes();
     left.erase(74);
     const std::string path = writeProject(left);
     const Explanation made = explainForm(signing(path, "&sig_data=a"));
-    EXPECT_EQ(made.rule, "key");
+    EXPECT_EQ(made.rule, "key.absent");
     EXPECT_NE(made.reason.find("74"), std::string::npos) << made.reason;
     EXPECT_EQ(explainForm(verifying(path, messageFile(), known.text)).rule, "signature.valid");
 }
@@ -207,19 +253,26 @@ TEST_F(ExplainEngine, TellsThatAnUnsoundKeyGivesNoSignature) {
 }
 
 TEST_F(ExplainEngine, TellsWhatIsWrongWithASignatureText) {
-    const auto expected = [](const std::string& reason) { return "signature.text: " + reason; };
+    EXPECT_EQ(invalidity("%00"), "signature.empty: the signature is empty");
     EXPECT_EQ(invalidity(std::string(129, 'A')),
-              expected("the signature has 129 characters, more than 128"));
+              "signature.too-long: the signature has 129 characters, more than 128");
     EXPECT_EQ(invalidity("ABCDE"),
-              expected("the signature's 5 characters are not whole groups of four"));
-    EXPECT_EQ(invalidity("===="), expected("the signature has 4 times \"=\", more than the bytes "
-                                           "of its groups (3)"));
+              "signature.groups: the signature's 5 characters are not whole groups of four");
+    EXPECT_EQ(invalidity("===="),
+              "signature.padding: the signature has 4 times \"=\", more than the bytes of its "
+              "groups (3)");
     EXPECT_EQ(invalidity(std::string(60, 'b')),
-              expected("the signature stands for 45 bytes, more than 42"));
+              "signature.too-many-bytes: the signature stands for 45 bytes, more than 42");
+    EXPECT_EQ(invalidity("A==="), "signature.no-bytes: the signature stands for no bytes");
     EXPECT_EQ(invalidity(std::string(55, 'b') + "="),
-              expected("the signature's halves are of odd length (41 bytes)"));
-    EXPECT_EQ(invalidity(textOf("0", one)), expected("r is zero"));
-    EXPECT_EQ(invalidity(textOf(one, "0")), expected("s is zero"));
-    EXPECT_EQ(invalidity(textOf(curveOrderDigits, one)), expected("r is not below the order"));
-    EXPECT_EQ(invalidity(textOf(one, curveOrderDigits)), expected("s is not below the order"));
+              "signature.odd: the signature's halves are of odd length (41 bytes)");
+    EXPECT_EQ(invalidity(textOf("0", one)), "signature.r-zero: r is zero");
+    EXPECT_EQ(invalidity(textOf(one, "0")), "signature.s-zero: s is zero");
+    EXPECT_EQ(invalidity(textOf(curveOrderDigits, one)),
+              "signature.r-range: r is not below the order");
+    EXPECT_EQ(invalidity(textOf(one, curveOrderDigits)),
+              "signature.s-range: s is not below the order");
+    EXPECT_EQ(invalidity(textOf(one, one)),
+              "signature.r-padded: r is below 2^64 but padded to 21 bytes, a form that no "
+              "signature is accepted in");
 }

@@ -15,6 +15,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 

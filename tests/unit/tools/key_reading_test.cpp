@@ -14,6 +14,7 @@
 #include "tests/support/project_key.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 
@@ -33,8 +34,8 @@ protected:
     }
 
     /// Both refusals once an attribute has this value, or is absent.
-    std::array<std::optional<std::string>, 2> refusals(std::uint32_t id,
-                                                       const std::optional<Bytes>& value) const {
+    std::array<std::optional<Refusal>, 2> refusals(std::uint32_t id,
+                                                   const std::optional<Bytes>& value) const {
         AttributeValues values = attributes;
         values.erase(id);
         if (value.has_value()) {

@@ -16,6 +16,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ protected:
     }
 
     /// Why the image is refused once `change` has made it wrong.
-    std::optional<std::string> refusalOf(const std::function<void(ProjectImage&)>& change) const {
+    std::optional<Refusal> refusalOf(const std::function<void(ProjectImage&)>& change) const {
         ProjectImage image = projectImage(attributes);
         change(image);
         const ProjectReading reading = readingOf(image.bytes());
@@ -128,6 +129,13 @@ TEST_F(ReadProject, TellsWhereTheDirectoryEnds) {
                   for (ImageEntry& entry : image.directory) {
                       entry = {.id = entry.id, .offset = 0, .size = 24};
                   }
+                  image.entryCount = 5;
+              }),
+              "the directory ends after 3 of 5 entries");
+    // This comes before what the entries say.
+    EXPECT_EQ(refusalOf([](ProjectImage& image) {
+                  image.values.clear();
+                  image.directory[1].size = 0;
                   image.entryCount = 5;
               }),
               "the directory ends after 3 of 5 entries");

@@ -7,6 +7,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
 #include "tests/unit/engine/engine_test.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 
@@ -18,11 +19,11 @@ constexpr std::array<SignatureForm, 3> forms = {SignatureForm::text, SignatureFo
 const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
 
 std::string refusalOf(std::string_view hexadecimal) {
-    return readSignatureAs(SignatureForm::hexadecimal, hexadecimal).refusal.value_or("accepted");
+    return refusalText(readSignatureAs(SignatureForm::hexadecimal, hexadecimal).refusal);
 }
 
 SignatureNumbers numbersOf(const SignatureReading& reading) {
-    EXPECT_EQ(reading.refusal.value_or("accepted"), "accepted");
+    EXPECT_EQ(refusalText(reading.refusal), "accepted");
     return {.r = BigNumber::fromInteger(reading.r).toHexadecimal(),
             .s = BigNumber::fromInteger(reading.s).toHexadecimal()};
 }

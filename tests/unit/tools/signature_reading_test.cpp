@@ -9,6 +9,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
 #include "tests/unit/engine/engine_test.h"
+#include "tests/unit/tools/refusal_text.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ using namespace std::string_literals;
 const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
 
 std::string refusalOf(std::string_view text) {
-    return readSignature(text).refusal.value_or("accepted");
+    return refusalText(readSignature(text).refusal);
 }
 
 /// The text of these numbers in halves of 21 bytes.
@@ -116,7 +117,7 @@ TEST(ReadSignature, GivesTheNumbersAndTheirLength) {
         for (std::size_t half = 21; 2 * half >= std::max(numbers.r.size(), numbers.s.size());
              --half) {
             const SignatureReading reading = readSignature(signatureText(numbers, half) + "\0x"s);
-            EXPECT_EQ(reading.refusal.value_or("accepted"), "accepted");
+            EXPECT_EQ(refusalText(reading.refusal), "accepted");
             EXPECT_EQ(reading.halfSize, half);
             EXPECT_EQ(numbersOf(reading), withoutZerosInFront(numbers));
         }
@@ -242,7 +243,7 @@ TEST_F(ReadingAndVerifying, AgreeOnMutatedTexts) {
         const SignatureNumbers numbers = numbersOf(reading);
         const bool expected =
             !reading.refusal.has_value() && (numbers == good || numbers == negative);
-        EXPECT_EQ(verdict, expected) << text << ": " << reading.refusal.value_or("accepted");
+        EXPECT_EQ(verdict, expected) << text << ": " << refusalText(reading.refusal);
         valid += verdict ? 1 : 0;
         refused += reading.refusal.has_value() ? 1 : 0;
     }
