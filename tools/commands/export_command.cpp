@@ -1,9 +1,6 @@
 #include "tools/commands/export_command.h"
 
-#include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
 #include "tools/exit_status.h"
 #include "tools/project/project_check.h"
@@ -13,12 +10,10 @@
 
 namespace {
 
-/// Findings by which other software would not read the key, or read a wrong one.
+/// Whether other software would not read the key, or read a wrong one.
 bool spoilsKey(const ProjectFinding& finding, bool privateKey) {
-    constexpr std::array<std::string_view, 5> ofPoints = {"short-coordinate", "infinity",
-                                                          "off-curve", "x-zero", "wrong-order"};
-    return std::find(ofPoints.begin(), ofPoints.end(), finding.code) != ofPoints.end() ||
-           (privateKey && finding.code == "key-mismatch");
+    return finding.damage == KeyDamage::points ||
+           (privateKey && finding.damage == KeyDamage::scalar);
 }
 
 }  // namespace
@@ -33,7 +28,7 @@ int exportCommand(const ExportOptions& options) {
     if (made.refusal.has_value()) {
         return reportFailure(options.file + ": " + *made.refusal);
     }
-    for (const ProjectFinding& finding : checkProject(options.file).findings) {
+    for (const ProjectFinding& finding : checkKey(reading.project)) {
         if (spoilsKey(finding, options.privateKey)) {
             return reportFailure(options.file + ": " + finding.text);
         }

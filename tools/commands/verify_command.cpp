@@ -36,7 +36,7 @@ int verifyCommand(const VerifyOptions& options) {
         return exitDone;
     }
     const SignatureReading signature = readSignature(options.signature);
-    const std::optional<std::string> unsound = unsoundKey(options.project);
+    const std::optional<std::string> unsound = unsoundKey(operation.project);
     if (signature.refusal.has_value()) {
         reportRemark(signature.refusal->text);
     } else if (unsound.has_value()) {

@@ -3,10 +3,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <map>
-#include <string_view>
 
 #include "core/integer.h"
 #include "curve/field.h"
@@ -30,17 +28,20 @@ std::uint32_t elementSize(std::uint64_t degree) {
     return headerSize + 4 * static_cast<std::uint32_t>((degree + 31) / 32);
 }
 
-/// What the findings are made of.
+using Findings = std::vector<ProjectFinding>;
+
+/// What the findings on a key are made of.
 struct Checked {
     const ProjectFile& project;
-    ProjectKeyRecord key;
-    std::vector<ProjectFinding>& findings;
+    ProjectKeyRecord key{};
+    Findings findings{};
 
-    void find(const char* code, const std::string& text) {
-        findings.push_back({.code = code, .attribute = std::nullopt, .text = text});
+    void find(const char* code, KeyDamage damage, const std::string& text) {
+        findings.push_back(
+            {.code = code, .attribute = std::nullopt, .text = text, .damage = damage});
     }
-    void find(const char* code, ProjectAttributeId id, const std::string& text) {
-        findings.push_back({.code = code, .attribute = id, .text = text});
+    void find(const char* code, ProjectAttributeId id, KeyDamage damage, const std::string& text) {
+        findings.push_back({.code = code, .attribute = id, .text = text, .damage = damage});
     }
 };
 
@@ -55,21 +56,22 @@ struct StoredPoint {
     core::CurvePoint point() const { return {.x = &x, .y = &y}; }
 };
 
-void checkRepetition(Checked& checked, const std::vector<ProjectEntry>& entries) {
+void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& findings) {
     std::map<ProjectAttributeId, std::uint32_t> counts;
     for (const ProjectEntry& entry : entries) {
         ++counts[entry.id];
     }
     for (const auto& [id, count] : counts) {
         if (count > 1) {
-            checked.find("repeated-attribute", id,
-                         namedAttribute(id) + " stands " + std::to_string(count) +
-                             " times in the directory; only the first counts");
+            findings.push_back({.code = "repeated-attribute",
+                                .attribute = id,
+                                .text = namedAttribute(id) + " stands " + std::to_string(count) +
+                                        " times in the directory; only the first counts"});
         }
     }
 }
 
-void checkPermissions(Checked& checked, const std::string& path) {
+void checkPermissions(const std::string& path, Findings& findings) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0 || (status.st_mode & (S_IRWXG | S_IRWXO)) == 0) {
         return;
@@ -78,20 +80,23 @@ void checkPermissions(Checked& checked, const std::string& path) {
     for (const unsigned shift : {9U, 6U, 3U, 0U}) {
         mode += static_cast<char>('0' + (status.st_mode >> shift & 7U));
     }
-    checked.find("permissions",
-                 "holds a private scalar and is open to others than its owner: mode " + mode);
+    findings.push_back(
+        {.code = "permissions",
+         .attribute = std::nullopt,
+         .text = "holds a private scalar and is open to others than its owner: mode " + mode});
 }
 
 /// Whether the attribute is an honest, reduced coordinate.
 bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldElement& e) {
     if (const auto refusal = coordinateRefusal(checked.project, id)) {
-        checked.find("no-coordinate", id, refusal->text);
+        checked.find("no-coordinate", id, KeyDamage::points, refusal->text);
         return false;
     }
     const std::uint32_t size = checked.project.attributeSize(id);
     if (size != elementSize(e.degree)) {
         const bool isShort = size < elementSize(e.degree);
         checked.find(isShort ? "short-coordinate" : "dishonest-length", id,
+                     isShort ? KeyDamage::points : KeyDamage::none,
                      namedAttribute(id) + " has " + counted(size, "byte") + " instead of " +
                          std::to_string(elementSize(e.degree)));
         if (isShort) {
@@ -100,7 +105,7 @@ bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldE
     }
     constexpr std::size_t topWord = 2;
     if (e.words[topWord] >> (e.degree % 64) != 0) {
-        checked.find("not-reduced", id,
+        checked.find("not-reduced", id, KeyDamage::points,
                      namedAttribute(id) + " has bits at or above the degree of the field");
         return false;
     }
@@ -155,21 +160,23 @@ bool checkPoint(Checked& checked, const StoredPoint& stored) {
         return false;
     }
     if (core::fieldIsZero(stored.x) && core::fieldIsZero(stored.y)) {
-        checked.find("infinity", "the " + stored.name +
-                                     " is (0, 0), as infinity is written at times: no point of "
-                                     "the curve");
+        checked.find("infinity", KeyDamage::points,
+                     "the " + stored.name +
+                         " is (0, 0), as infinity is written at times: no point of "
+                         "the curve");
         return false;
     }
     if (!isOnCurve(stored.x, stored.y)) {
-        checked.find("off-curve", "the " + stored.name + " is not on the curve");
+        checked.find("off-curve", KeyDamage::points, "the " + stored.name + " is not on the curve");
         return false;
     }
     if (core::fieldIsZero(stored.x)) {
-        checked.find("x-zero", "the " + stored.name + " has x = 0: it is the point of order 2");
+        checked.find("x-zero", KeyDamage::points,
+                     "the " + stored.name + " has x = 0: it is the point of order 2");
         return false;
     }
     if (!isOfOrder(stored.point())) {
-        checked.find("wrong-order", "the " + stored.name + " is not of order n");
+        checked.find("wrong-order", KeyDamage::points, "the " + stored.name + " is not of order n");
         return false;
     }
     return true;
@@ -186,23 +193,23 @@ bool isMarkedNegative(const ProjectFile& project) {
 bool checkScalar(Checked& checked) {
     const ProjectAttributeId id = privateScalarAttribute;
     if (isMarkedNegative(checked.project)) {
-        checked.find("negative-scalar", id,
+        checked.find("negative-scalar", id, KeyDamage::none,
                      namedAttribute(id) + " is marked as negative, which the program ignores");
     }
     if (const auto refusal = scalarRefusal(checked.project)) {
-        checked.find("no-scalar", id, refusal->text);
+        checked.find("no-scalar", id, KeyDamage::none, refusal->text);
         return false;
     }
     core::CoreInteger scalar = *checked.key.privateScalar;
     core::integerNormalise(scalar);
     const std::uint64_t bits = core::integerBitLength(scalar);
     if (statedBits(checked.project, id) != bits) {
-        checked.find("dishonest-length", id,
+        checked.find("dishonest-length", id, KeyDamage::none,
                      namedAttribute(id) + " states " +
                          counted(statedBits(checked.project, id), "bit") + ", but has " +
                          std::to_string(bits));
     } else if (checked.project.attributeSize(id) != sizeof(std::uint32_t) + (bits + 7) / 8) {
-        checked.find("dishonest-length", id,
+        checked.find("dishonest-length", id, KeyDamage::none,
                      namedAttribute(id) + " has " +
                          counted(checked.project.attributeSize(id), "byte") + " instead of " +
                          std::to_string(sizeof(std::uint32_t) + (bits + 7) / 8));
@@ -210,11 +217,12 @@ bool checkScalar(Checked& checked) {
     core::CoreInteger order{.capacity = core::integerLimbRoom};
     core::fieldToInteger(curve().order, order);
     if (scalar.lengthAndSign == 0) {
-        checked.find("scalar-out-of-range", id, namedAttribute(id) + " is zero");
+        checked.find("scalar-out-of-range", id, KeyDamage::scalar, namedAttribute(id) + " is zero");
         return false;
     }
     if (core::integerCompare(scalar, order) >= 0) {
-        checked.find("scalar-out-of-range", id, namedAttribute(id) + " is not below the order");
+        checked.find("scalar-out-of-range", id, KeyDamage::scalar,
+                     namedAttribute(id) + " is not below the order");
         return false;
     }
     return true;
@@ -230,10 +238,14 @@ void checkProduct(Checked& checked, const StoredPoint& base, const StoredPoint& 
     multiply(scalar, base.point(), *product);
     if (core::fieldCompare(*product->x, publicPoint.x) != 0 ||
         core::fieldCompare(*product->y, publicPoint.y) != 0) {
-        checked.find("key-mismatch",
+        checked.find("key-mismatch", KeyDamage::scalar,
                      "the public point is not the product of the private scalar and the base "
                      "point");
     }
+}
+
+bool verifiesOnly(const ProjectFile& project) {
+    return project.attributeSize(privateScalarAttribute) == 0;
 }
 
 }  // namespace
@@ -250,13 +262,19 @@ ProjectCheck checkProject(const std::string& path) {
             {.code = "container", .attribute = std::nullopt, .text = reading.refusal->text});
         return check;
     }
-    Checked checked{.project = reading.project, .key = {}, .findings = check.findings};
-    checked.key.loadFromAttributes(reading.project);
-    check.verifiesOnly = reading.project.attributeSize(privateScalarAttribute) == 0;
-    checkRepetition(checked, reading.entries);
+    check.verifiesOnly = verifiesOnly(reading.project);
+    checkRepetition(reading.entries, check.findings);
     if (!check.verifiesOnly) {
-        checkPermissions(checked, path);
+        checkPermissions(path, check.findings);
     }
+    const Findings ofKey = checkKey(reading.project);
+    check.findings.insert(check.findings.end(), ofKey.begin(), ofKey.end());
+    return check;
+}
+
+std::vector<ProjectFinding> checkKey(const ProjectFile& project) {
+    Checked checked{.project = project};
+    checked.key.loadFromAttributes(project);
     const StoredPoint base{.name = "base point",
                            .x = checked.key.basePointX,
                            .y = checked.key.basePointY,
@@ -269,21 +287,17 @@ ProjectCheck checkProject(const std::string& path) {
                                   .yId = publicPointYAttribute};
     const bool baseIsSound = checkPoint(checked, base);
     const bool publicPointIsSound = checkPoint(checked, publicPoint);
-    const bool scalarIsSound = !check.verifiesOnly && checkScalar(checked);
+    const bool scalarIsSound = !verifiesOnly(project) && checkScalar(checked);
     if (baseIsSound && publicPointIsSound && scalarIsSound) {
         checkProduct(checked, base, publicPoint);
     }
-    return check;
+    return checked.findings;
 }
 
-std::optional<std::string> unsoundKey(const std::string& path) {
-    constexpr std::array<std::string_view, 6> harmless = {"container",          "permissions",
-                                                          "repeated-attribute", "dishonest-length",
-                                                          "negative-scalar",    "no-scalar"};
-    for (const ProjectFinding& finding : checkProject(path).findings) {
-        if (std::find(harmless.begin(), harmless.end(), finding.code) == harmless.end()) {
-            return finding.text;
-        }
-    }
-    return std::nullopt;
+std::optional<std::string> unsoundKey(const ProjectFile& project) {
+    const Findings findings = checkKey(project);
+    const auto found = std::find_if(findings.begin(), findings.end(), [](const auto& finding) {
+        return finding.damage != KeyDamage::none;
+    });
+    return found == findings.end() ? std::nullopt : std::optional(found->text);
 }

@@ -6,11 +6,19 @@
 
 #include "project/project_file.h"
 
+/// What a finding makes of the signatures under a key.
+enum class KeyDamage {
+    none,    ///< nothing, or they are refused
+    points,  ///< a point is none that signatures verify with, here or in other software
+    scalar   ///< the private scalar does not belong to the public point
+};
+
 /// One thing that is wrong with a project.
 struct ProjectFinding {
     std::string code;                             ///< stays the same when words change
     std::optional<ProjectAttributeId> attribute;  ///< where it is, if in one attribute
     std::string text;                             ///< in words that follow the path and a colon
+    KeyDamage damage = KeyDamage::none;           ///< what it makes of signatures
 };
 
 /// What there is to say of a project.
@@ -34,6 +42,9 @@ struct ProjectCheck {
 ///   product with the base point, in a file that its owner alone can use.
 ProjectCheck checkProject(const std::string& path);
 
-/// The first finding by which signatures under the key do not verify, in words that follow the path
-/// and a colon: values that are not sound or do not belong together.
-std::optional<std::string> unsoundKey(const std::string& path);
+/// What `checkProject` finds in the key of a loaded project.
+std::vector<ProjectFinding> checkKey(const ProjectFile& project);
+
+/// The first of these by which signatures under the key do not verify, in words that follow the
+/// path and a colon: values that are not sound or do not belong together.
+std::optional<std::string> unsoundKey(const ProjectFile& project);

@@ -148,7 +148,10 @@ Ruling invalidity(const RequestRecord& record, const Data& bytes) {
         return {signature.refusal->code, signature.refusal->text};
     }
     const std::string path = beforeZero(record.project);
-    if (const std::optional<std::string> unsound = unsoundKey(path)) {
+    const ProjectReading project = readProject(path);
+    const std::optional<std::string> unsound =
+        project.refusal.has_value() ? std::nullopt : unsoundKey(project.project);
+    if (unsound.has_value()) {
         return {"key.unsound",
                 "the signature is well formed, but no signature verifies under the "
                 "project " +

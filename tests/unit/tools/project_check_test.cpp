@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/entry.h"
@@ -290,6 +291,38 @@ TEST_F(CheckProject, FindsScalarsUnderAnotherLength) {
         Strings{"dishonest-length: attribute 74 (private scalar) states 163 bits, but has 3"});
     EXPECT_EQ(textsOfFive(integerValue(3, {5, 0})),
               Strings{"dishonest-length: attribute 74 (private scalar) has 6 bytes instead of 5"});
+}
+
+TEST_F(CheckProject, TellsWhatEachFindingMakesOfSignatures) {
+    const auto damageWith = [this](std::uint32_t id, const Bytes& value) {
+        AttributeValues values = attributes;
+        values[id] = value;
+        const ProjectCheck check = checkOf(projectBytes(values));
+        EXPECT_EQ(check.findings.size(), 1U);
+        return check.findings.at(0).damage;
+    };
+    Bytes half = attributes.at(72);
+    half.resize(20);
+    Bytes notReduced = attributes.at(76);
+    notReduced[31] |= 0x80;
+    for (const auto& [id, value] : {std::pair(72U, half),
+                                    {73U, elementValue(163, "1")},
+                                    {75U, elementValue(160, "1")},
+                                    {76U, notReduced}}) {
+        EXPECT_EQ(damageWith(id, value), KeyDamage::points) << id;
+    }
+    EXPECT_EQ(damageWith(74, integerValue("1234567")), KeyDamage::scalar);
+    EXPECT_EQ(damageWith(74, integerValue(curveOrderDigits)), KeyDamage::scalar);
+    Bytes longer = attributes.at(75);
+    longer.push_back(0);
+    Bytes negative = attributes.at(74);
+    negative[3] |= 0x80;
+    for (const auto& [id, value] :
+         {std::pair(75U, longer), {74U, negative}, {74U, integerValue(0, {})}}) {
+        EXPECT_EQ(damageWith(id, value), KeyDamage::none) << id;
+    }
+    EXPECT_EQ(checkOf(projectBytes(attributes), 0644).findings.at(0).damage, KeyDamage::none);
+    EXPECT_EQ(checkOf({'V', 'L', 'T'}).findings.at(0).damage, KeyDamage::none);
 }
 
 TEST_F(CheckProject, JudgesThePublishedPublicKeysAsTheyAre) {
