@@ -2,6 +2,8 @@
 
 #include <array>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
 
 #include "engine/sign.h"
 #include "engine/signature_engine.h"
@@ -10,6 +12,7 @@
 #include "tools/files/mapping_progress.h"
 #include "tools/files/random_device.h"
 #include "tools/project/key_reading.h"
+#include "tools/project/project_check.h"
 #include "tools/report.h"
 
 int signCommand(const SignOptions& options) {
@@ -34,6 +37,10 @@ int signCommand(const SignOptions& options) {
     if (!made) {
         return reportFailure(options.project +
                              ": yields no signature; 'projectctl check' says why");
+    }
+    if (const std::optional<std::string> unsound = unsoundKey(operation.project)) {
+        reportRemark(options.project +
+                     ": signatures under this key cannot be relied on: " + *unsound);
     }
     const std::string text = signature.data();
     if (options.json) {

@@ -6,11 +6,12 @@
 
 #include "project/project_file.h"
 
-/// What a finding makes of the signatures under a key.
+/// What makes signatures under a key ones that cannot be relied on: they are made, and may not
+/// verify.
 enum class KeyDamage {
-    none,    ///< nothing, or they are refused
-    points,  ///< a point is none that signatures verify with, here or in other software
-    scalar   ///< the private scalar does not belong to the public point
+    none,
+    points,  ///< a point that is not sound, nor one for other software
+    scalar   ///< a private scalar out of its range or of another public point
 };
 
 /// One thing that is wrong with a project.
@@ -18,7 +19,7 @@ struct ProjectFinding {
     std::string code;                             ///< stays the same when words change
     std::optional<ProjectAttributeId> attribute;  ///< where it is, if in one attribute
     std::string text;                             ///< in words that follow the path and a colon
-    KeyDamage damage = KeyDamage::none;           ///< what it makes of signatures
+    KeyDamage damage = KeyDamage::none;           ///< of the signatures
 };
 
 /// What there is to say of a project.
@@ -45,6 +46,6 @@ ProjectCheck checkProject(const std::string& path);
 /// What `checkProject` finds in the key of a loaded project.
 std::vector<ProjectFinding> checkKey(const ProjectFile& project);
 
-/// The first of these by which signatures under the key do not verify, in words that follow the
-/// path and a colon: values that are not sound or do not belong together.
+/// The first of these with a damage, in words that follow the path and a colon: values that are not
+/// sound or do not belong together.
 std::optional<std::string> unsoundKey(const ProjectFile& project);

@@ -153,9 +153,8 @@ Ruling invalidity(const RequestRecord& record, const Data& bytes) {
         project.refusal.has_value() ? std::nullopt : unsoundKey(project.project);
     if (unsound.has_value()) {
         return {"key.unsound",
-                "the signature is well formed, but no signature verifies under the "
-                "project " +
-                    quotation(path) + ": " + *unsound};
+                "the signature is well formed, but signatures under the key of the project " +
+                    quotation(path) + " cannot be relied on: " + *unsound};
     }
     return {"signature.mismatch", mismatchReason(signature)};
 }

@@ -13,6 +13,9 @@
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/files/input_file.h"
+#include "tools/project/key_reading.h"
+#include "tools/project/project_check.h"
+#include "tools/project/project_reading.h"
 #include "tools/request/quoted_text.h"
 
 namespace {
@@ -71,6 +74,18 @@ void remarkPermissions(const std::string& path, Remarks& remarks) {
     }
 }
 
+/// A remark on an unsound key that signs.
+void remarkUnsoundKey(const std::string& path, Remarks& remarks) {
+    const ProjectReading reading = readProject(path);
+    if (reading.refusal.has_value() || signingRefusal(reading.project).has_value()) {
+        return;
+    }
+    if (const std::optional<std::string> unsound = unsoundKey(reading.project)) {
+        remarks.push_back("signatures under the key of the project " + quotation(path) +
+                          " cannot be relied on: " + *unsound);
+    }
+}
+
 bool isOfAlphabet(char character) {
     return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
            (character >= 'a' && character <= 'z') || character == '+' || character == '/';
@@ -109,6 +124,8 @@ std::vector<std::string> engineRemarks(const RequestReading& reading) {
     if (record.mode == RequestMode::verifySignature) {
         remarkZeroByte(reading.names.signature, record.signature, remarks);
         remarkSignature(beforeZero(record.signature), remarks);
+    } else {
+        remarkUnsoundKey(beforeZero(record.project), remarks);
     }
     return remarks;
 }

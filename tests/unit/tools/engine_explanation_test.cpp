@@ -249,7 +249,37 @@ TEST_F(ExplainEngine, TellsThatAnUnsoundKeyGivesNoSignature) {
     EXPECT_EQ(reasonOf(explanation),
               "signature.none: the key is complete, but no attempt gives a signature: its base "
               "point or scalar is unsound");
+    EXPECT_EQ(explanation.remarks,
+              std::vector<std::string>{"signatures under the key of the project \"" + path +
+                                       "\" cannot be relied on: the base point is not on the "
+                                       "curve"});
     EXPECT_EQ(explainForm(signing(path, "&sig_data=abd")).rule, "signature.made");
+}
+
+TEST_F(ExplainEngine, TellsAnUnsoundKeyBeforeOtherData) {
+    const auto reasonUnder = [this](std::uint32_t id, const Bytes& value) {
+        AttributeValues unsound = attributes();
+        unsound[id] = value;
+        return reasonOf(explainForm(verifying(writeProject(unsound), "&sig_data=a", known.text)));
+    };
+    const std::string start =
+        "key.unsound: the signature is well formed, but signatures under the key of the project "
+        "\"" +
+        folder.file("other") + "\" cannot be relied on: ";
+    Bytes shortX = elementValue(163, "1");
+    shortX.resize(20);
+    EXPECT_EQ(reasonUnder(72, shortX),
+              start + "attribute 72 (x of the base point) has 20 bytes instead of 32");
+    EXPECT_EQ(reasonUnder(73, elementValue(163, "1")),
+              start + "the base point is not on the curve");
+    EXPECT_EQ(reasonUnder(74, integerValue("1234567")),
+              start +
+                  "the public point is not the product of the private scalar and the base "
+                  "point");
+    EXPECT_EQ(reasonUnder(74, integerValue(curveOrderDigits)),
+              start + "attribute 74 (private scalar) is not below the order");
+    // What is wrong and makes no difference is no reason.
+    EXPECT_EQ(reasonUnder(74, integerValue(0, {})).substr(0, 18), "signature.mismatch");
 }
 
 TEST_F(ExplainEngine, TellsWhatIsWrongWithASignatureText) {

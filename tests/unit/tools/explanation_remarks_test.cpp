@@ -76,6 +76,22 @@ TEST_F(ExplanationRemarks, TellOfAProjectThatOthersCanReadWithItsScalar) {
     EXPECT_EQ(explainForm("sig_create=true&sig_data=a&project=" + damaged).remarks, Remarks());
 }
 
+TEST_F(ExplanationRemarks, TellOfAnUnsoundKeyThatSigns) {
+    AttributeValues values = keyAttributes(randomProjectKey());
+    values[74] = integerValue("1234567");
+    const std::string path = write("unsound", projectBytes(values));
+    const std::string body = "sig_create=true&sig_data=a&project=" + path;
+    EXPECT_EQ(explainForm(body).rule, "signature.made");
+    EXPECT_EQ(explainForm(body).remarks,
+              Remarks{"signatures under the key of the project \"" + path +
+                      "\" cannot be relied on: the public point is not the product of the private "
+                      "scalar and the base point"});
+    // The reason tells of a key that does not sign.
+    values.erase(74);
+    write("unsound", projectBytes(values));
+    EXPECT_EQ(explainForm(body).remarks, Remarks());
+}
+
 TEST_F(ExplanationRemarks, TellOfTheNameInFrontOfASignature) {
     const Explanation explanation =
         explainForm(verifying("&sig_file=" + message, "signature:" + inForm(known.text)));
