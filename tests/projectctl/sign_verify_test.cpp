@@ -139,6 +139,25 @@ TEST_F(ProjectctlSignature, OfAFileIsExplainedUnderAnyEncodingOfData) {
     EXPECT_NE(explained("base64").find("\nRule signature.made: "), std::string::npos);
 }
 
+TEST_F(ProjectctlSignature, WithTheNameInFrontOfItIsFalseAndToldOf) {
+    const ProgramEnd end = runProjectctl({"verify", project, "signature:" + valid, file});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.output, "false\n");
+    EXPECT_NE(end.errors.find("\nprojectctl: the signature begins with \"signature:\", which is "
+                              "the name in front of it and no part of it\n"),
+              std::string::npos)
+        << end.errors;
+}
+
+TEST_F(ProjectctlSignature, WithCharactersOutsideItsAlphabetIsToldOf) {
+    std::string text = valid;
+    text[text.find_first_not_of('A')] = '_';
+    EXPECT_TRUE(endedWith(runProjectctl({"verify", project, text, file}), 1, "false\n",
+                          otherData +
+                              "projectctl: 1 character of the signature outside its alphabet: "
+                              "each counts as \"A\"\n"));
+}
+
 TEST_F(ProjectctlSignature, CannotBeMadeOrJudgedWithoutTheProject) {
     const std::string missing = folder.file("missing");
     const std::string message =

@@ -44,5 +44,8 @@ int verifyCommand(const VerifyOptions& options) {
     } else {
         reportRemark(mismatchReason(signature));
     }
+    for (const std::string& remark : signatureRemarks(options.signature)) {
+        reportRemark(remark);
+    }
     return exitNegative;
 }

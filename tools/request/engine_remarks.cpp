@@ -1,22 +1,19 @@
 #include "tools/request/engine_remarks.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <iomanip>
 #include <optional>
 #include <sstream>
-#include <string_view>
 #include <system_error>
+#include <utility>
 
-#include "engine/verify.h"
 #include "project/project_key_record.h"
-#include "tools/counted_text.h"
 #include "tools/files/input_file.h"
 #include "tools/project/key_reading.h"
 #include "tools/project/project_check.h"
 #include "tools/project/project_reading.h"
 #include "tools/request/quoted_text.h"
+#include "tools/signature/signature_reading.h"
 
 namespace {
 
@@ -86,29 +83,6 @@ void remarkUnsoundKey(const std::string& path, Remarks& remarks) {
     }
 }
 
-bool isOfAlphabet(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-           (character >= 'a' && character <= 'z') || character == '+' || character == '/';
-}
-
-void remarkSignature(const std::string& text, Remarks& remarks) {
-    constexpr std::string_view pairName = "signature:";
-    if (text.starts_with(pairName)) {
-        remarks.push_back(
-            "the signature begins with \"signature:\", which is the name in front of "
-            "it and no part of it");
-    }
-    // Of other lengths a text is not decoded.
-    const bool isDecoded = text.size() % 4 == 0 && text.size() <= longestSignatureText;
-    const auto strange = std::count_if(text.begin(), text.end(), [](char character) {
-        return character != '=' && !isOfAlphabet(character);
-    });
-    if (strange != 0 && isDecoded) {
-        remarks.push_back(counted(static_cast<std::uint64_t>(strange), "character") +
-                          " of the signature outside its alphabet: each counts as \"A\"");
-    }
-}
-
 }  // namespace
 
 std::vector<std::string> engineRemarks(const RequestReading& reading) {
@@ -123,7 +97,9 @@ std::vector<std::string> engineRemarks(const RequestReading& reading) {
     }
     if (record.mode == RequestMode::verifySignature) {
         remarkZeroByte(reading.names.signature, record.signature, remarks);
-        remarkSignature(beforeZero(record.signature), remarks);
+        for (std::string& remark : signatureRemarks(beforeZero(record.signature))) {
+            remarks.push_back(std::move(remark));
+        }
     } else {
         remarkUnsoundKey(beforeZero(record.project), remarks);
     }

@@ -119,6 +119,11 @@ std::size_t shortestHalf(const core::CoreInteger& r, const core::CoreInteger& s)
         std::max(core::integerByteLength(r), core::integerByteLength(s)));
 }
 
+bool isOfAlphabet(char character) {
+    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+           (character >= 'a' && character <= 'z') || character == '+' || character == '/';
+}
+
 }  // namespace
 
 SignatureReading readSignature(std::string_view text) {
@@ -150,6 +155,25 @@ std::string mismatchReason(const SignatureReading& signature) {
     return reason +
            ", or it is one of the few (one in 2^35) that are made and not accepted: its r is below "
            "2^128";
+}
+
+std::vector<std::string> signatureRemarks(const std::string& text) {
+    std::vector<std::string> remarks;
+    if (text.starts_with("signature:")) {
+        remarks.emplace_back(
+            "the signature begins with \"signature:\", which is the name in front of it and no "
+            "part of it");
+    }
+    // Of other lengths a text is not decoded.
+    const bool isDecoded = !lengthRefusal(text.size()).has_value();
+    const auto strange = std::count_if(text.begin(), text.end(), [](char character) {
+        return character != '=' && !isOfAlphabet(character);
+    });
+    if (strange != 0 && isDecoded) {
+        remarks.push_back(counted(static_cast<std::uint64_t>(strange), "character") +
+                          " of the signature outside its alphabet: each counts as \"A\"");
+    }
+    return remarks;
 }
 
 SignatureReading signatureOfNumbers(const core::CoreInteger& r, const core::CoreInteger& s) {

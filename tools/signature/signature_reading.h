@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/core_integer.h"
 #include "tools/refusal.h"
@@ -26,6 +27,10 @@ SignatureReading readSignature(std::string_view text);
 /// Why a signature without a refusal is answered with false: it belongs to other data or another
 /// key. Beside that stands the rare r that the program makes and does not accept.
 std::string mismatchReason(const SignatureReading& signature);
+
+/// What is strange about a text without a zero byte: the name of a result in front of it, and
+/// characters that decoding takes for "A".
+std::vector<std::string> signatureRemarks(const std::string& text);
 
 /// The signature of two normal numbers, in the shortest halves that hold both.
 SignatureReading signatureOfNumbers(const core::CoreInteger& r, const core::CoreInteger& s);
