@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "curve/random_scalar.h"
 #include "curve/sect163r2.h"
 #include "project/project_key_record.h"
+#include "tools/hexadecimal_digit.h"
 
 namespace {
 
@@ -63,14 +65,6 @@ core::FieldElement randomScalar() {
     return *k;
 }
 
-/// -1 for a character that is no hexadecimal digit.
-int digitValue(char digit) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    const auto lower = static_cast<char>(digit >= 'A' && digit <= 'F' ? digit - 'A' + 'a' : digit);
-    const std::size_t value = digits.find(lower);
-    return value == std::string_view::npos ? -1 : static_cast<int>(value);
-}
-
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view whiteSpace = " \t\r\n";
     const std::size_t first = text.find_first_not_of(whiteSpace);
@@ -116,7 +110,7 @@ ScalarReading readScalar(std::string_view text) {
         return {.refusal = "holds no digits", .scalar = {}};
     }
     for (const char digit : digits) {
-        if (digitValue(digit) < 0) {
+        if (!hexadecimalValue(digit).has_value()) {
             return {.refusal = "holds something else than hexadecimal digits", .scalar = {}};
         }
     }
@@ -129,8 +123,7 @@ ScalarReading readScalar(std::string_view text) {
     constexpr std::size_t longestScalar = 41;  // digits of 163 bits
     if (digits.size() <= longestScalar) {
         for (std::size_t i = 0; i < digits.size(); ++i) {
-            const auto value =
-                static_cast<std::uint64_t>(digitValue(digits[digits.size() - 1 - i]));
+            const std::uint64_t value = hexadecimalValue(digits[digits.size() - 1 - i]).value_or(0);
             scalar.words[i / digitsOfWord] |= value << (i % digitsOfWord * 4);
         }
     }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/counted_text.h"
+#include "tools/hexadecimal_digit.h"
 #include "tools/signature/byte_string.h"
 #include "tools/signature/der_signature.h"
 
@@ -33,17 +34,6 @@ std::vector<std::string_view> wordsOf(std::string_view text) {
     return words;
 }
 
-std::optional<std::uint8_t> digitValue(char digit) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    const bool isUpperCase = digit >= 'A' && digit <= 'F';
-    const std::size_t value =
-        digits.find(isUpperCase ? static_cast<char>(digit - 'A' + 'a') : digit);
-    if (value == std::string_view::npos) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint8_t>(value);
-}
-
 Refusal refusalOf(const std::string& words) {
     return {.code = "signature.hexadecimal", .text = words};
 }
@@ -58,8 +48,8 @@ std::optional<Refusal> readNumber(std::string_view word, const std::string& name
     if (word.empty()) {
         return refusalOf(name + " has no digits");
     }
-    const auto wrong = std::find_if(word.begin(), word.end(),
-                                    [](char digit) { return !digitValue(digit).has_value(); });
+    const auto wrong = std::find_if(
+        word.begin(), word.end(), [](char digit) { return !hexadecimalValue(digit).has_value(); });
     if (wrong != word.end()) {
         return refusalOf(name + " has a character that is no hexadecimal digit (number " +
                          std::to_string(wrong - word.begin() + 1) + " of " +
@@ -71,7 +61,7 @@ std::optional<Refusal> readNumber(std::string_view word, const std::string& name
     }
     std::array<std::uint8_t, longestDigits / 2> bytes{};
     for (std::size_t i = 0; i < word.size(); ++i) {
-        const std::uint8_t value = digitValue(word[word.size() - 1 - i]).value_or(0);
+        const std::uint8_t value = hexadecimalValue(word[word.size() - 1 - i]).value_or(0);
         std::uint8_t& byte = bytes[bytes.size() - 1 - i / 2];
         byte = static_cast<std::uint8_t>(byte | value << 4 * (i % 2));
     }
