@@ -1,86 +1,48 @@
 #include "tools/commands/convert_command.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <span>
-#include <utility>
+#include <string>
 
 #include "core/hash.h"
 #include "engine/mapped_file.h"
 #include "tools/commands/signed_file.h"
 #include "tools/exit_status.h"
 #include "tools/files/input_file.h"
+#include "tools/files/small_file.h"
 #include "tools/report.h"
 #include "tools/signature/byte_string.h"
 
 namespace {
 
-/// More bytes than any form of a signature takes are no signature and are not read.
-constexpr std::size_t longestSignature = 4096;
-
-/// What a signature or a digest is made of, or why there is none.
-struct Content {
-    std::optional<std::string> failure;
-    std::string bytes;
-};
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-Content readStream(std::FILE* stream, const std::string& name) {
-    std::string bytes(longestSignature + 1, '\0');
-    errno = 0;
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream));
-    if (std::ferror(stream) != 0) {
-        return {.failure = name + ": " + std::strerror(errno), .bytes = {}};
-    }
-    if (bytes.size() > longestSignature) {
-        return {.failure = name + ": has more than " + std::to_string(longestSignature) +
-                           " bytes, which is no signature",
-                .bytes = {}};
-    }
-    return {.failure = {}, .bytes = std::move(bytes)};
-}
-
 /// The bytes of the signature, without the line feed that ends a text on standard input.
-Content readSignatureBytes(const ConvertOptions& options) {
+SmallFile readSignatureBytes(const ConvertOptions& options) {
     const std::string& signature = *options.signature;
-    if (signature == "-") {
-        Content content = readStream(stdin, inputName(signature));
-        if (options.from != SignatureForm::der && content.bytes.ends_with('\n')) {
-            content.bytes.pop_back();
-        }
-        return content;
-    }
-    if (options.from != SignatureForm::der) {
-        return {.failure = {}, .bytes = signature};
+    if (signature != "-" && options.from != SignatureForm::der) {
+        return {.failure = std::nullopt, .content = signature};
     }
     if (signature.empty()) {
-        return {.failure = "SIGNATURE: an empty path names no file", .bytes = {}};
+        return {.failure = "SIGNATURE: an empty path names no file", .content = {}};
     }
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(signature.c_str(), "rbe"));
-    if (file == nullptr) {
-        return {.failure = signature + ": " + std::strerror(errno), .bytes = {}};
+    SmallFile file = readSmallFile(signature, "signature");
+    if (options.from != SignatureForm::der && file.content.ends_with('\n')) {
+        file.content.pop_back();
     }
-    return readStream(file.get(), signature);
+    return file;
 }
 
 int convertSignature(const ConvertOptions& options) {
-    const Content content = readSignatureBytes(options);
-    if (content.failure.has_value()) {
-        return reportFailure(*content.failure);
+    const SmallFile source = readSignatureBytes(options);
+    if (source.failure.has_value()) {
+        return reportFailure(*source.failure);
     }
-    const SignatureReading signature = readSignatureAs(options.from, content.bytes);
+    const SignatureReading signature = readSignatureAs(options.from, source.content);
     if (signature.refusal.has_value()) {
         const bool isArgument = *options.signature != "-" && options.from != SignatureForm::der;
-        const std::string source = isArgument ? "" : inputName(*options.signature) + ": ";
-        return reportFailure(source + signature.refusal->text);
+        const std::string name = isArgument ? "" : inputName(*options.signature) + ": ";
+        return reportFailure(name + signature.refusal->text);
     }
     if (options.json) {
         const std::string der = writeSignatureAs(SignatureForm::der, signature);
