@@ -10,10 +10,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <span>
 
 #include "engine/mapped_file.h"
 #include "tools/counted_text.h"
+#include "tools/files/write_all.h"
 
 namespace {
 
@@ -43,17 +43,6 @@ int openNameless(const std::string& folder) {
         ::unlink(name.c_str());
     }
     return named;
-}
-
-bool writeAll(int descriptor, std::span<const char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes = bytes.subspan(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 /// Copies standard input to its end; says what went wrong.

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "tools/counted_text.h"
+#include "tools/files/write_all.h"
 #include "tools/request/quoted_text.h"
 
 namespace {
@@ -35,27 +36,17 @@ std::optional<std::string> variable(const char* name) {
     throw std::system_error(errno, std::generic_category(), "a file for the request's body");
 }
 
-void writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written == -1) {
-            giveUp();
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 /// A file without a name that holds these bytes, at its start.
 int fileOf(std::string_view bytes) {
     const int descriptor = ::memfd_create("request", MFD_CLOEXEC);
     if (descriptor == -1) {
         giveUp();
     }
-    try {
-        writeAll(descriptor, bytes);
-    } catch (const std::system_error&) {
+    if (!writeAll(descriptor, bytes)) {
+        const int reason = errno;
         ::close(descriptor);
-        throw;
+        errno = reason;
+        giveUp();
     }
     ::lseek(descriptor, 0, SEEK_SET);
     return descriptor;
