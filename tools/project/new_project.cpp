@@ -14,6 +14,7 @@
 #include "curve/sect163r2.h"
 #include "project/project_key_record.h"
 #include "tools/hexadecimal_digit.h"
+#include "tools/project/point_product.h"
 
 namespace {
 
@@ -53,12 +54,6 @@ Bytes storedScalar(const core::FieldElement& k) {
     return bytes;
 }
 
-/// out := k * P.
-void multiply(const core::FieldElement& k, const core::CurvePoint& P, core::CurvePoint& out) {
-    const core::CurveCoefficients coefficients{curve().coefficientA, curve().coefficientB};
-    core::pointMultiply(k, P, coefficients, out, curve().reductionPolynomial);
-}
-
 core::FieldElement randomScalar() {
     const core::FieldTemporary k(core::fieldNew(curve().degree));
     core::drawScalar(*k, curve().order);
@@ -90,10 +85,10 @@ ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& 
     } else {
         // The order is prime, so every multiple of the published base point but infinity has that
         // order.
-        multiply(randomScalar(), curve().basePoint, *basePoint);
+        pointProduct(randomScalar(), curve().basePoint, *basePoint);
     }
     const core::FieldElement k = scalar.has_value() ? *scalar : randomScalar();
-    multiply(k, *basePoint, *publicPoint);
+    pointProduct(k, *basePoint, *publicPoint);
 
     ProjectFile project;
     project.insertAttribute(basePointXAttribute, storedElement(*basePoint->x));

@@ -14,6 +14,7 @@
 #include "tools/counted_text.h"
 #include "tools/project/attribute_meaning.h"
 #include "tools/project/key_reading.h"
+#include "tools/project/point_product.h"
 #include "tools/project/project_reading.h"
 
 namespace {
@@ -135,19 +136,13 @@ bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
     return core::fieldCompare(left, right) == 0;
 }
 
-/// out := k * P.
-void multiply(const core::FieldElement& k, const core::CurvePoint& P, core::CurvePoint& out) {
-    const core::CurveCoefficients coefficients{curve().coefficientA, curve().coefficientB};
-    core::pointMultiply(k, P, coefficients, out, curve().reductionPolynomial);
-}
-
 /// Whether (n - 1) * P = -P, for a point on the curve with an x other than zero. The product n * P
 /// would tell nothing: `pointAdd` takes -P for P where x has a zero top word, and doubles.
 bool isOfOrder(const core::CurvePoint& P) {
     core::FieldElement factor = curve().order;
     factor.words[0] -= 1;
     core::PointTemporary product(curve().degree);
-    multiply(factor, P, *product);
+    pointProduct(factor, P, *product);
     core::pointNegate(*product);
     return !core::pointIsInfinity(*product) && core::fieldCompare(*product->x, *P.x) == 0 &&
            core::fieldCompare(*product->y, *P.y) == 0;
@@ -235,7 +230,7 @@ void checkProduct(Checked& checked, const StoredPoint& base, const StoredPoint& 
     core::integerNormalise(value);
     core::fieldFromInteger(value, scalar);
     core::PointTemporary product(curve().degree);
-    multiply(scalar, base.point(), *product);
+    pointProduct(scalar, base.point(), *product);
     if (core::fieldCompare(*product->x, publicPoint.x) != 0 ||
         core::fieldCompare(*product->y, publicPoint.y) != 0) {
         checked.find("key-mismatch", KeyDamage::scalar,
