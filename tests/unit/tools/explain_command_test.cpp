@@ -1,5 +1,8 @@
 #include "tools/commands/explain_command.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/failing_calls.h"
@@ -43,6 +46,26 @@ protected:
         options.signature = known.text;
         return options;
     }
+};
+
+/// While it lives, no file can be written beyond so many bytes.
+class ScopedFileLimit {
+public:
+    explicit ScopedFileLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const struct rlimit limit { .rlim_cur = bytes, .rlim_max = before_.rlim_max };
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~ScopedFileLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    ScopedFileLimit(const ScopedFileLimit&) = delete;
+    ScopedFileLimit& operator=(const ScopedFileLimit&) = delete;
+
+private:
+    void (*handler_)(int);
+    struct rlimit before_ {};
 };
 
 }  // namespace
@@ -145,6 +168,12 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
               "projectctl: " + folder.file("absent") + ": No such file or directory\n");
     options.body = folder.path();
     EXPECT_EQ(failureOf(options), "projectctl: " + folder.path() + ": Is a directory\n");
+}
+
+TEST_F(ExplainCommand, FailsWithoutAFileForTheBody) {
+    const ExplainOptions options = bodyOptions(std::string(2000, 'a'));
+    const ScopedFileLimit limit(1000);
+    EXPECT_EQ(failureOf(options), "projectctl: a file for the request's body: File too large\n");
 }
 
 TEST_F(ExplainCommand, NamesTheBodyThatThereIsNoMemoryFor) {
