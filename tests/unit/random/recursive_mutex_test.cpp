@@ -2,14 +2,32 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <cstring>
 #include <mutex>
 #include <thread>
 
 namespace {
 
 using Lock = std::lock_guard<RecursiveMutex>;
+
+/// Leaves no zero where the next function called keeps its values.
+[[gnu::noinline]] void soilStack() {
+    std::array<volatile unsigned char, 4096> room;
+    for (volatile unsigned char& byte : room) {
+        byte = 0xFF;
+    }
+}
+
+TEST(RecursiveMutex, IsThePlainRecursiveMutexOfTheSystem) {
+    const pthread_mutex_t plain = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+    soilStack();
+    const RecursiveMutex mutex;
+    static_assert(sizeof mutex == sizeof plain);
+    EXPECT_EQ(std::memcmp(&mutex, &plain, sizeof plain), 0);
+}
 
 TEST(RecursiveMutex, IsTakenTwiceByOneThreadAndKeptUntilBothAreGivenBack) {
     RecursiveMutex mutex;
