@@ -41,8 +41,8 @@ struct RandomGenerator {
     /// Two steps; the first gives the high half.
     std::uint64_t next64();
 
-    /// A value in [0, bound), for a bound above 0: a draw below the larger of `bound` and its
-    /// bitwise complement, modulo `bound`.
+    /// A value in [0, bound): a draw below the larger of `bound` and its bitwise complement, modulo
+    /// `bound`. A bound of 0 ends the process by the processor's fault of a division by zero.
     std::uint32_t next32Below(std::uint32_t bound);
     std::uint64_t next64Below(std::uint64_t bound);
 

@@ -142,4 +142,15 @@ TYPED_TEST(BoundedDraw, CandidateJustBelowTheComplementOfASmallBoundIsTaken) {
     EXPECT_TRUE(pair.inStep());
 }
 
+/// Under this name, the test runs before those that start threads.
+template <typename Draw>
+class BoundedDrawDeathTest : public testing::Test {};
+TYPED_TEST_SUITE(BoundedDrawDeathTest, Widths);
+
+TYPED_TEST(BoundedDrawDeathTest, ABoundOfZeroEndsTheProcess) {
+    RandomGenerator generator;
+    generator.seedFromWord(1);
+    EXPECT_DEATH(TypeParam::below(generator, 0), "");
+}
+
 }  // namespace
