@@ -23,7 +23,7 @@ std::vector<int> openings;
 int systemOpen(const char* path, int flags, ...) asm("__real_open");
 int replacedOpen(const char* path, int flags, ...) asm("__wrap_open");
 
-int replacedOpen(const char* path, int flags, ...) {
+int replacedOpen(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp)
     openings.push_back(flags);
     if (errorWithoutWaiting != 0 && (flags & O_NONBLOCK) != 0) {
         errno = errorWithoutWaiting;

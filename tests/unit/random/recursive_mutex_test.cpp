@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <mutex>
+#include <span>
 #include <thread>
 
 namespace {
@@ -26,7 +27,8 @@ TEST(RecursiveMutex, IsThePlainRecursiveMutexOfTheSystem) {
     soilStack();
     const RecursiveMutex mutex;
     static_assert(sizeof mutex == sizeof plain);
-    EXPECT_EQ(std::memcmp(&mutex, &plain, sizeof plain), 0);
+    EXPECT_TRUE(std::ranges::equal(std::as_bytes(std::span(&mutex, 1)),
+                                   std::as_bytes(std::span(&plain, 1))));
 }
 
 TEST(RecursiveMutex, IsTakenTwiceByOneThreadAndKeptUntilBothAreGivenBack) {
