@@ -58,7 +58,8 @@ TEST_F(FieldMultiply, OfRandomOperandsIsTheUnreducedProduct) {
 
 TEST_F(FieldMultiply, TakesTheWordAboveTheSecondOperandAlong) {
     for (int i = 0; i < 100; ++i) {
-        const BigNumber b = polynomialSum(randomPolynomial(163), BigNumber::powerOfTwo(3 * 64));
+        const BigNumber b =
+            polynomialSum(randomPolynomial(163), BigNumber::powerOfTwo(std::uint64_t{3} * 64));
         checkProduct(randomPolynomial(163), b, 163, 48, 48);
     }
 }
