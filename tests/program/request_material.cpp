@@ -100,8 +100,10 @@ std::string RequestMaterial::data() {
 
 std::string RequestMaterial::signature() const {
     if (oneIn(5)) {
+        std::string padded(56, 'b');
+        padded.back() = '=';
         return oneOf(std::vector<std::string>{"\0AAA"s, "====", "A===", std::string(132, 'A'),
-                                              std::string(60, 'b'), std::string(55, 'b') + "=",
+                                              std::string(60, 'b'), padded,
                                               signatureText({.r = "1", .s = "1"}, 21)});
     }
     std::string text = oneOf(signatures_);
