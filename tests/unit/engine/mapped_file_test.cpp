@@ -314,7 +314,8 @@ TEST_F(MappedFileTest, TakesNothingElseAwayAtTheEndOfAnInputThatHasGrown) {
         const auto* mapped = mapInputFile(input, path.c_str()).data();
         behind = const_cast<std::uint8_t*>(mapped) + page;
         // Unless something stands there already.
-        ::mmap(behind, page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+        static_cast<void>(::mmap(behind, page, PROT_READ,
+                                 MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0));
         ASSERT_EQ(::truncate(path.c_str(), static_cast<off_t>(2 * page)), 0);
     }
     unsigned char resident = 0;
