@@ -4,21 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 
-namespace {
-
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
-
-Stream openRandomDevice() {
-    Stream device(std::fopen("/dev/urandom", "rb"), &std::fclose);
-    if (device == nullptr) {
-        device.reset(std::fopen("/dev/random", "rb"));
-    }
-    return device;
-}
-
-}  // namespace
+#include "random/random_device.h"
 
 void collectSystemEntropy(std::vector<std::uint8_t>& pool) {
     const auto now = static_cast<std::uint64_t>(std::time(nullptr));
@@ -26,13 +13,12 @@ void collectSystemEntropy(std::vector<std::uint8_t>& pool) {
         pool.push_back(static_cast<std::uint8_t>(now >> 8 * byte));
     }
 
-    const Stream device = openRandomDevice();
+    const RandomDevice device = openRandomDevice();
     if (device == nullptr) {
         return;
     }
-    constexpr int rounds = 16;
-    for (int round = 0; round < rounds; ++round) {
-        std::array<std::uint8_t, 8> item;
+    for (std::size_t round = 0; round < seedRounds; ++round) {
+        std::array<std::uint8_t, seedItemSize> item;
         const bool delivered = std::fread(item.data(), item.size(), 1, device.get()) == 1;
         // NOLINTNEXTLINE(cert-msc30-c,cert-msc50-cpp): a stand-in for a byte that did not come
         pool.push_back(delivered ? item[0] : static_cast<std::uint8_t>(std::rand()));

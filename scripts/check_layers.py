@@ -56,7 +56,10 @@ class Layer:
 LAYERS = {
     "core": Layer(),
     "curve": Layer(folders=frozenset({"core"})),
-    "random": Layer(headers=frozenset({"core/host.h", "core/entry.h", "pthread.h"})),
+    "random": Layer(
+        headers=frozenset({"core/host.h", "core/entry.h", "pthread.h"}),
+        only_in={"random_device.cpp": {"sys/stat.h", "sys/sysmacros.h"}},
+    ),
     "project": Layer(
         headers=ENTRIES,
         only_in={"open_to_read.cpp": {"fcntl.h"}, "project_file_format.cpp": {"unistd.h"}},

@@ -1,5 +1,6 @@
 #include "tests/unit/random/system_calls.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -19,6 +20,10 @@ ScopedSystemCalls::~ScopedSystemCalls() {
 // The linker's names for the system's functions and for what replaces them.
 std::FILE* systemOpen(const char* path, const char* mode) asm("__real_fopen");
 std::FILE* replacedOpen(const char* path, const char* mode) asm("__wrap_fopen");
+std::size_t systemRead(void* buffer, std::size_t size, std::size_t count,
+                       std::FILE* stream) asm("__real_fread");
+std::size_t replacedRead(void* buffer, std::size_t size, std::size_t count,
+                         std::FILE* stream) asm("__wrap_fread");
 std::time_t systemTime(std::time_t* result) asm("__real_time");
 std::time_t replacedTime(std::time_t* result) asm("__wrap_time");
 
@@ -33,6 +38,14 @@ std::FILE* replacedOpen(const char* path, const char* mode) {
     const std::string file = current->files.front();
     current->files.pop_front();
     return file.empty() ? nullptr : systemOpen(file.c_str(), mode);
+}
+
+std::size_t replacedRead(void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
+    if (current != nullptr && current->readable.has_value()) {
+        count = std::min(count, *current->readable / size);
+        *current->readable -= count * size;
+    }
+    return systemRead(buffer, size, count, stream);
 }
 
 std::time_t replacedTime(std::time_t* result) {

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// While it lives, `time` and `fopen` answer as told here instead of as the system would.
+/// While it lives, `time`, `fopen` and `fread` answer as told here instead of as the system would.
 struct ScopedSystemCalls {
     ScopedSystemCalls();
     ~ScopedSystemCalls();
@@ -19,4 +20,6 @@ struct ScopedSystemCalls {
     /// and every call behind the last, fails.
     std::deque<std::string> files;
     std::vector<std::string> opened;  ///< "path mode" of each call of `fopen`
+
+    std::optional<std::size_t> readable;  ///< bytes that `fread` gives in all, if set
 };
