@@ -6,6 +6,8 @@
 
 namespace core {
 
+inline constexpr std::uint64_t limbBits = 64;
+
 /// Limbs held by every CoreInteger: 16384 bits, the size of the core's largest temporaries.
 inline constexpr std::uint32_t integerLimbRoom = 256;
 

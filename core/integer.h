@@ -72,18 +72,19 @@ void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& re
 /// result := a * b, schoolbook. Accepts operands with zero top limbs; the result is normal.
 void integerMultiply(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
-/// quotient := a / b, truncated, for non-negative values; zero top limbs of the operands are
-/// ignored.
+/// quotient := a / b, truncated, for non-negative values, as `integerCompare` has them: 0 when a is
+/// below b, 1 when they are equal, 0 / 0 included; any other division by zero gives 0.
 ///
-/// 0 / 0 gives 1, any other division by zero 0. A negative a by a non-negative b gives 0.
+/// So a longer b gives 0 whatever its top limbs hold; a longer a is divided by the value. A
+/// negative a by a non-negative b gives 0.
 void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quotient);
 
 /// result := a mod modulus, for a non-negative `a`; a null `result` means `a` itself.
 ///
-/// A normal `a` above the modulus, but of the same bit length, is itself reduced: afterwards it
-/// holds the remainder as `result` does. Any other `a` survives. A value below the modulus is
-/// copied as it stands, with its zero top limbs; so is a negative `a`, which comes back negative.
-/// Elsewhere zero top limbs are ignored. A zero modulus leaves `result` as it was.
+/// An `a` above the modulus, but of the same bit length, is itself reduced: afterwards it holds the
+/// remainder as `result` does. Any other `a` survives. An `a` below the modulus, by
+/// `integerCompare`, is copied as it stands, with its zero top limbs; so is a negative `a`. Any
+/// other remainder is normal. A zero modulus leaves `result` as it was.
 void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* result);
 
 /// value := value * 2^count, in place; of negative values only with a count below 64.

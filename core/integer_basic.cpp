@@ -12,7 +12,6 @@ namespace core {
 
 namespace {
 
-constexpr std::uint64_t limbBits = 64;
 constexpr std::uint64_t limbBytes = 8;
 
 std::uint64_t topLimb(const CoreInteger& value) {

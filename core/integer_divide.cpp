@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
@@ -7,36 +8,6 @@
 namespace core {
 
 namespace {
-
-constexpr std::uint64_t temporaryBits = 16384;
-constexpr std::uint64_t limbBits = 64;
-
-/// Without zero limbs at the top, and without a sign if it is zero.
-bool isNormal(const CoreInteger& value) {
-    const std::uint32_t limbs = integerLimbCount(value);
-    return limbs == 0 ? value.lengthAndSign == 0 : value.limbs[limbs - 1] != 0;
-}
-
-/// A copy without the zero limbs at the top: only lengths of normal values say which is the
-/// greater.
-IntegerTemporary trimmedCopy(const CoreInteger& value) {
-    IntegerTemporary copy(integerAlloc(temporaryBits));
-    integerCopy(value, *copy);
-    integerTrim(*copy, integerLimbCount(*copy));
-    return copy;
-}
-
-/// |minuend| := |minuend| - |subtrahend|, where it is not below it.
-void subtractInPlace(CoreInteger& minuend, const CoreInteger& subtrahend, CoreInteger& scratch) {
-    subtractMagnitudes(minuend, subtrahend, scratch);
-    integerCopy(scratch, minuend);
-}
-
-void subtractWhileNotBelow(CoreInteger& value, const CoreInteger& modulus, CoreInteger& scratch) {
-    while (compareMagnitudes(value, modulus) >= 0) {
-        subtractInPlace(value, modulus, scratch);
-    }
-}
 
 /// A magnitude in as many limbs as the operation at hand needs; the others hold nothing.
 ///
@@ -90,39 +61,67 @@ void subtract(Limbs& minuend, const Limbs& subtrahend) {
     }
 }
 
+/// value := the magnitude, without a sign.
+void store(const Limbs& magnitude, CoreInteger& value) {
+    const std::uint32_t used = std::max(integerLimbCount(value), magnitude.count);
+    std::fill_n(value.limbs.begin(), used, 0);
+    std::copy_n(magnitude.limbs.begin(), magnitude.count, value.limbs.begin());
+    value.lengthAndSign = 0;
+    integerTrim(value, magnitude.count);
+}
+
+std::uint64_t bitLength(const Limbs& value) {
+    std::uint32_t limbs = value.count;
+    while (limbs > 0 && value.limbs[limbs - 1] == 0) {
+        --limbs;
+    }
+    return limbs == 0
+               ? 0
+               : limbBits * limbs - static_cast<unsigned>(std::countl_zero(value.limbs[limbs - 1]));
+}
+
+/// remainder := remainder mod divisor; the bits of the quotient are added to `quotient`, if that is
+/// not null. Long division, one bit at a time; a divisor of zero changes nothing.
+///
+/// Before the step of place i the remainder is below 2 * divisor * 2^i: at the first, because the
+/// highest bits of both stand at one place there. A subtraction, where it is due, brings it below
+/// divisor * 2^i, which is 2 * divisor * 2^(i-1). So behind place 0 it is below the divisor.
+void divide(Limbs& remainder, const CoreInteger& divisor, CoreInteger* quotient) {
+    Limbs shifted(divisor, std::max(remainder.count, integerLimbCount(divisor)));
+    const std::uint64_t divisorBits = bitLength(shifted);
+    const std::uint64_t remainderBits = bitLength(remainder);
+    if (divisorBits == 0 || divisorBits > remainderBits) {
+        return;
+    }
+    shiftLeft(shifted, remainderBits - divisorBits);
+    for (std::uint64_t place = remainderBits - divisorBits + 1; place-- > 0;) {
+        if (!isBelow(remainder, shifted)) {
+            subtract(remainder, shifted);
+            if (quotient != nullptr) {
+                quotient->limbs[place / limbBits] |= std::uint64_t{1} << place % limbBits;
+            }
+        }
+        shiftRightOne(shifted);
+    }
+}
+
 }  // namespace
 
 void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quotient) {
     integerClear(quotient);
-    if (!isNormal(a) || !isNormal(b)) {
-        const IntegerTemporary dividend = trimmedCopy(a);
-        const IntegerTemporary divisor = trimmedCopy(b);
-        integerDivide(*dividend, *divisor, quotient);
-        return;
-    }
     const std::int64_t order = integerCompare(a, b);
     if (order == 0) {
         integerCopy(integerOne, quotient);
         return;
     }
-    if (order < 0 || integerIsZero(a) || integerIsZero(b) || compareMagnitudes(a, b) < 0) {
+    if (order < 0) {
         return;
     }
-
-    const std::uint64_t topBit = integerBitLength(a) - integerBitLength(b);
-    Limbs remainder(a, integerLimbCount(a));
-    Limbs divisor(b, remainder.count);
-    shiftLeft(divisor, topBit);
-    const auto quotientLimbs = static_cast<std::uint32_t>(topBit / limbBits + 1);
-    std::fill_n(quotient.limbs.begin(), quotientLimbs, 0);
-    for (std::uint64_t bit = topBit + 1; bit-- > 0;) {
-        if (!isBelow(remainder, divisor)) {
-            subtract(remainder, divisor);
-            quotient.limbs[bit / limbBits] |= std::uint64_t{1} << bit % limbBits;
-        }
-        shiftRightOne(divisor);
-    }
-    integerTrim(quotient, quotientLimbs);
+    const std::uint32_t limbs = integerLimbCount(a);
+    std::fill_n(quotient.limbs.begin(), limbs, 0);
+    Limbs remainder(a, limbs);
+    divide(remainder, b, &quotient);
+    integerTrim(quotient, limbs);
     if (integerIsNegative(a) != integerIsNegative(b)) {
         integerMarkNegative(quotient);
     }
@@ -137,41 +136,19 @@ void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* resu
     if (integerIsZero(modulus)) {
         return;
     }
-    if (!isNormal(a) || !isNormal(modulus)) {
-        const IntegerTemporary trimmed = trimmedCopy(a);
-        const IntegerTemporary trimmedModulus = trimmedCopy(modulus);
-        if (integerCompare(*trimmed, *trimmedModulus) >= 0) {
-            integerModulo(*trimmed, *trimmedModulus, &remainder);
-        } else if (&remainder != &a) {
-            integerCopy(a, remainder);
-        }
-        return;
-    }
-
     const std::int64_t order = integerCompare(a, modulus);
     if (order == 0) {
         integerClear(remainder);
         return;
     }
-    const IntegerTemporary scratch(integerAlloc(temporaryBits));
-    const std::uint64_t aBits = integerBitLength(a);
-    const std::uint64_t modulusBits = integerBitLength(modulus);
-    if (order > 0 && aBits > modulusBits) {
-        const IntegerTemporary shifted(integerAlloc(temporaryBits));
-        const IntegerTemporary value(integerAlloc(temporaryBits));
-        integerCopy(a, *value);
-        integerCopy(modulus, *shifted);
-        integerShiftLeft(*shifted, aBits - modulusBits);
-        for (std::uint64_t shift = aBits - modulusBits; shift != 0; --shift) {
-            subtractWhileNotBelow(*value, *shifted, *scratch);
-            integerShiftRight(*shifted, 1);
-        }
-        subtractWhileNotBelow(*value, *shifted, *scratch);
-        integerCopy(*value, remainder);
-        return;
-    }
     if (order > 0) {
-        subtractWhileNotBelow(a, modulus, *scratch);
+        Limbs value(a, integerLimbCount(a));
+        divide(value, modulus, nullptr);
+        if (integerBitLength(a) == integerBitLength(modulus)) {
+            store(value, a);
+        }
+        store(value, remainder);
+        return;
     }
     if (&remainder != &a) {
         integerCopy(a, remainder);

@@ -8,8 +8,6 @@ namespace core {
 
 namespace {
 
-constexpr std::uint64_t limbBits = 64;
-
 bool isOne(const CoreInteger& value) {
     return value.lengthAndSign == 1 && value.limbs[0] == 1;
 }

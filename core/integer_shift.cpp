@@ -3,12 +3,6 @@
 
 namespace core {
 
-namespace {
-
-constexpr std::uint64_t limbBits = 64;
-
-}  // namespace
-
 void integerShiftLeft(CoreInteger& value, std::uint64_t count) {
     const std::uint32_t oldCount = integerLimbCount(value);
     if (oldCount == 0) {

@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::uint64_t setupBits = 16384;
 constexpr std::uint64_t productBits = 15384;
-constexpr std::uint64_t limbBits = 64;
 
 }  // namespace
 

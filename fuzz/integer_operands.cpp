@@ -27,7 +27,12 @@ FuzzOperands::FuzzOperands(InputReader& input, std::uint32_t limbs) {
     const std::uint32_t zeroOfB = head >> 2 & 3;
     a = integerOf(first, zeroOfA);
     b = integerOf(second, zeroOfB);
-    normal = zeroOfA == 0 && zeroOfB == 0;
+}
+
+bool FuzzOperands::below() const {
+    const std::uint32_t limbsOfA = a.value.lengthAndSign;
+    const std::uint32_t limbsOfB = b.value.lengthAndSign;
+    return limbsOfA == limbsOfB ? a.number < b.number : limbsOfA < limbsOfB;
 }
 
 core::CoreInteger usedInteger() {

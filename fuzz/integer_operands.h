@@ -18,7 +18,9 @@ struct FuzzInteger {
 struct FuzzOperands {
     FuzzInteger a;
     FuzzInteger b;
-    bool normal;  ///< both are
+
+    /// Whether a is below b as `integerCompare` has it: lengths count as they stand.
+    bool below() const;
 
     /// The first byte tells the zero limbs of both and whether a is made a multiple of b, with
     /// something near zero added; the second, how many of the other bytes are a's.

