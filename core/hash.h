@@ -10,7 +10,8 @@ inline constexpr std::size_t ripemd160DigestSize = 20;
 inline constexpr std::size_t md5DigestSize = 16;
 
 // Each hash is one call over one buffer, keeps no state, cannot fail and may run concurrently with
-// itself. Nothing is read when `length` is 0, so `data` may then be null.
+// itself. Nothing is read when `length` is 0, so `data` may then be null. `out` may be part of the
+// message: it is written when all of that has been read.
 //
 // Digests of messages below 4 GiB are the published ones. Of a longer message, 4 GiB are left out
 // for each time that they fit: blocks are counted in the low 32 bits of `length`, the remainder is

@@ -11,6 +11,14 @@ inline constexpr std::size_t hashBlockSize = 64;
 using HashBlockFunction = void (*)(std::uint32_t* state, const std::uint8_t* data,
                                    std::uint64_t blocks);
 
+/// A HashBlockFunction of a function for one block.
+template <void (*runBlock)(std::uint32_t* state, const std::uint8_t* block)>
+void runEachBlock(std::uint32_t* state, const std::uint8_t* data, std::uint64_t blocks) {
+    for (std::uint64_t i = 0; i < blocks; ++i) {
+        runBlock(state, data + i * hashBlockSize);
+    }
+}
+
 /// Order of the bytes in the bit count that ends the padding.
 enum class LengthOrder { littleEndian, bigEndian };
 

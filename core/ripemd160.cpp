@@ -122,17 +122,11 @@ void runBlock(std::uint32_t* state, const std::uint8_t* block) {
     state[0] = t;
 }
 
-void runBlocks(std::uint32_t* state, const std::uint8_t* data, std::uint64_t blocks) {
-    for (std::uint64_t i = 0; i < blocks; ++i) {
-        runBlock(state, data + i * hashBlockSize);
-    }
-}
-
 }  // namespace
 
 void ripemd160Digest(const std::uint8_t* data, std::uint64_t length, std::uint8_t* out) {
     std::array<std::uint32_t, 5> state = initialState;
-    hashMessage(state.data(), data, length, runBlocks, LengthOrder::littleEndian);
+    hashMessage(state.data(), data, length, runEachBlock<runBlock>, LengthOrder::littleEndian);
     for (std::size_t i = 0; i < state.size(); ++i) {
         storeLittle32(out + 4 * i, state[i]);
     }

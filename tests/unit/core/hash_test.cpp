@@ -69,6 +69,15 @@ TEST_P(Digest, LeavesTheMessage) {
     EXPECT_EQ(message, copy);
 }
 
+TEST_P(Digest, MayBeWrittenOverTheMessage) {
+    std::vector<std::uint8_t> message = randomBytes(200);
+    std::vector<std::uint8_t> apart(GetParam().digestSize);
+    GetParam().digest(message.data(), message.size(), apart.data());
+    GetParam().digest(message.data(), message.size(), message.data());
+    message.resize(apart.size());
+    EXPECT_EQ(message, apart);
+}
+
 TEST_P(Digest, ReadsNoByteBeyondTheMessage) {
     for (std::size_t length = 1; length <= 130; ++length) {
         std::vector<std::uint8_t> message = randomBytes(length + 64);
