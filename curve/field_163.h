@@ -23,17 +23,17 @@ inline constexpr std::uint64_t lowTerms163 = 0xC9;
 
 /// Whether `e` is of degree 163 and reduced, with nothing above its three words up to the end of a
 /// product.
-inline bool isReduced163(const FieldElement& e) {
+constexpr bool isReduced163(const FieldElement& e) {
     return e.degree == degree163 && e.words[2] >> topBits163 == 0 &&
            (e.words[3] | e.words[4] | e.words[5]) == 0;
 }
 
-inline Words163 load163(const FieldElement& e) {
+constexpr Words163 load163(const FieldElement& e) {
     return {e.words[0], e.words[1], e.words[2]};
 }
 
 /// Whether the polynomial, whose degree is that of its field, is f.
-inline bool isPolynomial163(const FieldElement& polynomial) {
+constexpr bool isPolynomial163(const FieldElement& polynomial) {
     return polynomial.degree == degree163 &&
            load163(polynomial) == Words163{lowTerms163, 0, std::uint64_t{1} << topBits163};
 }

@@ -4,19 +4,20 @@
 #include <memory>
 
 #include "core/memory.h"
+#include "core/verify.h"
 #include "curve/field.h"
+#include "curve/field_163.h"
 
 namespace core {
 
 namespace {
-
-constexpr std::uint64_t fastDegree = 163;
 
 void reduceDegree163(FieldElement& e) {
     // A product has 325 bits: eleven 32-bit words, and one more to fill the last 64-bit word.
     std::array<std::uint32_t, 12> c;
     std::memcpy(c.data(), e.words.data(), sizeof c);
 
+    static_assert(lowTerms163 == (1 << 7 | 1 << 6 | 1 << 3 | 1));
     // z^163 = z^7 + z^6 + z^3 + 1, and 163 = 5*32 + 3: bit 0 of word i stands for z^(32(i-6)+29)
     // times the right-hand side.
     for (std::size_t i = 10; i >= 6; --i) {
@@ -47,7 +48,7 @@ void reduceBitwise(FieldElement& e, const FieldElement& f) {
         fieldShiftLeftOne(shifted[j]);
     }
 
-    for (std::uint64_t bit = 2 * degree - 2; bit >= degree; --bit) {
+    for (std::uint64_t bit = 2 * degree - 2; degree != 0 && bit >= degree; --bit) {
         if ((e.words[bit / 64] >> bit % 64 & 1) == 0) {
             continue;
         }
@@ -66,7 +67,8 @@ void reduceBitwise(FieldElement& e, const FieldElement& f) {
 }  // namespace
 
 void fieldReduce(FieldElement& e, const FieldElement& f) {
-    if (e.degree == fastDegree) {
+    verify(e.degree == f.degree && 2 * fieldWords(e.degree) <= fieldWordRoom);
+    if (e.degree == degree163) {
         reduceDegree163(e);
     } else {
         reduceBitwise(e, f);

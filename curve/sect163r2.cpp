@@ -3,11 +3,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "curve/field_163.h"
+
 namespace core {
 
 namespace {
 
-constexpr std::uint64_t degree = 163;
 constexpr std::uint64_t capacity = 48;
 
 consteval std::uint64_t digitValue(char digit) {
@@ -22,7 +23,7 @@ consteval std::uint64_t digitValue(char digit) {
 
 /// The element of degree 163 with these hexadecimal digits, most significant first.
 consteval FieldElement fieldConstant(std::string_view digits) {
-    FieldElement e{.degree = degree, .capacity = capacity};
+    FieldElement e{.degree = degree163, .capacity = capacity};
     for (std::size_t i = 0; i < digits.size(); ++i) {
         const std::size_t position = 4 * (digits.size() - 1 - i);
         e.words[position / 64] |= digitValue(digits[i]) << position % 64;
@@ -40,6 +41,7 @@ constexpr FieldElement basePointY = fieldConstant("D51FBC6C71A0094FA2CDD545B11C5
 constexpr FieldElement order = fieldConstant("40000000000000000000292FE77E70C12A4234C33");
 constexpr FieldElement cofactor = fieldConstant("2");
 
+static_assert(isPolynomial163(reductionPolynomial));
 static_assert(order.words[0] == 0x77E70C12A4234C33 && order.words[1] == 0x292FE &&
               order.words[2] == 0x400000000);
 
@@ -51,7 +53,7 @@ constexpr CurvePoint basePoint{.x = const_cast<FieldElement*>(&basePointX),
 }  // namespace
 
 constinit const CurveTable sect163r2{
-    .domain = {.degree = degree,
+    .domain = {.degree = degree163,
                .reductionPolynomial = reductionPolynomial,
                .coefficientA = coefficientA,
                .coefficientB = coefficientB,

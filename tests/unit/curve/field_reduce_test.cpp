@@ -148,6 +148,12 @@ TEST_F(FieldReduce, TakesAnyPolynomialOfAnyOtherDegree) {
     }
 }
 
+TEST_F(FieldReduce, OfDegreeZeroLeavesNothing) {
+    FieldElement e = usedElement(0, 48);
+    core::fieldReduce(e, elementFrom(BigNumber(1), 0));
+    EXPECT_EQ(contentOf(e), BigNumber(0));
+}
+
 TEST_F(FieldReduce, OfOtherDegreesZeroesTheRestOfTheCapacity) {
     const BigNumber f = polynomialOf({113, 9, 0});
     const BigNumber product = randomPolynomial(225);
