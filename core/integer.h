@@ -65,8 +65,9 @@ void integerNormalise(CoreInteger& value);
 /// included, or longer by a carry.
 void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
-/// result := a - b. Zero top limbs of an operand make it count as the greater; the difference
-/// drops them, unless nothing was subtracted.
+/// result := a - b. The longer magnitude counts as the greater, zero top limbs included; where its
+/// value is not, the difference is modulo 2^64 for each of its limbs. The difference drops zero top
+/// limbs, unless nothing was subtracted.
 void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
 /// result := a * b, schoolbook. Accepts operands with zero top limbs; the result is normal.
@@ -87,10 +88,11 @@ void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quot
 /// other remainder is normal. A zero modulus leaves `result` as it was.
 void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* result);
 
-/// value := value * 2^count, in place; of negative values only with a count below 64.
+/// value := value * 2^count, in place; zero top limbs fall away. The sign stays.
 void integerShiftLeft(CoreInteger& value, std::uint64_t count);
 
-/// value := value / 2^count, truncated, in place. The sign stays.
+/// value := value / 2^count, truncated, in place. The sign stays. The length follows from
+/// `integerBitLength`: one zero top limb falls away, and a second one stays.
 void integerShiftRight(CoreInteger& value, std::uint64_t count);
 
 /// Keeps the low `count` bits, in place, and drops the sign.

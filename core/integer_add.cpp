@@ -1,9 +1,11 @@
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
 void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result) {
+    verify(integerIsSound(a) && integerIsSound(b) && &result != &a && &result != &b);
     if (integerIsNegative(a) == integerIsNegative(b)) {
         addMagnitudes(a, b, result);
         if (integerIsNegative(a)) {
@@ -17,6 +19,7 @@ void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result)
 }
 
 void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result) {
+    verify(integerIsSound(a) && integerIsSound(b) && &result != &a && &result != &b);
     if (integerIsNegative(a) != integerIsNegative(b)) {
         addMagnitudes(a, b, result);
         if (integerIsNegative(a)) {

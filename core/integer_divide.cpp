@@ -4,6 +4,7 @@
 
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
@@ -108,6 +109,7 @@ void divide(Limbs& remainder, const CoreInteger& divisor, CoreInteger* quotient)
 }  // namespace
 
 void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quotient) {
+    verify(integerIsSound(a) && integerIsSound(b) && &quotient != &a && &quotient != &b);
     integerClear(quotient);
     const std::int64_t order = integerCompare(a, b);
     if (order == 0) {
@@ -128,6 +130,7 @@ void integerDivide(const CoreInteger& a, const CoreInteger& b, CoreInteger& quot
 }
 
 void integerModulo(CoreInteger& a, const CoreInteger& modulus, CoreInteger* result) {
+    verify(integerIsSound(a) && integerIsSound(modulus) && &a != &modulus && result != &modulus);
     CoreInteger& remainder = result != nullptr ? *result : a;
     if (integerIsZero(a)) {
         integerClear(remainder);

@@ -3,6 +3,7 @@
 
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
@@ -23,6 +24,7 @@ void subtractMultiple(CoreInteger& minuend, const CoreInteger& quotient, const C
 }  // namespace
 
 bool integerModularInverse(const CoreInteger& a, const CoreInteger& modulus, CoreInteger& result) {
+    verify(integerIsSound(a) && integerIsSound(modulus) && &result != &a && &result != &modulus);
     // Extended Euclid. Each row holds a remainder and the factor with
     // remainder = factor * a (mod modulus); the factor of the modulus itself is not needed.
     // Nothing grows longer than the operands together, and clearing more takes longer than the

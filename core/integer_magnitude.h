@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "core/core_integer.h"
@@ -16,6 +17,13 @@ inline std::uint32_t integerLimbCount(const CoreInteger& value) {
 
 inline bool integerIsNegative(const CoreInteger& value) {
     return (value.lengthAndSign & integerSignBit) != 0;
+}
+
+/// What every operand keeps: a length within the room, and zero limbs above it.
+inline bool integerIsSound(const CoreInteger& value) {
+    const std::uint32_t limbs = integerLimbCount(value);
+    return limbs <= integerLimbRoom && std::all_of(value.limbs.begin() + limbs, value.limbs.end(),
+                                                   [](std::uint64_t limb) { return limb == 0; });
 }
 
 /// Marks a non-zero value as negative; zero has no sign.

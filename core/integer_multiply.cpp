@@ -2,10 +2,13 @@
 
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
 void integerMultiply(const CoreInteger& a, const CoreInteger& b, CoreInteger& result) {
+    verify(integerIsSound(a) && integerIsSound(b) && &result != &a && &result != &b &&
+           integerLimbCount(a) + integerLimbCount(b) <= integerLimbRoom);
     integerClear(result);
     const std::uint32_t aCount = integerLimbCount(a);
     const std::uint32_t bCount = integerLimbCount(b);

@@ -1,9 +1,12 @@
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
 void integerShiftLeft(CoreInteger& value, std::uint64_t count) {
+    verify(integerIsSound(value) &&
+           (integerIsZero(value) || integerBitLength(value) + count <= limbBits * integerLimbRoom));
     const std::uint32_t oldCount = integerLimbCount(value);
     if (oldCount == 0) {
         return;
@@ -32,6 +35,7 @@ void integerShiftLeft(CoreInteger& value, std::uint64_t count) {
 }
 
 void integerShiftRight(CoreInteger& value, std::uint64_t count) {
+    verify(integerIsSound(value));
     const std::uint64_t bitLength = integerBitLength(value);
     if (bitLength <= count) {
         integerClear(value);
@@ -54,6 +58,7 @@ void integerShiftRight(CoreInteger& value, std::uint64_t count) {
 }
 
 void integerTruncate(CoreInteger& value, std::uint64_t count) {
+    verify(integerIsSound(value) && count <= limbBits * integerLimbRoom);
     if (integerIsZero(value)) {
         return;
     }

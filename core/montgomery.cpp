@@ -1,6 +1,10 @@
 #include "core/montgomery.h"
 
+#include <algorithm>
+
 #include "core/integer.h"
+#include "core/integer_magnitude.h"
+#include "core/verify.h"
 
 namespace core {
 
@@ -41,6 +45,9 @@ void modularProduct(const CoreInteger& a, const CoreInteger& b, const CoreIntege
                     CoreInteger& result) {
     const CoreInteger& radix = *montgomeryContext.montgomeryRadix;
     const std::uint64_t radixBits = integerBitLength(radix) - 1;
+    verify(!integerIsNegative(a) && !integerIsNegative(b) &&
+           std::all_of(b.limbs.begin() + radixBits / limbBits, b.limbs.end(),
+                       [](std::uint64_t limb) { return limb == 0; }));
     const IntegerTemporary product(integerAlloc(productBits));
     const IntegerTemporary form(integerAlloc(productBits));
     const IntegerTemporary t(integerAlloc(productBits));

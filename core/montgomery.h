@@ -26,8 +26,9 @@ void montgomeryTeardown();
 
 /// result := a * b modulo the modulus of the setup, which is given again; one Montgomery reduction.
 ///
-/// `a` may be any non-negative value; `b` at most a few times the modulus, since the reduction ends
-/// with one subtraction. Both may have zero top limbs.
+/// `a` may be any non-negative value and `b` any below R. With t < modulus * b, the reduction's
+/// quotient lies below modulus * (b / R + 1), which is 2 * modulus at the most, so that one
+/// subtraction ends it. Both operands may have zero top limbs.
 void modularProduct(const CoreInteger& a, const CoreInteger& b, const CoreInteger& modulus,
                     CoreInteger& result);
 

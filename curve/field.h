@@ -11,6 +11,9 @@ namespace core {
 
 // Arithmetic of GF(2^m). The degree comes from the operands, W is its number of 64-bit words. No
 // operation checks degrees, capacities or overlap. A result given as 1 reports nothing.
+//
+// A reduction polynomial of a degree that is a multiple of 64 has its highest term outside of the W
+// words: such fields are multiplied and reduced rightly, and not divided.
 
 /// W for an element of this degree.
 inline std::size_t fieldWords(std::uint64_t degree) {
@@ -66,10 +69,11 @@ void fieldShiftRightOne(FieldElement& e);
 void fieldRandom(FieldElement& e);
 
 /// out := a * b, unreduced, by the right-to-left comb method (Guide to Elliptic Curve Cryptography,
-/// algorithm 2.34). `out` must differ from both operands. Returns 1.
+/// algorithm 2.34). `out` must differ from both operands and have room for 2W words. Returns 1.
 int fieldMultiply(const FieldElement& a, const FieldElement& b, FieldElement& out);
 
-/// out := a * a, unreduced: 2W words made of `squareSpreadTable`. `out` must differ from `a`.
+/// out := a * a, unreduced: 2W words made of `squareSpreadTable`, for which `out` must have room.
+/// It must differ from `a`.
 void fieldSquare(const FieldElement& a, FieldElement& out);
 
 /// e := e mod f for an unreduced product. For degree 163 the polynomial is

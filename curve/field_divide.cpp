@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/verify.h"
 #include "curve/field.h"
 #include "curve/field_163.h"
 
@@ -133,6 +134,8 @@ Words163 divide163(const Words163& a, const Words163& b) {
 
 void fieldDivide(const FieldElement& a, const FieldElement& b, FieldElement& out,
                  const FieldElement& f) {
+    verify(a.degree == f.degree && b.degree == f.degree && f.degree % 64 != 0 &&
+           fieldWords(f.degree) < fieldWordRoom);
     if (!isPolynomial163(f) || !isReduced163(a) || !isReduced163(b) || fieldIsZero(b)) {
         divideBitwise(a, b, out, f);
         return;

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "core/state.h"
+#include "core/verify.h"
 #include "curve/field.h"
 #include "curve/field_163.h"
 
@@ -70,6 +71,7 @@ Product163 multiply163(const Words163& a, const Words163& b) {
 }  // namespace
 
 int fieldMultiply(const FieldElement& a, const FieldElement& b, FieldElement& out) {
+    verify(&out != &a && &out != &b && 2 * fieldWords(a.degree) <= fieldWordRoom);
     out.degree = a.degree;
     if (!isReduced163(a) || !isReduced163(b)) {
         multiplyBitwise(a, b, out);
@@ -95,6 +97,7 @@ std::uint64_t spread(std::uint64_t half) {
 }  // namespace
 
 void fieldSquare(const FieldElement& a, FieldElement& out) {
+    verify(&out != &a && 2 * fieldWords(a.degree) <= fieldWordRoom);
     out.degree = a.degree;
     for (std::size_t i = 0; i < fieldWords(a.degree); ++i) {
         out.words[2 * i] = spread(a.words[i]);

@@ -8,8 +8,9 @@
 namespace core {
 
 // Affine points of y^2 + xy = x^3 + a*x^2 + b over GF(2^m): their group law and multiples. `f` is
-// the reduction polynomial. `out` must have its coordinates (`pointNew`) and must not be an
-// operand. Points off the curve are not detected; operations on them end, with results without
+// the reduction polynomial. All coordinates are of its degree, which is no multiple of 64: mixed
+// degrees may never end. `out` must have its coordinates (`pointNew`) and must not be an operand.
+// Points off the curve are not detected; operations on them end, with results without
 // meaning. Time depends on the values.
 
 /// Makes the coordinates of `P`, x first, as new elements of this degree, and clears its flags.

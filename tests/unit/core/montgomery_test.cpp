@@ -155,6 +155,20 @@ TEST_F(ModularProduct, TakesTheFirstOperandModuloTheModulus) {
     montgomeryTeardown();
 }
 
+TEST_F(ModularProduct, TakesASecondOperandUpToTheRadix) {
+    const BigNumber longest = BigNumber::powerOfTwo(63) - 25;  // R is 2^64 here
+    for (const BigNumber& modulus : {longest, curveOrder()}) {
+        montgomerySetup(modulus.toInteger());
+        const BigNumber radix = BigNumber::fromInteger(*montgomeryContext.montgomeryRadix);
+        for (int i = 0; i < 500; ++i) {
+            checkProduct(modulus - 1 - randomNumber(1) % modulus,
+                         radix - 1 - randomNumber(1) % radix, modulus);
+        }
+        checkProduct(modulus - 1, radix - 1, modulus);
+        montgomeryTeardown();
+    }
+}
+
 TEST_F(ModularProduct, AcceptsZeroTopLimbs) {
     const BigNumber order = curveOrder();
     montgomerySetup(order.toInteger());
