@@ -75,6 +75,14 @@ LAYERS = {
         ),
         only_in={"main.cpp": {"core/entry.h"}},
     ),
+    "launcher": Layer(
+        headers=frozenset({"random/random_device.h"}),
+        only_in={
+            "limits.cpp": {"signal.h", "sys/resource.h", "unistd.h"},
+            "main.cpp": {"unistd.h"},
+            "request_program.cpp": {"sys/auxv.h"},
+        },
+    ),
     "tools": Layer(
         folders=frozenset({"core", "curve", "random", "project", "engine", "frontend"}),
         headers=frozenset({"nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}),

@@ -180,7 +180,7 @@ serve_until_interrupted() {
     local url=http://127.0.0.1:$port/sign.cgi project=$work/demo.project sig tries=0
     # The configuration as installed, but for the folder of the programs.
     mkdir "$work/programs"
-    cp "$programs"/{sign.cgi,nph-sign.cgi} deploy/limited "$work/programs"
+    cp "$programs"/{sign.cgi,nph-sign.cgi,limited} "$work/programs"
     sed "s|/usr/libexec/sign-cgi|$work/programs|g" deploy/lighttpd.conf >"$work/sign.conf"
     cat >"$work/lighttpd.conf" <<EOF
 server.bind = "127.0.0.1"

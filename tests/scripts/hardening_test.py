@@ -11,10 +11,10 @@ import sys
 import unittest
 from pathlib import Path
 
-PROGRAMS = ["sign.cgi", "nph-sign.cgi", "projectctl"]
+PROGRAMS = ["sign.cgi", "nph-sign.cgi", "limited", "projectctl"]
 ROOT = Path(__file__).resolve().parents[2]
 SOURCES = {str(source) for folder in ("core", "curve", "random", "project", "engine", "frontend",
-                                      "tools") for source in (ROOT / folder).rglob("*.cpp")}
+                                      "launcher", "tools") for source in (ROOT / folder).rglob("*.cpp")}
 FLAGS = ["-fstack-protector-strong", "-fstack-clash-protection", "-D_FORTIFY_SOURCE=3", "-fPIE"]
 
 

@@ -8,6 +8,7 @@ import json
 import os
 import random
 import re
+import shutil
 import socket
 import sys
 import tempfile
@@ -66,6 +67,7 @@ class TestServer(unittest.TestCase):
         programs.mkdir()
         (programs / "sign.cgi").write_text(STAND_IN, encoding="ascii")
         (programs / "sign.cgi").chmod(0o755)
+        shutil.copy(cls.programs / "limited", programs)
         server = cls.kind(programs, cls.folder)
         servers.give_to_account(server.programs)
         cls.stand_in = Service(cls.enterClassContext(server), None)

@@ -3,7 +3,7 @@
     with Lighttpd(programs, folder) as server:
         urllib.request.urlopen(server.url("sign.cgi"), b"...")
 
-`programs` is a folder with sign.cgi and, but for nginx, nph-sign.cgi. `folder` must exist; the
+`programs` is a folder with sign.cgi, `limited` and, but for nginx, nph-sign.cgi. `folder` must exist; the
 server puts a folder of its own there, with its log. `static`, if given, is a folder whose files the
 server hands out as well. A server ends with the block, by its own process id.
 """
@@ -74,11 +74,12 @@ class Server:
     def __init__(self, programs, folder, static=None):
         self.folder = Path(folder) / f"{type(self).__name__.lower()}-{free_port()}"
         self.folder.mkdir()
-        # Copies, where the server's account can reach them; `limited` stands beside the programs.
+        # Copies, where the server's account can reach them.
         self.programs = self.folder / "programs"
         self.programs.mkdir()
-        for program in (*Path(programs).glob("*sign.cgi"), DEPLOY / "limited"):
-            shutil.copy(program, self.programs)
+        for pattern in ("*sign.cgi", "limited"):
+            for program in Path(programs).glob(pattern):
+                shutil.copy(program, self.programs)
         self.static = Path(static) if static else self.folder / "static"
         self.static.mkdir(exist_ok=True)
         self.log = self.folder / "error.log"

@@ -46,6 +46,7 @@ def throughput_of(programs, name):
         answering = folder / "answering"
         answering.mkdir()
         shutil.copy(programs / "tests" / "answering_stand_in", answering / "sign.cgi")
+        shutil.copy(programs / "limited", answering)
         body = json.dumps({"mode": "generateSignature", "project": str(project.path),
                            "signature": {"data": "x" * 64}}).encode()
         with SERVERS[name](programs, folder) as ours, SERVERS[name](answering, folder) as other:
