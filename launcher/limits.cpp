@@ -26,19 +26,13 @@ bool lowerLimit(__rlimit_resource resource, rlim_t most) {
     return ::setrlimit(resource, &limit) == 0;
 }
 
-bool restoreDefault(int signal) {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    return ::sigaction(signal, &action, nullptr) == 0;
-}
-
 bool unblockSignals() {
     sigset_t none;
     return ::sigemptyset(&none) == 0 && ::sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
 }
 
-/// Cannot fail.
 void setAlarm() {
+    // It cannot fail.
     const unsigned inherited = ::alarm(seconds);
     if (inherited != 0 && inherited < seconds) {
         ::alarm(inherited);
@@ -48,9 +42,8 @@ void setAlarm() {
 }  // namespace
 
 bool setLimits() {
-    const bool set = lowerLimit(RLIMIT_CPU, processorSeconds) &&
-                     lowerLimit(RLIMIT_DATA, dataBytes) && lowerLimit(RLIMIT_CORE, coreBytes) &&
-                     restoreDefault(SIGXCPU) && restoreDefault(SIGALRM) && unblockSignals();
     setAlarm();
-    return set;
+    return lowerLimit(RLIMIT_CPU, processorSeconds) && lowerLimit(RLIMIT_DATA, dataBytes) &&
+           lowerLimit(RLIMIT_CORE, coreBytes) && ::signal(SIGXCPU, SIG_DFL) != SIG_ERR &&
+           ::signal(SIGALRM, SIG_DFL) != SIG_ERR && unblockSignals();
 }

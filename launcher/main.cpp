@@ -64,8 +64,8 @@ int main(int argumentCount, char** arguments) {
         return refuse("/dev/urandom", deviceFaults.at(static_cast<std::size_t>(fault)),
                       "let the server's programs see the kernel's, or signatures give keys away");
     }
-    RequestVariables variables = requestVariables(environ);
-    char* programArguments[] = {path.data(), nullptr};
-    ::execve(path.data(), programArguments, variables.data());
+    const std::array<char*, 2> started{path.data(), nullptr};
+    const RequestVariables variables = requestVariables(environ);
+    ::execve(path.data(), started.data(), variables.data());
     return refuse(path.data(), systemError(), "install the program beside limited");
 }

@@ -2,6 +2,7 @@
 
 #include <sys/auxv.h>
 
+#include <bit>
 #include <cstdio>
 #include <string_view>
 
@@ -20,8 +21,7 @@ const char* chosenProgram(int argumentCount, char* const* arguments) {
 }
 
 bool pathBeside(const char* name, ProgramPath& path) {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel hands pointers over as numbers
-    const std::string_view own = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+    const std::string_view own = std::bit_cast<const char*>(::getauxval(AT_EXECFN));
     const auto folderLength = static_cast<int>(own.rfind('/') + 1);
     const int length =
         std::snprintf(path.data(), path.size(), "%.*s%s", folderLength, own.data(), name);
