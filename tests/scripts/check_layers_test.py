@@ -13,7 +13,7 @@ SCRIPT = ROOT / "scripts" / "check_layers.py"
 HEADERS = """
     core/entry.h core/host.h core/core_integer.h core/integer.h
     curve/entry.h curve/field_element.h curve/curve_domain.h curve/sect163r2.h curve/point.h
-    random/random_generator.h project/open_to_read.h project/project_file.h
+    random/random_generator.h random/random_device.h project/open_to_read.h project/project_file.h
     engine/signature_engine.h
     engine/mapped_file.h frontend/request_record.h tools/project_writer.h tests/support/helper.h
 """.split()
@@ -130,6 +130,16 @@ class CheckLayers(unittest.TestCase):
         self.assert_grants(
             "frontend/main.cpp", allowed=["core/entry.h"], denied=["core/host.h", "curve/entry.h"]
         )
+
+    def test_launcher_knows_the_judge_of_the_random_device(self):
+        self.assert_grants(
+            "launcher/x.cpp",
+            allowed=["random/random_device.h"],
+            denied=["random/random_generator.h", "core/entry.h", "frontend/request_record.h",
+                    "unistd.h"],
+        )
+        self.assert_grants("launcher/limits.cpp", allowed=["sys/resource.h"],
+                           denied=["sys/auxv.h"])
 
     def test_tools_know_all_folders(self):
         self.assert_grants(
