@@ -66,6 +66,7 @@ struct ProjectFile {
     bool load(const char* filePath);
 
     /// Makes or truncates the file so that it holds an empty project: the magic and 20 zero bytes.
+    /// False when it cannot be opened, or when the device does not take these bytes.
     bool create(const char* filePath);
 
     /// Writes a header for the body that stands in `stream`, which is open for reading and writing:

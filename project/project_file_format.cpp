@@ -136,7 +136,9 @@ bool ProjectFile::create(const char* filePath) {
     }
     ProjectFileHeader header;
     header.magic = magic;
-    if (std::fwrite(&header, sizeof header, 1, stream.get()) != 1) {
+    // A write that only fills the stream's buffer says nothing of a full device.
+    if (std::fwrite(&header, sizeof header, 1, stream.get()) != 1 ||
+        std::fflush(stream.get()) != 0) {
         clear();
         return false;
     }

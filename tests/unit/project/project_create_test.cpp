@@ -86,4 +86,11 @@ TEST_F(ProjectCreate, EmptiesTableAndPathWhenTheHeaderCannotBeWritten) {
     EXPECT_FALSE(file.load(folder.file("second").c_str()));
 }
 
+TEST_F(ProjectCreate, EmptiesTableAndPathOnAFullDevice) {
+    ASSERT_TRUE(file.create(path.c_str()));
+    EXPECT_FALSE(file.create("/dev/full"));
+    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_EQ(file.path, "");
+}
+
 }  // namespace
