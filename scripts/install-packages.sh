@@ -12,7 +12,7 @@ declare -A packages=(
     [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
             apache2-bin lighttpd nginx fcgiwrap systemd
             chromium chromium-driver python3-selenium nodejs
-            python3-jsonschema openapi-specification"
+            python3-jsonschema openapi-specification util-linux mount"
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14 cppcheck shellcheck"
     [coverage]="clang-14 llvm-14"

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/exit_status.h"
+#include "tools/files/random_device.h"
 #include "tools/project/project_check.h"
 #include "tools/report.h"
 
@@ -43,6 +44,10 @@ int checkCommand(const CheckOptions& options) {
     const ProjectCheck check = checkProject(options.file);
     if (check.unjudged.has_value()) {
         return reportFailure(options.file + ": " + *check.unjudged);
+    }
+    const bool signs = !check.verifiesOnly;
+    if (const auto remark = signs ? randomDeviceRemark() : std::nullopt) {
+        reportRemark(*remark);
     }
     (options.json ? printCheckAsJson : printCheck)(options.file, check);
     return check.isSound() ? exitDone : exitNegative;

@@ -12,5 +12,6 @@ struct CreateOptions {
         scalarFile;  ///< holds the scalar in hexadecimal; "-": standard input
 };
 
-/// Makes a project file, in silence.
+/// Makes a project file, in silence. Refuses where the random device would make a key that can be
+/// guessed.
 int createCommand(const CreateOptions& options);

@@ -16,13 +16,13 @@
 #include "tools/report.h"
 
 int signCommand(const SignOptions& options) {
+    if (const auto refusal = randomDeviceRefusal()) {
+        return reportFailure(*refusal);
+    }
     PreparedOperation operation;
     if (const auto failure =
             prepareOperation(options.project, signingRefusal, options.file, operation)) {
         return reportFailure(*failure);
-    }
-    if (const auto refusal = randomDeviceRefusal()) {
-        return reportFailure(*refusal);
     }
     std::array<char, signatureBufferSize> signature{};
     bool made = false;

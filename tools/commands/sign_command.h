@@ -8,5 +8,6 @@ struct SignOptions {
     bool json = false;
 };
 
-/// Signs a file and prints the signature's text.
+/// Signs a file and prints the signature's text. Refuses where the random device would give a nonce
+/// away, and what is signed is not read then.
 int signCommand(const SignOptions& options);

@@ -1,23 +1,31 @@
 #include "tools/files/random_device.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <memory>
-
 namespace {
 
-bool givesBytes(const char* device) {
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> stream(std::fopen(device, "rbe"),
-                                                                    &std::fclose);
-    return stream != nullptr && std::fgetc(stream.get()) != EOF;
+/// What is wrong.
+std::string wordsOf(RandomDeviceFault fault) {
+    if (fault == RandomDeviceFault::missing) {
+        return "/dev/urandom and /dev/random: neither can be opened, and the clock alone makes no "
+               "secret";
+    }
+    return std::string("/dev/urandom, or /dev/random if that cannot be opened: ") +
+           (fault == RandomDeviceFault::foreign
+                ? "not the kernel's random device, and what is made from another can be guessed"
+                : "gives less than a seed takes, and known bytes would stand in");
 }
 
 }  // namespace
 
-std::optional<std::string> randomDeviceRefusal(const std::vector<const char*>& devices) {
-    if (std::any_of(devices.begin(), devices.end(), givesBytes)) {
+std::optional<std::string> randomDeviceRefusal(RandomDeviceFault fault) {
+    if (fault == RandomDeviceFault::none) {
         return std::nullopt;
     }
-    return "there is no random device to make secrets with: /dev/urandom and /dev/random are "
-           "missing or give nothing";
+    return wordsOf(fault) + "; make the kernel's device there (mknod -m 666 /dev/urandom c 1 9)";
+}
+
+std::optional<std::string> randomDeviceRemark(RandomDeviceFault fault) {
+    const std::optional<std::string> refusal = randomDeviceRefusal(fault);
+    return refusal.has_value()
+               ? std::optional("signing here would give the private scalar away: " + *refusal)
+               : std::nullopt;
 }

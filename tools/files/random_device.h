@@ -2,9 +2,12 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
-/// Why nothing that must stay secret can be made here, when none of these devices gives bytes: the
-/// generator would take the clock alone, as sign.cgi does, and say nothing.
-std::optional<std::string> randomDeviceRefusal(const std::vector<const char*>& devices = {
-                                                   "/dev/urandom", "/dev/random"});
+#include "random/random_device.h"
+
+/// Why nothing that must stay secret can be made here, and what to do about it, in a line; nothing
+/// when there is no fault. The generator itself would go on, as sign.cgi does, and say nothing.
+std::optional<std::string> randomDeviceRefusal(RandomDeviceFault fault = randomDeviceFault());
+
+/// The same for whoever makes no secret here yet, as a remark on a project that signs.
+std::optional<std::string> randomDeviceRemark(RandomDeviceFault fault = randomDeviceFault());

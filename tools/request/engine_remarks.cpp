@@ -9,6 +9,7 @@
 
 #include "project/project_key_record.h"
 #include "tools/files/input_file.h"
+#include "tools/files/random_device.h"
 #include "tools/project/key_reading.h"
 #include "tools/project/project_check.h"
 #include "tools/project/project_reading.h"
@@ -102,6 +103,9 @@ std::vector<std::string> engineRemarks(const RequestReading& reading) {
         }
     } else {
         remarkUnsoundKey(beforeZero(record.project), remarks);
+        if (std::optional<std::string> remark = randomDeviceRemark()) {
+            remarks.push_back(std::move(*remark));
+        }
     }
     return remarks;
 }
