@@ -5,7 +5,12 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "tools/escaped_text.h"
 #include "tools/exit_status.h"
+
+std::string messageLine(const std::string& message) {
+    return "projectctl: " + escaped(message) + "\n";
+}
 
 int reportFailure(const std::string& message) {
     reportRemark(message);
@@ -13,7 +18,11 @@ int reportFailure(const std::string& message) {
 }
 
 void reportRemark(const std::string& message) {
-    std::fprintf(stderr, "projectctl: %s\n", message.c_str());
+    std::fputs(messageLine(message).c_str(), stderr);
+}
+
+void printLine(const std::string& line) {
+    printText(escaped(line) + "\n");
 }
 
 void printText(const std::string& text) {
@@ -22,7 +31,7 @@ void printText(const std::string& text) {
 
 void printJson(const nlohmann::ordered_json& value) {
     using nlohmann::ordered_json;
-    printText(value.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+    printText(value.dump(-1, ' ', true, ordered_json::error_handler_t::replace) + "\n");
 }
 
 bool flushOutput() {

@@ -3,18 +3,27 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 
-// What projectctl says: results on standard output, everything else on standard error.
+// What projectctl says: results on standard output, everything else on standard error. Messages and
+// lines hold names that anybody may have chosen, so that they are written `escaped`
+// (tools/escaped_text.h), here and nowhere else.
 
-/// Says "projectctl: MESSAGE" on standard error and returns `exitFailed`.
+/// "projectctl: MESSAGE" and a line feed.
+std::string messageLine(const std::string& message);
+
+/// Writes `messageLine` to standard error and returns `exitFailed`.
 int reportFailure(const std::string& message);
 
-/// Says "projectctl: MESSAGE" on standard error; the command goes on.
+/// Writes `messageLine` to standard error; the command goes on.
 void reportRemark(const std::string& message);
 
-/// Writes the text to standard output. A failure shows in `flushOutput`.
+/// Writes a line, and the line feed behind it, to standard output.
+void printLine(const std::string& line);
+
+/// Writes these bytes to standard output as they stand. A failure shows in `flushOutput`.
 void printText(const std::string& text);
 
-/// Writes the value on one line of standard output. Bytes that are no UTF-8 are replaced by U+FFFD.
+/// Writes the value on one line of standard output, in ASCII. Bytes that are no UTF-8 are replaced
+/// by U+FFFD.
 void printJson(const nlohmann::ordered_json& value);
 
 /// Whether all that was printed went out; says so on standard error if not.

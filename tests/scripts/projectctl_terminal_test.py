@@ -67,10 +67,10 @@ class LargeFiles(unittest.TestCase):
             shown = terminal.close()
         return output, shown
 
-    def sparse_file(self, size):
-        with open(self.folder / "file", "wb") as file:
+    def sparse_file(self, size, name="file"):
+        with open(self.folder / name, "wb") as file:
             file.truncate(size)
-        return "file"
+        return name
 
     def assert_is_bar(self, shown):
         self.assertTrue(shown.endswith(END_OF_BAR), shown[-80:])
@@ -102,19 +102,20 @@ class LargeFiles(unittest.TestCase):
         self.assertEqual(errors.read_bytes(), b"")
 
     def test_a_file_that_is_cut_meanwhile_is_named(self):
-        for command in (["sign", "project", "file"], ["convert", "--digest-of", "file"],
-                        ["explain", "--project", "project", "--file", "file"]):
-            self.sparse_file(24 * QUIET_SIZE)
+        name = "file\x1b[m"
+        for command in (["sign", "project", name], ["convert", "--digest-of", name],
+                        ["explain", "--project", "project", "--file", name]):
+            self.sparse_file(24 * QUIET_SIZE, name)
             reading = subprocess.Popen([self.programs / "projectctl", *command], cwd=self.folder,
                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
             maps = Path(f"/proc/{reading.pid}/maps")
-            while reading.poll() is None and str(self.folder / "file") not in maps.read_text():
+            while reading.poll() is None and str(self.folder / name) not in maps.read_text():
                 time.sleep(0.01)
-            self.sparse_file(1)
+            self.sparse_file(1, name)
             output, errors = reading.communicate(timeout=SECONDS_FOR_A_COMMAND)
             with self.subTest(command=command):
                 self.assertEqual((reading.returncode, output, errors),
-                                 (2, b"", b"projectctl: file: was cut while it was read\n"))
+                                 (2, b"", b"projectctl: file\\x1B[m: was cut while it was read\n"))
 
     def test_a_pipe_of_any_size_is_signed_in_the_same_memory(self):
         writing = subprocess.Popen(["head", "-c", str(LARGE_SIZE), "/dev/zero"],

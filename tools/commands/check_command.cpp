@@ -31,10 +31,10 @@ void printCheckAsJson(const std::string& file, const ProjectCheck& check) {
 
 void printCheck(const std::string& file, const ProjectCheck& check) {
     for (const ProjectFinding& finding : check.findings) {
-        printText(file + ": " + finding.text + "\n");
+        printLine(file + ": " + finding.text);
     }
     if (check.isSound()) {
-        printText(file + ": sound" + (check.verifiesOnly ? ", for verifying only" : "") + "\n");
+        printLine(file + ": sound" + (check.verifiesOnly ? ", for verifying only" : ""));
     }
 }
 

@@ -64,12 +64,12 @@ Explanation explainBody(const ExplainOptions& options, std::string body) {
 }
 
 void printExplanation(const Explanation& explanation) {
-    printText(explanation.status.empty()
-                  ? "The program ends without a response.\n"
-                  : "The program answers " + explanation.status + ": " + explanation.body + "\n");
-    printText("Rule " + explanation.rule + ": " + explanation.reason + ".\n");
+    printLine(explanation.status.empty()
+                  ? "The program ends without a response."
+                  : "The program answers " + explanation.status + ": " + explanation.body);
+    printLine("Rule " + explanation.rule + ": " + explanation.reason + ".");
     for (const std::string& remark : explanation.remarks) {
-        printText("Note: " + remark + ".\n");
+        printLine("Note: " + remark + ".");
     }
 }
 

@@ -85,8 +85,8 @@ std::vector<ShownEntry> shownEntries(const ProjectReading& reading, bool secret)
 
 void printEntries(const std::string& file, const std::vector<ShownEntry>& entries) {
     constexpr int numberWidth = 10;
+    printLine(file + ": " + counted(entries.size(), "entry", "entries"));
     std::ostringstream text;
-    text << file << ": " << counted(entries.size(), "entry", "entries") << "\n";
     if (!entries.empty()) {
         text << std::setw(numberWidth) << "id" << std::setw(numberWidth) << "offset"
              << std::setw(numberWidth) << "size"

@@ -7,12 +7,14 @@
 #include <cstddef>
 
 #include "tools/exit_status.h"
+#include "tools/report.h"
 
 namespace {
 
-/// What the handler writes, which must not ask for memory.
+/// What the handler writes, which must not ask for memory: a path has at most 4095 bytes, and each
+/// may take four.
 struct Message {
-    std::array<char, 4200> text{};
+    std::array<char, 16500> text{};
     std::size_t length = 0;
 };
 
@@ -32,7 +34,7 @@ void reportCutFile() {
 }
 
 void nameReadFile(const std::string& name) {
-    const std::string line = "projectctl: " + cutFileMessage(name) + "\n";
+    const std::string line = messageLine(cutFileMessage(name));
     message.length = line.copy(message.text.data(), message.text.size());
 }
 

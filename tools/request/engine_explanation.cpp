@@ -116,7 +116,7 @@ Explanation result(const RequestReading& reading, const Ruling& ruling, const ch
 
 void nameInput(const RequestRecord& record) {
     if (!record.signatureFile.empty()) {
-        nameReadFile(printable(beforeZero(record.signatureFile)));
+        nameReadFile(beforeZero(record.signatureFile));
     }
 }
 

@@ -82,7 +82,7 @@ std::string parserWords(const json::exception& exception) {
     const std::size_t start = words.find(" - ");
     words.erase(0, start == std::string::npos ? words.find("] ") + 2 : start + 3);
     const std::size_t token = words.find("; last read: '");
-    return printable(words.substr(0, token));
+    return words.substr(0, token);
 }
 
 /// Why the text is no JSON value, or why the value fills no record.

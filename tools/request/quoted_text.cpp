@@ -2,35 +2,25 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
+
+#include "tools/escaped_text.h"
 
 namespace {
 
 constexpr std::size_t longestQuotation = 60;
 
-void appendEscape(std::string& result, char character) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    const auto byte = static_cast<std::uint8_t>(character);
-    result.append("\\x").append(1, digits[byte >> 4]).append(1, digits[byte & 0xF]);
-}
-
 }  // namespace
 
 std::string quotation(std::string_view text) {
-    const bool cut = text.size() > longestQuotation;
-    return '"' + printable(text.substr(0, longestQuotation)) + (cut ? "...\"" : "\"");
-}
-
-std::string printable(std::string_view text) {
-    std::string result;
-    for (const char character : text) {
+    std::string result = "\"";
+    for (const char character : text.substr(0, longestQuotation)) {
         if (character < ' ' || character > '~') {
             appendEscape(result, character);
         } else {
             result.push_back(character);
         }
     }
-    return result;
+    return result + (text.size() > longestQuotation ? "...\"" : "\"");
 }
 
 std::string beforeZero(const std::string& text) {

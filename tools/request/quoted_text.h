@@ -7,11 +7,8 @@
 // Pieces of a request in sentences for a person.
 
 /// The text between double quotation marks, cut behind its first 60 bytes. Whatever is no printable
-/// ASCII is written as "\x" and two hexadecimal digits, so that no text can disturb a terminal.
+/// ASCII is written as "\x" and two hexadecimal digits, so that each byte of a request shows.
 std::string quotation(std::string_view text);
-
-/// The same for text that a sentence goes on with, without marks and uncut.
-std::string printable(std::string_view text);
 
 /// The part of a text that counts where it is handed on as terminated: up to its first zero byte.
 std::string beforeZero(const std::string& text);
