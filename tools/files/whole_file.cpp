@@ -17,23 +17,45 @@ namespace {
 
 using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-/// While it lives, the signals that a terminal or a service manager sends are held back.
-class ScopedSignalBlock {
+/// Holds the signals back that a terminal or a service manager sends to end the process, but those
+/// that it ignores.
+class HeldSignals {
 public:
-    ScopedSignalBlock() {
-        sigset_t signals;
-        sigemptyset(&signals);
+    HeldSignals() {
+        sigemptyset(&held_);
         for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-            sigaddset(&signals, number);
+            struct sigaction action {};
+            sigaction(number, nullptr, &action);
+            if (action.sa_handler != SIG_IGN) {
+                sigaddset(&held_, number);
+            }
         }
-        sigprocmask(SIG_BLOCK, &signals, &before_);
+        sigprocmask(SIG_BLOCK, &held_, &before_);
     }
-    ~ScopedSignalBlock() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    ScopedSignalBlock(const ScopedSignalBlock&) = delete;
-    ScopedSignalBlock& operator=(const ScopedSignalBlock&) = delete;
+    /// Lets them arrive, unless `keep` was called.
+    ~HeldSignals() {
+        if (!kept_) {
+            sigprocmask(SIG_SETMASK, &before_, nullptr);
+        }
+    }
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+
+    /// Whether one of them has been sent.
+    bool isAnyPending() const {
+        sigset_t pending;
+        sigpending(&pending);
+        sigandset(&pending, &pending, &held_);
+        return sigisemptyset(&pending) == 0;
+    }
+
+    /// Holds them back for good.
+    void keep() { kept_ = true; }
 
 private:
+    sigset_t held_{};
     sigset_t before_{};
+    bool kept_ = false;
 };
 
 std::string folderOf(const std::string& path) {
@@ -137,11 +159,13 @@ constexpr mode_t modeOf(FileAudience audience) {
 
 std::optional<std::string> writeWholeFile(const std::string& path, FileAudience audience,
                                           const std::function<bool(std::FILE*)>& write) {
-    const ScopedSignalBlock block;
+    HeldSignals signals;
     UnpublishedFile file(path, modeOf(audience));
-    if (!file.write(write) || !file.publish()) {
+    // What is pending ends the process where `signals` goes out of scope, behind `file`.
+    if (!file.write(write) || signals.isAnyPending() || !file.publish()) {
         return path + ": " + std::strerror(errno);
     }
+    signals.keep();
     flushFolder(folderOf(path));
     return std::nullopt;
 }

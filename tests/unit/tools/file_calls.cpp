@@ -1,15 +1,24 @@
 #include "tests/unit/tools/file_calls.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <filesystem>
 
 namespace {
 
 ScopedFileCalls* current = nullptr;
+
+void raiseOf(const std::map<FileCall, int>& signals, FileCall name) {
+    const auto signal = signals.find(name);
+    if (signal != signals.end()) {
+        std::raise(signal->second);
+    }
+}
 
 /// The result of `call`, if it is to be made.
 template <typename Function>
@@ -17,18 +26,15 @@ int watched(FileCall name, const Function& call) {
     if (current == nullptr) {
         return call();
     }
-    if (current->killBefore == name) {
-        std::raise(SIGKILL);
-    }
+    raiseOf(current->signalsBefore, name);
     const auto error = current->errors.find(name);
     if (error != current->errors.end()) {
         errno = error->second;
         return -1;
     }
     const int result = call();
-    if (current->killAfter == name) {
-        std::raise(SIGKILL);
-    }
+    current->made.push_back(name);
+    raiseOf(current->signalsAfter, name);
     return result;
 }
 
@@ -72,7 +78,14 @@ int replacedOpen(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp)
 }
 
 int replacedFlush(int descriptor) {
-    return watched(FileCall::flush, [=] { return systemFlush(descriptor); });
+    struct stat status {};
+    const bool isFolder = ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
+    if (isFolder && current != nullptr) {
+        current->flushedFolder =
+            std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor));
+    }
+    return watched(isFolder ? FileCall::flushFolder : FileCall::flush,
+                   [=] { return systemFlush(descriptor); });
 }
 
 int replacedLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,

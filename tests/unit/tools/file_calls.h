@@ -1,25 +1,30 @@
 #pragma once
 
 #include <map>
-#include <optional>
+#include <string>
+#include <vector>
 
 /// Calls by which a file is written whole, in their usual order.
 enum class FileCall {
     openUnnamed,  ///< open with O_TMPFILE
-    flush,        ///< fsync
+    flush,        ///< fsync of a file
+    flushFolder,  ///< fsync of a folder
     linkUnnamed,  ///< linkat
     rename,       ///< renameat2
     link
 };
 
-/// While it lives, calls of this executable fail, or end the process as if the power went.
+/// While it lives, these calls of the executable are noted, and fail or come with a signal: SIGKILL
+/// is as if the power went.
 struct ScopedFileCalls {
     ScopedFileCalls();
     ~ScopedFileCalls();
     ScopedFileCalls(const ScopedFileCalls&) = delete;
     ScopedFileCalls& operator=(const ScopedFileCalls&) = delete;
 
-    std::map<FileCall, int> errors;      ///< the call does nothing and gives this error
-    std::optional<FileCall> killBefore;  ///< SIGKILL in the place of the call
-    std::optional<FileCall> killAfter;   ///< SIGKILL when the call has been made
+    std::map<FileCall, int> errors;         ///< the call does nothing and gives this error
+    std::map<FileCall, int> signalsBefore;  ///< raised before the call
+    std::map<FileCall, int> signalsAfter;   ///< raised when the call has been made
+    std::vector<FileCall> made;             ///< without those that were made to fail
+    std::string flushedFolder;              ///< path of the folder flushed last
 };

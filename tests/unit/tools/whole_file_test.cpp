@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -27,10 +28,18 @@ bool writeContent(std::FILE* stream) {
     return std::fwrite(content.data(), content.size(), 1, stream) == 1;
 }
 
-/// The wait status of a child that does this and exits with 0.
+constexpr std::array<int, 4> terminations = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+/// The wait status of a child that does this and exits with 0, and that such a signal ends.
 int statusOfChild(const std::function<void()>& action) {
     const pid_t child = ::fork();
     if (child == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        for (const int signal : terminations) {
+            std::signal(signal, SIG_DFL);
+        }
         action();
         ::_exit(0);
     }
@@ -65,10 +74,12 @@ private:
 class WholeFile : public testing::TestWithParam<bool> {
 protected:
     WholeFile() {
+        sigprocmask(SIG_BLOCK, nullptr, &maskBefore_);
         if (GetParam()) {
             calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
         }
     }
+    ~WholeFile() override { sigprocmask(SIG_SETMASK, &maskBefore_, nullptr); }
 
     std::optional<std::string> write(FileAudience audience = FileAudience::owner) const {
         return writeWholeFile(path, audience, writeContent);
@@ -80,6 +91,9 @@ protected:
     TemporaryFolder folder;
     const std::string path = folder.file("new");
     ScopedFileCalls calls;
+
+private:
+    sigset_t maskBefore_{};
 };
 
 TEST_P(WholeFile, HasItsContentAndNothingBesideIt) {
@@ -150,7 +164,7 @@ TEST_P(WholeFile, IsNotWrittenInAFolderWithoutPermission) {
 
 TEST_P(WholeFile, IsCompleteOnceItHasItsName) {
     const int status = statusOfChild([this] {
-        calls.killAfter = publishing();
+        calls.signalsAfter[publishing()] = SIGKILL;
         write();
     });
     ASSERT_TRUE(WIFSIGNALED(status));
@@ -158,20 +172,67 @@ TEST_P(WholeFile, IsCompleteOnceItHasItsName) {
     EXPECT_EQ(folder.names(), Names{"new"});
 }
 
-TEST_P(WholeFile, IsFinishedBeforeATerminationThatArrivesOnTheWay) {
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+TEST_P(WholeFile, IsOnTheDiskBeforeItHasItsNameAndItsFolderAfterwards) {
+    EXPECT_EQ(write(), std::nullopt);
+    std::vector<FileCall> expected = {FileCall::flush, publishing(), FileCall::flushFolder};
+    if (!GetParam()) {
+        expected.insert(expected.begin(), FileCall::openUnnamed);
+    }
+    EXPECT_EQ(calls.made, expected);
+    EXPECT_EQ(calls.flushedFolder, folder.path());
+}
+
+TEST_P(WholeFile, IsNotThereAfterATerminationThatArrivesOnTheWay) {
+    for (const int signal : terminations) {
         const int status = statusOfChild([this, signal] {
             writeWholeFile(path, FileAudience::owner, [signal](std::FILE* stream) {
-                ::kill(::getpid(), signal);
+                std::raise(signal);
                 return writeContent(stream);
             });
         });
         ASSERT_TRUE(WIFSIGNALED(status));
         EXPECT_EQ(WTERMSIG(status), signal);
-        EXPECT_EQ(folder.names(), Names{"new"});
+        EXPECT_EQ(folder.names(), Names{});
+    }
+}
+
+TEST_P(WholeFile, IsDoneWhateverArrivesOnceItHasItsName) {
+    for (const int signal : terminations) {
+        for (const FileCall call : {publishing(), FileCall::flushFolder}) {
+            const int status = statusOfChild([this, signal, call] {
+                calls.signalsAfter[call] = signal;
+                write();
+                std::raise(signal);
+            });
+            EXPECT_TRUE(WIFEXITED(status)) << WTERMSIG(status);
+            EXPECT_EQ(fileBytes(path), content);
+            std::filesystem::remove(path);
+        }
+    }
+}
+
+TEST_P(WholeFile, IsMadeWhenWhatArrivesIsIgnored) {
+    for (const int signal : terminations) {
+        const int status = statusOfChild([this, signal] {
+            std::signal(signal, SIG_IGN);
+            writeWholeFile(path, FileAudience::owner, [signal](std::FILE* stream) {
+                std::raise(signal);
+                return writeContent(stream);
+            });
+        });
+        EXPECT_TRUE(WIFEXITED(status)) << WTERMSIG(status);
         EXPECT_EQ(fileBytes(path), content);
         std::filesystem::remove(path);
     }
+}
+
+TEST_P(WholeFile, LeavesTerminationsAsTheyWereWhenItFails) {
+    folder.write("new", {1});
+    const int status = statusOfChild([this] {
+        write();
+        std::raise(SIGTERM);
+    });
+    EXPECT_TRUE(WIFSIGNALED(status));
 }
 
 INSTANTIATE_TEST_SUITE_P(Named, WholeFile, testing::Bool(), testing::PrintToStringParamName());
@@ -182,7 +243,7 @@ TEST_P(KilledWholeFile, LeavesNothing) {
     const TemporaryFolder folder;
     const int status = statusOfChild([&] {
         ScopedFileCalls calls;
-        calls.killBefore = GetParam();
+        calls.signalsBefore[GetParam()] = SIGKILL;
         writeWholeFile(folder.file("new"), FileAudience::owner, writeContent);
     });
     ASSERT_TRUE(WIFSIGNALED(status));
