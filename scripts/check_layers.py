@@ -96,7 +96,7 @@ LAYERS = {
             "project/project_check.cpp": {"sys/stat.h"},
             "project/project_reading.cpp": {"sys/stat.h", "unistd.h"},
             "projectctl.cpp": {"fcntl.h", "unistd.h"},
-            "request/raw_request.cpp": {"stdlib.h", "sys/mman.h", "unistd.h"},
+            "request/raw_request.cpp": {"fcntl.h", "stdlib.h", "sys/mman.h", "unistd.h"},
         },
     ),
 }

@@ -10,11 +10,11 @@ namespace {
 /// Opens what of standard input, output and error the caller has closed, so that no file of a
 /// command takes their place. Nothing can be written to them, and what is printed fails.
 void openStandardDescriptors() {
-    int descriptor = -1;
-    do {
-        descriptor = ::open("/dev/null", O_RDONLY);
-    } while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO);
-    ::close(descriptor);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) == -1) {
+            ::open("/dev/null", O_RDONLY);  // the lowest number that is free
+        }
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tools/request/raw_request.h"
 
+#include <fcntl.h>
 #include <stdlib.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -56,7 +57,8 @@ int fileOf(std::string_view bytes) {
 class ScopedRequest {
 public:
     explicit ScopedRequest(const RawRequest& request)
-        : savedLength_(variable(lengthVariable)), savedInput_(::dup(STDIN_FILENO)) {
+        : savedLength_(variable(lengthVariable)),
+          savedInput_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)) {
         try {
             // Without a standard input so far, the file may take its number.
             const int file = fileOf(request.body);
