@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <bitset>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -65,6 +66,29 @@ TEST_F(ProjectctlCreate, MakesAnotherKeyInEachProcess) {
     for (const std::uint32_t id : {72U, 73U, 74U, 75U, 76U}) {
         EXPECT_NE(firstValues.at(id), secondValues.at(id)) << "attribute " << id;
     }
+}
+
+TEST_F(ProjectctlCreate, DrawsEachBitOfTheScalarBothWays) {
+    // A scalar is below the order, 2^162 and a little. In so many keys, a bit that is drawn has
+    // both values but for a chance of 2^-55.
+    constexpr unsigned keys = 64;
+    constexpr std::size_t scalarBits = 162;
+    std::bitset<scalarBits> ever;
+    std::bitset<scalarBits> always;
+    always.set();
+    for (unsigned i = 0; i < keys; ++i) {
+        const std::string made = folder.file("key" + std::to_string(i));
+        ASSERT_EQ(runProjectctl({"create", made}).status, 0);
+        const Bytes scalar = littleEndianBytes(keyAt(made).scalar);
+        std::bitset<scalarBits> bits;
+        for (std::size_t bit = 0; bit < scalarBits && bit / 8 < scalar.size(); ++bit) {
+            bits[bit] = (scalar[bit / 8] >> bit % 8 & 1) != 0;
+        }
+        ever |= bits;
+        always &= bits;
+    }
+    EXPECT_TRUE(ever.all()) << ever;
+    EXPECT_TRUE(always.none()) << always;
 }
 
 TEST_F(ProjectctlCreate, ReplacesNoFile) {
