@@ -4,9 +4,13 @@
 
 #include "frontend/request_record.h"
 
-/// Fills the record from the JSON object in the request's body. False, with the record partly
+/// Fills a fresh record from the JSON object in the request's body. False, with the record partly
 /// filled, when the body is absent or short, holds a zero byte, is no JSON object, or has a known
-/// member of a wrong type; a `signature` member that is no object is skipped.
+/// member of a wrong type, and when there is no memory to read it; a `signature` member that is no
+/// object is skipped. Of several members of one name the last counts.
+///
+/// Takes four times the length of the body in memory at most, the body itself among it, whatever
+/// the body holds.
 ///
 /// CONTENT_LENGTH is read by `parseDecimal`. A negative or very large one raises what
 /// `readRequestBody` raises.

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <new>
 #include <optional>
 #include <stdexcept>
 
 #include "tests/support/environment.h"
+#include "tests/support/failing_calls.h"
 #include "tests/support/standard_streams.h"
 
 namespace {
@@ -187,6 +189,27 @@ TEST(FillRecordFromJson, ParsesDeepNesting) {
     ASSERT_TRUE(record.has_value());
     EXPECT_EQ(record->project, "p");
     EXPECT_FALSE(isAccepted("{\"x\":" + std::string(depth, '[')));
+}
+
+TEST(FillRecordFromJson, RefusesABodyThatThereIsNoMemoryToRead) {
+    const std::string text(100000, 'x');
+    const std::string arrays = std::string(100000, '[') + std::string(100000, ']');
+    for (const std::string& body :
+         {"{\"x\":\"" + text + "\"}", "{\"" + text + "\":0}",
+          "{\"signature\":{\"data\":\"" + text + "\"}}", "{\"x\":" + arrays + "}"}) {
+        EXPECT_TRUE(isAccepted(body));
+        ScopedFailingCalls calls;
+        // Room for the body, and none for what doubles beyond it.
+        calls.blockLimit = body.size() + 1;
+        EXPECT_FALSE(isAccepted(body));
+        EXPECT_GT(calls.largestRequest, calls.blockLimit);
+    }
+}
+
+TEST(FillRecordFromJson, LetsTheLackOfMemoryForTheBodyPassAsAnException) {
+    ScopedFailingCalls calls;
+    calls.blockLimit = 10000;
+    EXPECT_THROW(readJson("{}", {{"CONTENT_LENGTH", "10000"}}), std::bad_alloc);
 }
 
 TEST(FillRecordFromJson, RefusesAnAbsentBody) {
