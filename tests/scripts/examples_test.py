@@ -13,13 +13,12 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from selenium import webdriver
-from selenium.webdriver.chrome.service import Service as Driver
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "servers"))
+from browser import SECONDS, start_browser  # noqa: E402
 from servers import Lighttpd, free_port  # noqa: E402
 from service import Project  # noqa: E402
 from stand_in_server import StandInServer  # noqa: E402
@@ -31,10 +30,6 @@ SIGNATURE = r"[A-Za-z0-9+/]{4,56}={0,2}"
 AWKWARD = "1 + 1 = 2 & \"so\" \\ 100% %41 'on'\n\tf\u00fcr \u20ac;\r\n \U0001f58b\x01\n"
 NO_DATA = "Either 'data' or 'file' parameter is required"
 NO_MODE = "'mode' parameter missing or invalid"
-SECONDS = 60
-BROWSER_OPTIONS = (
-    "--headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
-    "--disable-background-networking --disable-component-update --disable-sync").split()
 
 
 class Served(unittest.TestCase):
@@ -294,20 +289,7 @@ class Page(Served):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        cls.browser = cls.start_browser()
-
-    @classmethod
-    def start_browser(cls, **preferences):
-        profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        cls.addClassCleanup(profile.cleanup)
-        options = webdriver.ChromeOptions()
-        for option in (*BROWSER_OPTIONS, f"--user-data-dir={profile.name}"):
-            options.add_argument(option)
-        options.add_experimental_option("prefs", preferences)
-        browser = webdriver.Chrome(options=options, service=Driver(shutil.which("chromedriver")))
-        cls.addClassCleanup(browser.quit)
-        browser.set_page_load_timeout(SECONDS)
-        return browser
+        cls.browser = start_browser(cls)
 
     def setUp(self):
         self.open(self.browser)
@@ -446,7 +428,7 @@ class Page(Served):
             self.browser.execute_script("return document.documentElement.scrollWidth"), 320)
 
     def test_works_without_its_script(self):
-        browser = self.start_browser(**{
+        browser = start_browser(type(self), **{
             "profile.managed_default_content_settings.javascript": 2})
 
         def submit(signature, button):
