@@ -5,7 +5,8 @@
 
 `programs` is a folder with sign.cgi, `limited` and, but for nginx, nph-sign.cgi. `folder` must exist; the
 server puts a folder of its own there, with its log. `static`, if given, is a folder whose files the
-server hands out as well. A server ends with the block, by its own process id.
+server hands out as well. `hosts` are names that the administrator has added to those of the
+loopback. A server ends with the block, by its own process id.
 """
 
 import os
@@ -22,6 +23,7 @@ ROOT = Path(__file__).resolve().parents[2]
 DEPLOY = ROOT / "deploy"
 INSTALLED = "/usr/libexec/sign-cgi"
 INSTALLED_SOCKET = "/run/sign-fcgiwrap.socket"
+LISTED_HOSTS = r"localhost|127\.0\.0\.1|\[::1\]"
 SECONDS_TO_START = 20
 SECONDS_TO_STOP = 20
 ACCOUNT = "www-data"  # of the servers and what they start, when the tests run as root
@@ -71,7 +73,7 @@ class Server:
 
     nph = True  # whether nph-sign.cgi is served
 
-    def __init__(self, programs, folder, static=None):
+    def __init__(self, programs, folder, static=None, hosts=()):
         self.folder = Path(folder) / f"{type(self).__name__.lower()}-{free_port()}"
         self.folder.mkdir()
         # Copies, where the server's account can reach them.
@@ -82,6 +84,7 @@ class Server:
                 shutil.copy(program, self.programs)
         self.static = Path(static) if static else self.folder / "static"
         self.static.mkdir(exist_ok=True)
+        self.hosts = "|".join([LISTED_HOSTS, *map(re.escape, hosts)])
         self.log = self.folder / "error.log"
         self.port = free_port()
         self.processes = []
@@ -93,9 +96,9 @@ class Server:
         return f"http://127.0.0.1:{self.port}/{path}"
 
     def configuration(self, name):
-        """The file of deploy/, with the folders of this server in place of those installed."""
+        """The file of deploy/, with this server's folders and names in place of those installed."""
         text = (DEPLOY / name).read_text(encoding="utf-8")
-        text = text.replace(INSTALLED, str(self.programs))
+        text = text.replace(INSTALLED, str(self.programs)).replace(LISTED_HOSTS, self.hosts)
         return text.replace(INSTALLED_SOCKET, str(self.folder / "fcgiwrap.socket"))
 
     def write(self, name, text):
@@ -140,6 +143,15 @@ class Server:
 
 
 class Lighttpd(Server):
+    # How the text of an address is read: as Debian's configuration has it.
+    PARSING = """
+server.http-parseopts = (
+    "header-strict" => "enable", "host-strict" => "enable", "host-normalize" => "enable",
+    "url-normalize-unreserved" => "enable", "url-normalize-required" => "enable",
+    "url-ctrls-reject" => "enable", "url-path-2f-decode" => "enable",
+    "url-path-dotseg-remove" => "enable" )
+"""
+
     def start_all(self):
         main = self.write("main.conf", f"""
 server.bind = "127.0.0.1"
@@ -150,6 +162,7 @@ server.upload-dirs = ( "{self.folder}" )
 server.modules = ( "mod_indexfile" )
 index-file.names = ( "index.html" )
 mimetype.assign = ( ".html" => "text/html; charset=utf-8" )
+{self.PARSING}
 {f'server.username = "{ACCOUNT}"' if runs_as_root() else ''}
 include "{self.write('sign.conf', self.configuration('lighttpd.conf'))}"
 """)
@@ -260,6 +273,7 @@ class NginxBalancer(Nginx):
         client_max_body_size 8m;
         location = /sign.cgi {{
             proxy_pass http://signers;
+            proxy_set_header Host $http_host;
             add_header Served-By $upstream_addr always;
         }}
     }}""")
