@@ -165,6 +165,7 @@ judge() {
     case $http,$type in
         404,*) broken "url: nothing is there (status 404)" ;;
         401,* | 403,* | 407,*) broken "url: this client is not let in (status $http)" ;;
+        421,*) broken "url: the server does not answer for this host name (status 421)" ;;
         3??,*) broken "url: the server sends the client elsewhere (status $http)" ;;
         500,*) broken "program: it fails, or cannot be started (status 500)" ;;
         502,* | 503,* | 504,*) broken "server: it gets no answer of the program (status $http)" ;;

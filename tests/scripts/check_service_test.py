@@ -161,6 +161,7 @@ class CheckService(unittest.TestCase):
             (403, "url: this client is not let in (status 403)"),
             (405, "url: this is not the program: status 405, type text/html, '<p>'"),
             (400, "url: this is not the program: status 400, type text/html, '<p>'"),
+            (421, "url: the server does not answer for this host name (status 421)"),
             (500, "program: it fails, or cannot be started (status 500)"),
             (502, "server: it gets no answer of the program (status 502)"),
             (503, "server: it gets no answer of the program (status 503)"),
