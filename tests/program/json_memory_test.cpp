@@ -29,7 +29,7 @@ struct MeasuredEnd {
 
 /// The usage that a process leaves behind counts its memory from before the program's start too,
 /// that of this test; so it is measured when the program is about to end.
-MeasuredEnd measuredRequest(const std::string& body) {
+MeasuredEnd measuredRun(ProgramCall call) {
     MeasuredEnd measured;
     CallTracer tracer([&](pid_t process, const SystemCall& call) {
         if (call.number == SYS_exit_group) {
@@ -37,10 +37,13 @@ MeasuredEnd measuredRequest(const std::string& body) {
         }
         return CallChange{};
     });
-    ProgramCall call = requestCall(InputKind::json, body);
     call.tracer = std::ref(tracer);
     measured.end = runProgram(call);
     return measured;
+}
+
+MeasuredEnd measuredRequest(const std::string& body) {
+    return measuredRun(requestCall(InputKind::json, body));
 }
 
 /// A body: its start, a middle repeated as often as there is room, and its end.
@@ -129,4 +132,16 @@ TEST(ProgramJsonMemory, IsFourTimesTheBodyAtMostWhereTheParsersBuffersGrow) {
         SCOPED_TRACE(length);
         expectBounded(shapes.front().text(length + shapes.front().start.size() + 4), true);
     }
+}
+
+TEST(ExplainJsonMemory, HoldsNoTreeOfTheBody) {
+    const std::string body = nested("[", "]", 8 * mebibyte);
+    ProgramCall call;
+    call.path = programPath("projectctl");
+    call.arguments = {call.path, "explain", "--content-type", "application/json", "--body", "-"};
+    call.pieces = {body};
+    const MeasuredEnd measured = measuredRun(call);
+    EXPECT_EQ(measured.end.status, 0) << measured.end.errors;
+    EXPECT_NE(measured.end.output.find("Rule request.mode:"), std::string::npos);
+    EXPECT_LE(measured.peak, 8 * body.size());
 }

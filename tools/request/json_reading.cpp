@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <map>
 #include <new>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,12 +9,11 @@
 
 #include "frontend/json_input.h"
 #include "tools/counted_text.h"
+#include "tools/request/json_text.h"
 #include "tools/request/quoted_text.h"
 #include "tools/request/request_reading.h"
 
 namespace {
-
-using nlohmann::json;
 
 struct Member {
     const char* name;
@@ -44,13 +41,13 @@ std::string withArticle(const std::string& type) {
 }
 
 /// The first member of the table that has another type.
-std::optional<Ruling> memberRefusal(const json& object, const std::array<Member, 4>& members,
+std::optional<Ruling> memberRefusal(const JsonObject& object, const std::array<Member, 4>& members,
                                     const std::string& prefix) {
     for (const Member& member : members) {
         const auto found = object.find(member.name);
-        if (found != object.end() && std::string_view(found->type_name()) != member.type) {
+        if (found != object.end() && found->second.type != member.type) {
             return Ruling{"json.member-type", "'" + prefix + member.name + "' is " +
-                                                  withArticle(found->type_name()) +
+                                                  withArticle(found->second.type) +
                                                   " and must be " + withArticle(member.type)};
         }
     }
@@ -61,44 +58,21 @@ Ruling withoutMemory() {
     return {"json.memory", "there is not enough memory for the values of the body"};
 }
 
-/// Why a complete JSON value fills no record.
-Ruling valueRefusal(const json& value) {
-    if (!value.is_object()) {
-        return {"json.no-object",
-                "the body is " + withArticle(value.type_name()) + " and must be an object"};
+/// Why the text is no JSON object, or why the object fills no record.
+Ruling textRefusal(const JsonText& text) {
+    if (text.fault.has_value()) {
+        return *text.fault;
     }
-    if (std::optional<Ruling> ruling = memberRefusal(value, requestMembers, "")) {
+    if (text.type != "object") {
+        return {"json.no-object",
+                "the body is " + withArticle(text.type) + " and must be an object"};
+    }
+    if (std::optional<Ruling> ruling = memberRefusal(text.request, requestMembers, "")) {
         return *ruling;
     }
     // Nothing else in an object is refused; but the program refuses a body as well whose values it
     // has no memory for.
-    return memberRefusal(value.value("signature", json()), signatureMembers, "signature.")
-        .value_or(withoutMemory());
-}
-
-/// The parser's words, less the name of its exception and the text that it read last.
-std::string parserWords(const json::exception& exception) {
-    std::string words = exception.what();
-    const std::size_t start = words.find(" - ");
-    words.erase(0, start == std::string::npos ? words.find("] ") + 2 : start + 3);
-    const std::size_t token = words.find("; last read: '");
-    return words.substr(0, token);
-}
-
-/// Why the text is no JSON value, or why the value fills no record.
-Ruling textRefusal(std::string_view text) {
-    try {
-        return valueRefusal(json::parse(text));
-    } catch (const json::parse_error& error) {
-        const std::string place = error.byte > text.size()
-                                      ? "at the end of the body"
-                                      : "at byte " + std::to_string(error.byte);
-        return {"json.syntax", "the body is no JSON: " + place + ", " + parserWords(error)};
-    } catch (const json::exception& error) {
-        return {"json.number", "the body is no JSON that can be held: " + parserWords(error)};
-    } catch (const std::bad_alloc&) {
-        return withoutMemory();
-    }
+    return memberRefusal(text.signature, signatureMembers, "signature.").value_or(withoutMemory());
 }
 
 Ruling lengthRefusal(const std::string& announced) {
@@ -133,24 +107,27 @@ Ruling jsonRefusal(const RawRequest& request) {
         return {"json.zero-byte",
                 "byte " + std::to_string(zero + 1) + " of the body is a zero byte"};
     }
-    return textRefusal(text);
+    try {
+        return textRefusal(readJsonText(text));
+    } catch (const std::bad_alloc&) {
+        return withoutMemory();
+    }
 }
 
-std::string missingOperation(const json& value) {
-    const auto mode = value.find("mode");
-    if (mode == value.end()) {
+std::string missingOperation(const JsonObject& request) {
+    const auto mode = request.find("mode");
+    if (mode == request.end()) {
         return "'mode' is absent";
     }
-    return "'mode' is " + quotation(mode->get<std::string>()) +
+    return "'mode' is " + quotation(mode->second.text) +
            R"(; only "generateSignature" and "verifySignature" select an operation)";
 }
 
-void remarkUnknown(const json& object, const std::array<Member, 4>& members,
+void remarkUnknown(const JsonObject& object, const std::array<Member, 4>& members,
                    std::string_view alsoKnown, const std::string& prefix,
                    std::vector<std::string>& remarks) {
     std::vector<std::string> unknown;
-    for (const auto& item : object.items()) {
-        const std::string& name = item.key();
+    for (const auto& [name, value] : object) {
         const bool known = name == alsoKnown ||
                            std::any_of(members.begin(), members.end(),
                                        [&](const Member& member) { return member.name == name; });
@@ -163,68 +140,45 @@ void remarkUnknown(const json& object, const std::array<Member, 4>& members,
     }
 }
 
-using Occurrences = std::map<std::string, std::uint64_t>;
-
-/// How often the object names its members, and the last 'signature' in it its own.
-struct MemberOccurrences {
-    Occurrences request;
-    Occurrences signature;
-};
-
-json parseCounting(std::string_view text, MemberOccurrences& occurrences) {
-    bool inSignature = false;
-    return json::parse(text, [&](int depth, json::parse_event_t event, const json& parsed) {
-        if (event == json::parse_event_t::key && depth == 1) {
-            const auto name = parsed.get<std::string>();
-            ++occurrences.request[name];
-            inSignature = name == "signature";
-            if (inSignature) {
-                occurrences.signature.clear();
-            }
-        } else if (event == json::parse_event_t::key && depth == 2 && inSignature) {
-            ++occurrences.signature[parsed.get<std::string>()];
-        }
-        return true;
-    });
-}
-
-void remarkRepeated(const Occurrences& occurrences, const std::string& name,
-                    const std::string& prefix, std::vector<std::string>& remarks) {
-    const auto found = occurrences.find(name);
-    if (found != occurrences.end() && found->second > 1) {
-        remarks.push_back("'" + prefix + name + "' is given " + counted(found->second, "time") +
-                          ", and the last one counts");
+void remarkRepeated(const JsonObject& object, const std::string& name, const std::string& prefix,
+                    std::vector<std::string>& remarks) {
+    const auto found = object.find(name);
+    if (found != object.end() && found->second.times > 1) {
+        remarks.push_back("'" + prefix + name + "' is given " +
+                          counted(found->second.times, "time") + ", and the last one counts");
     }
 }
 
-void remarkRepeated(const MemberOccurrences& occurrences, std::vector<std::string>& remarks) {
+void remarkRepeated(const JsonText& text, std::vector<std::string>& remarks) {
     for (const Member& member : requestMembers) {
-        remarkRepeated(occurrences.request, member.name, "", remarks);
+        remarkRepeated(text.request, member.name, "", remarks);
     }
-    remarkRepeated(occurrences.request, "signature", "", remarks);
+    remarkRepeated(text.request, "signature", "", remarks);
     for (const Member& member : signatureMembers) {
-        remarkRepeated(occurrences.signature, member.name, "signature.", remarks);
+        remarkRepeated(text.signature, member.name, "signature.", remarks);
     }
+}
+
+std::string wordOf(const JsonObject& object, const char* name) {
+    const auto found = object.find(name);
+    return found == object.end() ? "" : found->second.text;
 }
 
 /// What the text of an object says beyond the record.
-void readWords(std::string_view text, RequestReading& reading) {
-    MemberOccurrences occurrences;
-    const json value = parseCounting(text, occurrences);
-    remarkRepeated(occurrences, reading.remarks);
-    reading.encodingWord = value.value("encoding", "");
-    reading.missingMode = missingOperation(value);
-    remarkUnknown(value, requestMembers, "signature", "", reading.remarks);
-    const auto signature = value.find("signature");
-    if (signature == value.end()) {
+void readWords(const JsonText& text, RequestReading& reading) {
+    remarkRepeated(text, reading.remarks);
+    reading.encodingWord = wordOf(text.request, "encoding");
+    reading.missingMode = missingOperation(text.request);
+    remarkUnknown(text.request, requestMembers, "signature", "", reading.remarks);
+    const auto signature = text.request.find("signature");
+    if (signature == text.request.end()) {
         reading.missingInput = ": 'signature' is absent";
-    } else if (!signature->is_object()) {
+    } else if (signature->second.type != "object") {
         reading.missingInput =
-            ": 'signature' is " + withArticle(signature->type_name()) + " and no object";
-    } else {
-        reading.dataEncodingWord = signature->value("encoding", "");
-        remarkUnknown(*signature, signatureMembers, "", "signature.", reading.remarks);
+            ": 'signature' is " + withArticle(signature->second.type) + " and no object";
     }
+    reading.dataEncodingWord = wordOf(text.signature, "encoding");
+    remarkUnknown(text.signature, signatureMembers, "", "signature.", reading.remarks);
 }
 
 }  // namespace
@@ -252,7 +206,7 @@ RequestReading readJsonRequest(const RawRequest& request) {
         return reading;
     }
     try {
-        readWords(announcedBody(request), reading);
+        readWords(readJsonText(announcedBody(request)), reading);
     } catch (const std::bad_alloc&) {
         // The program has what it needs; only its words are missing here.
         reading.missingMode = "'mode' selects no operation";

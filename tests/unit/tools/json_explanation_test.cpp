@@ -1,5 +1,6 @@
 #include "tests/support/failing_calls.h"
 #include "tests/unit/tools/explanation_test.h"
+#include "tools/request/json_text.h"
 
 namespace {
 
@@ -218,4 +219,24 @@ TEST_F(ExplainJson, RemarksOnMembersThatAreUnknown) {
                        "unknown members are ignored: \"signature.Data\""}));
     EXPECT_EQ(explainJson("{\"genPairs\":true,\"signature\":{\"signature\":\"\"}}").remarks,
               Remarks());
+}
+
+TEST_F(ExplainJson, TakesAsManyMembersAsABodyHolds) {
+    // Time in proportion to the body: a square of it would be minutes.
+    std::string members;
+    for (int i = 0; i < 200000; ++i) {
+        members += ",\"" + std::to_string(i) + "\":{}";
+    }
+    EXPECT_EQ(explainJson("{\"mode\":\"sign\"" + members + "}").remarks,
+              Remarks{"unknown members are ignored: \"0\", \"1\", \"10\" and 199997 more"});
+    EXPECT_EQ(refusalOf("{\"mode\":5" + members + "}"),
+              "json.member-type: 'mode' is a number and must be a string");
+}
+
+TEST(JsonText, NamesABinaryValueThatNoTextHolds) {
+    JsonText text;
+    JsonTextReader reader(text, 0);
+    nlohmann::json::binary_t bytes;
+    EXPECT_TRUE(reader.binary(bytes));
+    EXPECT_EQ(text.type, "binary");
 }
