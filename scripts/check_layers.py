@@ -93,7 +93,7 @@ LAYERS = {
             "files/mapping_progress.cpp": {"fcntl.h", "unistd.h"},
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},
             "files/write_all.cpp": {"unistd.h"},
-            "project/project_check.cpp": {"sys/stat.h"},
+            "project/project_protection.cpp": {"sys/stat.h", "unistd.h"},
             "project/project_reading.cpp": {"sys/stat.h", "unistd.h"},
             "projectctl.cpp": {"fcntl.h", "unistd.h"},
             "request/raw_request.cpp": {"fcntl.h", "stdlib.h", "sys/mman.h", "unistd.h"},

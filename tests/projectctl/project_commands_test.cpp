@@ -257,7 +257,7 @@ TEST_F(ProjectctlCheck, TellsTheSameAsJson) {
               json::parse(R"({"file": ")" + path +
                           R"(", "sound": false, "verifiesOnly": false, "findings": [
                               {"code": "permissions",
-                               "text": "holds a private scalar and is open to others than its owner: mode 0644"},
+                               "text": "holds a private scalar and is open to others than its owner: mode 0644; chmod it to 600, or to 640 if root owns it"},
                               {"code": "no-coordinate", "attribute": 76,
                                "text": "attribute 76 (y of the public point) is absent"}]})"));
     write(attributes);

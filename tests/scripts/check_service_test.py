@@ -106,9 +106,8 @@ class CheckService(unittest.TestCase):
         self.assertEqual(state, OK, text)
 
     def test_has_a_sound_project_that_only_verifies(self):
-        projectctl = self.programs / "projectctl"
-        done = subprocess.run([projectctl, "check", PROJECT], capture_output=True, text=True,
-                              check=True)
+        done = subprocess.run([self.programs / "projectctl", "check", self.project],
+                              capture_output=True, text=True, check=True)
         self.assertTrue(done.stdout.endswith(": sound, for verifying only\n"), done.stdout)
 
     def test_finds_a_dead_server(self):

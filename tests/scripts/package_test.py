@@ -268,6 +268,7 @@ class DebianPackage(unittest.TestCase):
 
         self.install()
         machine.shell(guide("A project"))
+        self.finds_the_project_sound()
         machine.shell(guide("Apache"))
         self.serves(apache)
         self.follow_the_examples_of_the_manual(apache)
@@ -293,6 +294,12 @@ class DebianPackage(unittest.TestCase):
         completion = ". /usr/share/bash-completion/bash_completion\n" \
                      "_completion_loader projectctl\ncomplete -p projectctl"
         self.assertIn("projectctl", self.machine.run("bash", "-c", completion))
+
+    def finds_the_project_sound(self):
+        check = ["projectctl", "check", "/var/lib/sign-cgi/my.project"]
+        server = ["setpriv", "--reuid=www-data", "--regid=www-data", "--init-groups"]
+        for command in (check, server + check):
+            self.assertEqual(self.machine.run(*command), f"{check[-1]}: sound\n")
 
     def serves(self, port):
         project = "/var/lib/sign-cgi/my.project"

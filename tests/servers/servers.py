@@ -54,6 +54,13 @@ def give_to_account(path):
         os.chown(path, account.pw_uid, account.pw_gid)
 
 
+def let_account_read(path):
+    """The group of the account that the servers run as reads this file, and its owner keeps it."""
+    if runs_as_root():
+        os.chown(path, -1, pwd.getpwnam(ACCOUNT).pw_gid)
+        path.chmod(0o640)
+
+
 def stop(process):
     """Ends a process that this one started, with its group: fcgiwrap leaves its workers behind."""
     process.send_signal(signal.SIGTERM)

@@ -9,7 +9,7 @@ import urllib.parse
 from dataclasses import dataclass
 from pathlib import Path
 
-from servers import give_to_account
+from servers import let_account_read
 
 FORM = "application/x-www-form-urlencoded"
 JSON = "application/json"
@@ -56,8 +56,8 @@ class Project:
         self.file = Path(folder) / f"{name}.letter"
         self.file.write_bytes(b"Dear reader\0,\n")
         subprocess.run([projectctl, "create", self.path], check=True)
-        # The servers' account alone can read it, as an administrator would have it.
-        give_to_account(self.path)
+        # The servers' account can read it and not replace it, as an administrator would have it.
+        let_account_read(self.path)
 
     def verifies(self, signature, data):
         result = subprocess.run([self.projectctl, "verify", self.path, signature], input=data,

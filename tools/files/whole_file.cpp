@@ -150,9 +150,8 @@ void flushFolder(const std::string& folder) {
 }
 
 constexpr mode_t modeOf(FileAudience audience) {
-    return audience == FileAudience::owner
-               ? S_IRUSR | S_IWUSR
-               : S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+    return audience == FileAudience::owner ? S_IRUSR | S_IWUSR
+                                           : S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 }
 
 }  // namespace

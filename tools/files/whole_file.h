@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
-/// Who may read a new file.
+/// Who may read a new file; its owner alone may write to it.
 enum class FileAudience {
     owner,     ///< mode 0600
-    everybody  ///< mode 0666, less the process's umask
+    everybody  ///< mode 0644, less the process's umask
 };
 
 /// Makes a new file at `path` whose content `write` puts into a stream open for reading and

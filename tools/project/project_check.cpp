@@ -1,7 +1,5 @@
 #include "tools/project/project_check.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -15,6 +13,7 @@
 #include "tools/project/attribute_meaning.h"
 #include "tools/project/key_reading.h"
 #include "tools/project/point_product.h"
+#include "tools/project/project_protection.h"
 #include "tools/project/project_reading.h"
 
 namespace {
@@ -70,21 +69,6 @@ void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& finding
                                         " times in the directory; only the first counts"});
         }
     }
-}
-
-void checkPermissions(const std::string& path, Findings& findings) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0 || (status.st_mode & (S_IRWXG | S_IRWXO)) == 0) {
-        return;
-    }
-    std::string mode;
-    for (const unsigned shift : {9U, 6U, 3U, 0U}) {
-        mode += static_cast<char>('0' + (status.st_mode >> shift & 7U));
-    }
-    findings.push_back(
-        {.code = "permissions",
-         .attribute = std::nullopt,
-         .text = "holds a private scalar and is open to others than its owner: mode " + mode});
 }
 
 /// Whether the attribute is an honest, reduced coordinate.
@@ -259,11 +243,10 @@ ProjectCheck checkProject(const std::string& path) {
     }
     check.verifiesOnly = verifiesOnly(reading.project);
     checkRepetition(reading.entries, check.findings);
-    if (!check.verifiesOnly) {
-        checkPermissions(path, check.findings);
+    for (const Findings& more :
+         {checkProtection(path, !check.verifiesOnly), checkKey(reading.project)}) {
+        check.findings.insert(check.findings.end(), more.begin(), more.end());
     }
-    const Findings ofKey = checkKey(reading.project);
-    check.findings.insert(check.findings.end(), ofKey.begin(), ofKey.end());
     return check;
 }
 

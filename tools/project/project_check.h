@@ -5,22 +5,7 @@
 #include <vector>
 
 #include "project/project_file.h"
-
-/// What makes signatures under a key ones that cannot be relied on: they are made, and may not
-/// verify.
-enum class KeyDamage {
-    none,
-    points,  ///< a point that is not sound, nor one for other software
-    scalar   ///< a private scalar out of its range or of another public point
-};
-
-/// One thing that is wrong with a project.
-struct ProjectFinding {
-    std::string code;                             ///< stays the same when words change
-    std::optional<ProjectAttributeId> attribute;  ///< where it is, if in one attribute
-    std::string text;                             ///< in words that follow the path and a colon
-    KeyDamage damage = KeyDamage::none;           ///< of the signatures
-};
+#include "tools/project/project_finding.h"
 
 /// What there is to say of a project.
 struct ProjectCheck {
@@ -40,7 +25,8 @@ struct ProjectCheck {
 /// - points on the curve, other than infinity and the point with x = 0, of order n (SEC 1 version
 ///   2.0, section 3.2.2.1);
 /// - no scalar, or one from 1 to n - 1 under its true bit length, of which the public point is the
-///   product with the base point, in a file that its owner alone can use.
+///   product with the base point;
+/// - protection against others (tools/project/project_protection.h).
 ProjectCheck checkProject(const std::string& path);
 
 /// What `checkProject` finds in the key of a loaded project.

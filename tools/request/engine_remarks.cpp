@@ -1,10 +1,6 @@
 #include "tools/request/engine_remarks.h"
 
-#include <filesystem>
-#include <iomanip>
 #include <optional>
-#include <sstream>
-#include <system_error>
 #include <utility>
 
 #include "project/project_key_record.h"
@@ -12,6 +8,7 @@
 #include "tools/files/random_device.h"
 #include "tools/project/key_reading.h"
 #include "tools/project/project_check.h"
+#include "tools/project/project_protection.h"
 #include "tools/project/project_reading.h"
 #include "tools/request/quoted_text.h"
 #include "tools/signature/signature_reading.h"
@@ -50,25 +47,14 @@ void remarkFileSize(const std::string& path, Remarks& remarks) {
     }
 }
 
-void remarkPermissions(const std::string& path, Remarks& remarks) {
-    using std::filesystem::perms;
-    std::error_code failure;
-    const perms mode = std::filesystem::status(path, failure).permissions();
-    if (failure || (mode & (perms::group_all | perms::others_all)) == perms::none) {
-        return;
-    }
+void remarkProtection(const std::string& path, Remarks& remarks) {
     ProjectFile project;
-    ProjectKeyRecord record;
     if (!project.load(path.c_str())) {
         return;
     }
-    record.loadFromAttributes(project);
-    if (record.hasPrivateScalar()) {
-        std::ostringstream octal;
-        octal << std::oct << std::setw(4) << std::setfill('0')
-              << static_cast<unsigned>(mode & perms::mask);
-        remarks.push_back("the project holds the private scalar, and its permissions (" +
-                          octal.str() + ") are not for its owner alone");
+    const bool holdsScalar = project.attributeSize(privateScalarAttribute) != 0;
+    for (const ProjectFinding& finding : checkProtection(path, holdsScalar)) {
+        remarks.push_back("the project " + quotation(path) + ": " + finding.text);
     }
 }
 
@@ -90,7 +76,7 @@ std::vector<std::string> engineRemarks(const RequestReading& reading) {
     const RequestRecord& record = reading.record;
     Remarks remarks;
     remarkZeroByte(reading.names.project, record.project, remarks);
-    remarkPermissions(beforeZero(record.project), remarks);
+    remarkProtection(beforeZero(record.project), remarks);
     remarkInput(reading, remarks);
     if (!record.signatureFile.empty()) {
         remarkZeroByte(reading.names.file, record.signatureFile, remarks);

@@ -62,10 +62,11 @@ TEST_F(ExplanationRemarks, TellOfAFileThatCountsInPart) {
 TEST_F(ExplanationRemarks, TellOfAProjectThatOthersCanReadWithItsScalar) {
     using std::filesystem::perms;
     const std::string open = "sig_create=true&sig_data=a&project=" + project;
-    std::filesystem::permissions(project, perms::group_read, std::filesystem::perm_options::add);
+    std::filesystem::permissions(project, perms::others_read, std::filesystem::perm_options::add);
     EXPECT_EQ(explainForm(open).remarks,
-              Remarks{"the project holds the private scalar, and its permissions (0640) are not "
-                      "for its owner alone"});
+              Remarks{"the project \"" + project +
+                      "\": holds a private scalar and is open to others than its owner: mode 0604; "
+                      "chmod it to 600, or to 640 if root owns it"});
     AttributeValues verifier = readProjectBytes(fileBytes(known.project));
     verifier.erase(74);
     const std::string path = write("verifier", projectBytes(verifier));

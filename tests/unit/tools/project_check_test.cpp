@@ -71,10 +71,10 @@ TEST_F(CheckProject, FindsNothingInASoundProject) {
     EXPECT_FALSE(check.verifiesOnly);
 }
 
-TEST_F(CheckProject, FindsNothingInAProjectThatVerifiesOnlyWhoeverReadsIt) {
+TEST_F(CheckProject, FindsNothingInAProjectThatVerifiesOnlyAndEverybodyReads) {
     AttributeValues values = attributes;
     values.erase(74);
-    const ProjectCheck check = checkOf(projectBytes(values), 0666);
+    const ProjectCheck check = checkOf(projectBytes(values), 0644);
     EXPECT_TRUE(check.isSound());
     EXPECT_TRUE(check.verifiesOnly);
 }
@@ -116,19 +116,13 @@ TEST_F(CheckProject, FindsARepeatedAttribute) {
                       "the first counts"});
 }
 
-TEST_F(CheckProject, FindsAScalarThatOthersCanReach) {
-    for (const auto& [mode, text] : {std::pair<mode_t, std::string>{0640, "0640"},
-                                     {0604, "0604"},
-                                     {0620, "0620"},
-                                     {0602, "0602"},
-                                     {0611, "0611"}}) {
-        EXPECT_EQ(
-            textsOf(checkOf(projectBytes(attributes), mode)),
-            Strings{
-                "permissions: holds a private scalar and is open to others than its owner: mode " +
-                text});
-    }
-    EXPECT_TRUE(checkOf(projectBytes(attributes), 0400).isSound());
+TEST_F(CheckProject, FindsWhatIsOpenToOthers) {
+    const ProjectCheck check = checkOf(projectBytes(attributes), 0644);
+    ASSERT_EQ(check.findings.size(), 1U);
+    EXPECT_EQ(check.findings[0].code, "permissions");
+    AttributeValues values = attributes;
+    values.erase(74);
+    EXPECT_EQ(checkOf(projectBytes(values), 0666).findings.size(), 1U);
 }
 
 TEST_F(CheckProject, FindsAnotherDegree) {
