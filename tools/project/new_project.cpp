@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "core/integer.h"
@@ -97,6 +98,20 @@ ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& 
     project.insertAttribute(publicPointXAttribute, storedElement(*publicPoint->x));
     project.insertAttribute(publicPointYAttribute, storedElement(*publicPoint->y));
     return project;
+}
+
+ProjectFile verifyingProject(const ProjectFile& project) {
+    ProjectKeyRecord key;
+    key.loadFromAttributes(project);
+    ProjectFile copy;
+    for (const auto& [id, coordinate] : {std::pair<ProjectAttributeId, const core::FieldElement&>{
+                                             basePointXAttribute, key.basePointX},
+                                         {basePointYAttribute, key.basePointY},
+                                         {publicPointXAttribute, key.publicPointX},
+                                         {publicPointYAttribute, key.publicPointY}}) {
+        copy.insertAttribute(id, storedElement(coordinate));
+    }
+    return copy;
 }
 
 ScalarReading readScalar(std::string_view text) {

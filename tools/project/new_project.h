@@ -17,6 +17,10 @@ enum class BasePoint {
 /// Without a scalar, one is drawn uniformly. The core must have been started.
 ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& scalar);
 
+/// A project that only verifies: the coordinates of the base point and the public point of one that
+/// has no `verifyingRefusal`, as the program reads them, and nothing else.
+ProjectFile verifyingProject(const ProjectFile& project);
+
 /// A scalar as a person hands it over.
 struct ScalarReading {
     std::optional<std::string> refusal;  ///< what is wrong with the text, in words

@@ -104,6 +104,25 @@ TEST_F(NewProject, TakesTheSmallestAndTheGreatestScalar) {
     }
 }
 
+TEST_F(NewProject, ThatOnlyVerifiesHasTheCoordinatesThatTheProgramReads) {
+    AttributeValues values = made();
+    values[72].resize(20);
+    values[73].resize(296, 0xFF);
+    values[75][31] = 0xFF;
+    values[200] = {1};
+    ProjectFile project;
+    for (const auto& [id, value] : values) {
+        project.insertAttribute(id, Bytes(value));
+    }
+    AttributeValues expected = values;
+    expected.erase(74);
+    expected.erase(200);
+    // What is missing at the top counts as zeros, and what stands there is read.
+    expected[72].resize(32);
+    expected[73].resize(32);
+    EXPECT_EQ(attributesOf(verifyingProject(project)), expected);
+}
+
 TEST(ReadScalar, PassesOverWhiteSpaceAroundAndZerosInFront) {
     const ScalarReading reading = readScalar(" \t\r\n" + std::string(100, '0') + "1f\n \r\n");
     EXPECT_EQ(reading.refusal, std::nullopt);
