@@ -43,18 +43,6 @@ class SignatureAnswer:
 
 
 @dataclass(frozen=True)
-class OneOf:
-    """An unsound key leaves open which of these it is."""
-    answers: tuple
-
-    def kind(self):
-        return "left open by an unsound key: " + " or ".join(a.kind() for a in self.answers)
-
-    def accepts(self, nph, output, exit_status):
-        return any(answer.accepts(nph, output, exit_status) for answer in self.answers)
-
-
-@dataclass(frozen=True)
 class Ended:
     """No room for the body: no output, and the end by SIGABRT."""
 

@@ -15,15 +15,17 @@ from pathlib import Path
 import core_text
 import project_file
 import signature_scheme
-from binary_field import DEGREE, POLYNOMIAL, DivisionByZero, inverse, product, quotient, square
+from binary_field import (DEGREE, ELEMENT_BITS, POLYNOMIAL, product, quotient, quotient_by_halving,
+                          reduced, square)
 from curve_point import (ORDER, PUBLISHED_BASE, added, compared_by_words, doubled, is_on_curve,
-                         multiplied, multiplied_twin)
+                         multiplied, multiplied_twin, signed_digits, x_of_multiple)
 from project_key import project_key
 from project_maker import ORDER_TWO
 from ripemd160 import ripemd160
-from signature_engine import has_the_order
+from unsound_keys import of_order_three, unsound_keys
 
 VECTORS = Path(__file__).resolve().parents[1] / "vectors"
+ALL_BITS = (1 << ELEMENT_BITS) - 1
 SEED = os.environ.get("SIGN_TEST_SEED") or secrets.token_hex(4)
 
 
@@ -100,8 +102,32 @@ class Field(unittest.TestCase):
             for b in self.elements[1:]:
                 self.assertEqual(product(quotient(a, b), b), a)
 
-    def test_zero_has_no_inverse(self):
-        self.assertRaises(DivisionByZero, inverse, 0)
+    def test_quotient_of_reduced_operands_is_that_of_the_binary_algorithm(self):
+        for a in self.elements:
+            for b in self.elements[1:]:
+                self.assertEqual(quotient(a, b), quotient_by_halving(a, b))
+
+    def test_quotient_by_a_multiple_of_the_polynomial_is_zero(self):
+        for divisor in (0, POLYNOMIAL, POLYNOMIAL << 28, POLYNOMIAL << 28 ^ POLYNOMIAL << 3):
+            for a in (0, 1, self.elements[-1], ALL_BITS):
+                self.assertEqual(quotient(a, divisor), 0)
+
+    def test_quotient_of_operands_above_the_degree_is_one_of_its_class(self):
+        choice = random.Random(SEED)
+        for _ in range(20):
+            a, b = (choice.getrandbits(ELEMENT_BITS) | 1 << ELEMENT_BITS - 1 for _ in range(2))
+            for dividend, divisor in ((a, b), (a, reduced(b)), (reduced(a), b)):
+                result = quotient(dividend, divisor)
+                self.assertEqual(long_product(reduced(result), reduced(divisor)), reduced(dividend))
+
+    def test_quotient_by_one_is_the_dividend_as_it_stands(self):
+        self.assertEqual(quotient(ALL_BITS, 1), ALL_BITS)
+
+    def test_reduction_reads_352_bits(self):
+        wide = 1 << ELEMENT_BITS - 1
+        self.assertEqual(product(wide, 1 << 160), reduced(long_product(reduced(wide), 1 << 160)))
+        self.assertEqual(product(wide, 1 << 161), 0)
+        self.assertEqual(square(wide), 0)
 
 
 class Points(unittest.TestCase):
@@ -110,20 +136,31 @@ class Points(unittest.TestCase):
         self.assertEqual(len(published), 10)
         for case in published:
             self.assertEqual(multiplied(number(case, "d"), PUBLISHED_BASE), point(case))
+            self.assertEqual(x_of_multiple(number(case, "d"), PUBLISHED_BASE), point(case)[0])
 
     def test_public_keys_are_told_as_published(self):
         published = list(cases("fips186-2_PKV_B-163.rsp"))
         self.assertEqual(len(published), 12)
         for case in published:
             self.assertEqual(is_on_curve(point(case)), case["Result"].startswith("P"))
-            self.assertEqual(has_the_order(point(case)), case["Result"].startswith("P"))
 
-    def test_on_the_curve_and_of_another_order_are_told(self):
-        twice_the_order = added(PUBLISHED_BASE, ORDER_TWO)
-        for other in (ORDER_TWO, twice_the_order):
-            self.assertTrue(is_on_curve(other))
-            self.assertFalse(has_the_order(other))
-        self.assertTrue(has_the_order(PUBLISHED_BASE))
+    def test_signed_digits_are_a_form_of_the_number_without_neighbours(self):
+        for scalar in (1, 2, 3, ORDER, ORDER - 1, (1 << DEGREE) - 1):
+            digits = signed_digits(scalar)
+            value = 0
+            for digit in digits:
+                value = 2 * value + digit
+            self.assertEqual(value, scalar)
+            self.assertTrue(all(0 in pair for pair in zip(digits, digits[1:], strict=False)))
+
+    def test_x_of_the_point_at_infinity_is_that_of_the_point_before_it(self):
+        three = of_order_three(ORDER)
+        self.assertIsNone(multiplied(3, three))
+        self.assertEqual(x_of_multiple(3, three), three[0])
+
+    def test_points_without_a_quotient_have_a_slope_of_zero(self):
+        self.assertEqual(doubled(ORDER_TWO), (1, 1))
+        self.assertEqual(added((5, 9), (5, 2), compared_by_words), (1, 8))
 
     def test_twin_multiplication_is_the_sum_of_both(self):
         choice = random.Random(SEED)
@@ -177,7 +214,6 @@ class Signatures(unittest.TestCase):
                 signature_scheme.is_valid(key.base(), key.public(), message, written))
             self.assertTrue(
                 signature_scheme.was_made_with(key.base(), key.scalar, message, written))
-            self.assertTrue(signature_scheme.has_the_form(written))
             for other in (message + b"\0", message[1:]):
                 self.assertFalse(
                     signature_scheme.is_valid(key.base(), key.public(), other, written))
@@ -185,14 +221,53 @@ class Signatures(unittest.TestCase):
                     signature_scheme.was_made_with(key.base(), key.scalar, other, written))
 
     def test_of_another_form_than_signing_gives_are_told(self):
-        r, s = ORDER - 1, 7
-        text = signature_scheme.rendered(r, s)
-        self.assertTrue(signature_scheme.has_the_form(text))
-        for other in (text.replace(b"A", b"!", 1), text + b"A===", text[:-1], b"",
-                      signature_scheme.rendered(0, s), signature_scheme.rendered(r, 0),
-                      signature_scheme.rendered(ORDER, s),
-                      core_text.encode(b"\5\0\6\0")):
-            self.assertFalse(signature_scheme.has_the_form(other), other)
+        scalar, message = 11, b"message"
+        text = signature_scheme.signed(PUBLISHED_BASE, scalar, message, 7)
+        r, s, _ = signature_scheme.halves(text)
+        rendered = signature_scheme.rendered
+        for written, is_right in (
+                (text, True), (text + b"A===", False), (text[:-1], False), (b"", False),
+                (rendered(0, s), False), (rendered(r, 0), False), (rendered(r + ORDER, s), False),
+                (rendered(r, s + ORDER), False), (rendered(r, ORDER - s), True)):
+            self.assertEqual(
+                signature_scheme.was_made_with(PUBLISHED_BASE, scalar, message, written), is_right,
+                written)
+
+    def test_with_an_x_of_zero_have_an_r_of_zero(self):
+        text = signature_scheme.signed(ORDER_TWO, 5, b"message", 1)
+        self.assertEqual(signature_scheme.halves(text)[0], 0)
+        self.assertTrue(signature_scheme.was_made_with(ORDER_TWO, 5, b"message", text))
+        self.assertFalse(signature_scheme.was_made_with(PUBLISHED_BASE, 5, b"message", text))
+
+
+class UnsoundKeys(unittest.TestCase):
+    def setUp(self):
+        self.message = b"message"
+        self.e = signature_scheme.message_number(self.message)
+        self.keys = dict(unsound_keys(random.Random(SEED), self.e))
+
+    def can_sign(self, name, e):
+        return signature_scheme.can_be_signed(self.keys[name].base, self.keys[name].scalar, e)
+
+    def test_sign_but_where_every_r_or_every_s_is_zero(self):
+        self.assertFalse(self.can_sign("r-of-zero", self.e))
+        self.assertFalse(self.can_sign("r-of-zero", self.e + 1))
+        self.assertFalse(self.can_sign("s-of-zero", self.e))
+        for name, e in (("s-of-zero", self.e + 1), ("zero-points", self.e), ("all-bits", self.e)):
+            self.assertTrue(self.can_sign(name, e), name)
+
+    def verdict_on_a_signature(self, key, nonce):
+        text = signature_scheme.signed(key.base, key.scalar, self.message, nonce)
+        self.assertTrue(signature_scheme.was_made_with(key.base, key.scalar, self.message, text))
+        return signature_scheme.is_valid(key.base, key.public, self.message, text)
+
+    def test_have_signatures_that_verify_and_others_that_do_not(self):
+        choice = random.Random(SEED)
+        for name in ("base-off-curve-minus-once", "order-three-0-once"):
+            verdicts = (self.verdict_on_a_signature(self.keys[name], choice.randrange(1, ORDER))
+                        for _ in range(60))
+            self.assertTrue(any(verdicts), name)
+            self.assertFalse(all(verdicts), name)
 
 
 class Text(unittest.TestCase):

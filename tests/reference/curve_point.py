@@ -1,8 +1,8 @@
 """Points of y^2 + xy = x^3 + x^2 + b over GF(2^163), affine; None is the point at infinity.
 
-The group law does not read b, so that it gives every pair of coordinates some result. What a
-verdict on an unsound key is depends on the steps and their order; multiplied_twin has those of the
-program.
+The group law does not read b, so that it gives every pair of coordinates some result. What becomes
+of an unsound key depends on the steps and their order; x_of_multiple and multiplied_twin have those
+of the program.
 """
 
 from functools import lru_cache
@@ -81,7 +81,34 @@ def multiplied(scalar, p):
     return result
 
 
-@lru_cache(maxsize=256)
+def signed_digits(scalar):
+    """The non-adjacent form of a positive number, its highest digit first."""
+    digits = []
+    while scalar:
+        digit = 2 - (scalar & 3) if scalar & 1 else 0
+        digits.append(digit)
+        scalar = scalar - digit >> 1
+    return digits[::-1]
+
+
+@lru_cache(maxsize=65536)
+def x_of_multiple(scalar, p):
+    """x of scalar * p by signed digits, for a scalar that is not zero.
+
+    No step writes coordinates of the point at infinity: where that is the result, x is of the last
+    point before it.
+    """
+    negative = p[0], p[0] ^ p[1]
+    result = last = None
+    for digit in signed_digits(scalar):
+        result = doubled(result)
+        if digit:
+            result = added(result, p if digit == 1 else negative, compared_by_words)
+        last = last if result is None else result
+    return last[0]
+
+
+@lru_cache(maxsize=1024)
 def window_table(p, q):
     """Entry 4i + j is ip + jq, i and j from 0 to 3."""
     rows = []

@@ -1,19 +1,15 @@
-"""Project files for requests: sound ones, and ones that are damaged, incomplete or unsound."""
+"""Project files for requests: sound ones, and ones that are damaged or incomplete."""
 
 import hashlib
 import struct
 from dataclasses import dataclass
 
-from binary_field import DEGREE, product, reduced, square
-from curve_point import COEFFICIENT_B, ORDER, PUBLISHED_BASE, added, multiplied
+from binary_field import DEGREE, product, square, square_root
+from curve_point import COEFFICIENT_B, ORDER, PUBLISHED_BASE, multiplied
 from project_file import ENTRY, HEADER, MAGIC
 from project_key import BASE_X, BASE_Y, PRIVATE_SCALAR, PUBLIC_X, PUBLIC_Y
 
-# The point of order 2; squaring 162 times takes the square root.
-ROOT_OF_B = COEFFICIENT_B
-for _ in range(DEGREE - 1):
-    ROOT_OF_B = square(ROOT_OF_B)
-ORDER_TWO = (0, ROOT_OF_B)
+ORDER_TWO = (0, square_root(COEFFICIENT_B))
 
 
 @dataclass(frozen=True)
@@ -211,32 +207,3 @@ def incomplete_files(key, choice):
         yield f"scalar-{bits}", changed(_74=struct.pack("<I", bits) + choice.randbytes(292))
     yield "scalar-order", changed(_74=scalar_value(ORDER))
     yield "none", container([(1, b"x")])
-
-
-def unsound_keys(choice):
-    """Keys by name whose points are off the curve, of another order, or not those of the scalar."""
-    good = random_key(choice)
-    public = good.public_point()
-    off = choice.getrandbits(162), choice.getrandbits(162)
-    other = choice.getrandbits(162), choice.getrandbits(162)
-    yield "base-off-curve", Key(off, good.scalar, public)
-    yield "public-off-curve", Key(good.base, good.scalar, off)
-    yield "both-off-curve", Key(off, good.scalar, other)
-    yield "other-public", Key(good.base, good.scalar, random_key(choice).base)
-    yield "same-x", Key(good.base, good.scalar, (good.base[0], off[1]))
-    yield "same-x-small", Key((5, 9), good.scalar, (5, 7))
-    yield "order-twice", Key(added(good.base, ORDER_TWO), good.scalar, public)
-    yield "public-order-twice", Key(good.base, good.scalar, added(public, ORDER_TWO))
-    yield "base-of-order-two", Key(ORDER_TWO, good.scalar, public)
-    yield "public-of-order-two", Key(good.base, good.scalar, ORDER_TWO)
-    yield "zero-points", Key((0, 0), good.scalar, (0, 0))
-    yield "base-x-zero", Key((0, off[1]), good.scalar, public)
-    yield "public-x-zero", Key(good.base, good.scalar, (0, off[0]))
-    yield "base-y-zero", Key((off[0], 0), good.scalar, public)
-    for bit in (163, 170, 191):
-        yield f"base-bit-{bit}", Key((good.base[0] | 1 << bit, good.base[1]), good.scalar, public)
-        yield f"public-bit-{bit}", Key(good.base, good.scalar, (public[0], public[1] | 1 << bit))
-    all_bits = 2**192 - 1
-    yield "all-bits", Key((all_bits, all_bits), good.scalar, (all_bits, all_bits))
-    yield "congruent", Key((good.base[0] ^ reduced(1 << 170) ^ 1 << 170, good.base[1]),
-                           good.scalar, public)

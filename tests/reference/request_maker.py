@@ -3,8 +3,11 @@
 import random
 from dataclasses import dataclass
 
+import signature_scheme
+from curve_point import ORDER
 from form_writer import form_body
 from json_writer import any_value, json_body
+from request_material import Signed
 from signature_variants import other_signature, same_signature
 
 FORM, JSON = b"application/x-www-form-urlencoded", b"application/json"
@@ -50,9 +53,15 @@ class Request:
 
 def signing_fields(choice, material):
     document = choice.choice(material.documents)
-    projects = material.sound if choice.random() < 0.8 else material.relatives
-    fields = {"mode": b"generateSignature", "project": choice.choice(projects)}
-    return fields | asked(document)
+    kind = choice.random()
+    if kind < 0.7:
+        project = choice.choice(material.sound)
+    elif kind < 0.85:
+        project = choice.choice(material.relatives)
+    else:
+        project, key = choice.choice(material.unsound)
+        document = choice.choice((document, material.documents[0]))
+    return {"mode": b"generateSignature", "project": project} | asked(document)
 
 
 def asked(document):
@@ -60,8 +69,20 @@ def asked(document):
     return {name: value for name, value in fields.items() if value}
 
 
+def signed_by_an_unsound_key(choice, material):
+    """A signature as the program makes it, or any where it makes none."""
+    project, key = choice.choice(material.unsound)
+    document = choice.choice(material.documents)
+    e, nonce = signature_scheme.message_number(document.content), choice.randrange(1, ORDER)
+    pair = signature_scheme.signed_number(key.base, key.scalar, e, nonce) or (1, 1)
+    return Signed(project, document, signature_scheme.rendered(*pair))
+
+
 def verifying_fields(choice, material):
-    signed = choice.choice(material.signed)
+    if choice.random() < 0.2:
+        signed = signed_by_an_unsound_key(choice, material)
+    else:
+        signed = choice.choice(material.signed)
     fields = {"mode": b"verifySignature", "project": signed.project, "signature": signed.text}
     fields |= asked(signed.document)
     kind = choice.random()

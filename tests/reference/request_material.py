@@ -9,6 +9,7 @@ import project_maker
 import signature_scheme
 from base64_decoder import base64_decoded
 from curve_point import ORDER
+from unsound_keys import unsound_keys
 
 VECTORS = Path(__file__).resolve().parents[1] / "vectors"
 BASE64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
@@ -39,6 +40,7 @@ class Material:
     projects: list = field(default_factory=list)
     relatives: list = field(default_factory=list)  # files made of one key, good and bad
     signed_by_their_key: list = field(default_factory=list)
+    unsound: list = field(default_factory=list)  # pairs of a project and its key
     files: list = field(default_factory=list)
 
 
@@ -104,9 +106,11 @@ def add_projects(material, choice, folder):
         for name, content in getattr(project_maker, f"{kind}_files")(key, choice):
             write_project(material, folder, f"{kind}-{name}", content, sound=kind == "sound")
             material.relatives.append(f"{kind}-{name}".encode())
-    for name, unsound in project_maker.unsound_keys(choice):
+    refused = signature_scheme.message_number(material.documents[0].content)
+    for name, unsound in unsound_keys(choice, refused):
         values = project_maker.key_values(unsound)
         write_project(material, folder, f"unsound-{name}", project_maker.container(values.items()))
+        material.unsound.append((f"unsound-{name}".encode(), unsound))
     material.projects += [b"nothing", b"folder", b"/", b"/dev/null", b"link-to-nothing",
                           b"file-4096", b"./key-random-0", b"folder/../key-random-1",
                           b"key-random-0/"]

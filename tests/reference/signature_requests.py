@@ -1,7 +1,7 @@
 """The two operations: what a request must hold, and how the result is rendered."""
 
 import signature_engine
-from answer import JSON, OK, TEXT, Answer, OneOf, SignatureAnswer, refusal
+from answer import JSON, OK, TEXT, Answer, SignatureAnswer, refusal
 from base64_decoder import Base64Error, base64_decoded
 from request_record import terminated
 
@@ -38,12 +38,8 @@ def generate_signature(record):
     if due is None:
         return NOT_MADE
     if record.encoding == b"json":
-        answer = SignatureAnswer(JSON, b'{"signature":"', b'"}', due)
-    else:
-        answer = SignatureAnswer(TEXT, b"signature:" if record.gen_pairs else b"", b"", due)
-    if isinstance(due, signature_engine.SignatureOpen):
-        return OneOf((answer, NOT_MADE))
-    return answer
+        return SignatureAnswer(JSON, b'{"signature":"', b'"}', due)
+    return SignatureAnswer(TEXT, b"signature:" if record.gen_pairs else b"", b"", due)
 
 
 def verdict_answer(record, verdict):
@@ -64,6 +60,4 @@ def verify_signature(record):
         verdict = signature_engine.verify_data(project, data_bytes(record), text)
     else:
         verdict = signature_engine.verify_file(project, terminated(record.file), text)
-    if verdict is None:
-        return OneOf((verdict_answer(record, False), verdict_answer(record, True)))
     return verdict_answer(record, verdict)

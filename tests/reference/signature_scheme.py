@@ -1,15 +1,17 @@
 """ECDSA on sect163r2 with RIPEMD-160 and any base point, and the text of its signatures."""
 
+import random
 from functools import lru_cache
 
 import core_text
 from binary_field import DEGREE
-from curve_point import ORDER, multiplied, multiplied_twin
+from curve_point import ORDER, multiplied_twin, x_of_multiple
 from ripemd160 import ripemd160
 
 LONGEST_TEXT = 128
 LONGEST_HALF = 21
 LIMB_BITS = 64
+ATTEMPTS = 32
 
 
 def limb_count(bits):
@@ -51,7 +53,7 @@ def combined_x(base, public, e, r, s):
 
 
 def is_valid(base, public, data, text):
-    """The verdict on a text, for points whose coordinates are reduced.
+    """The verdict on a text.
 
     Limbs are compared before their values. An x below the order keeps the three limbs of a field
     element, so that an r that needs fewer never equals it; a larger x is cut to those it needs.
@@ -71,28 +73,42 @@ def is_valid(base, public, data, text):
 
 
 def was_made_with(base, scalar, data, text):
-    """Whether the equation of ECDSA holds: x of ((e + scalar r) / s) base is r modulo the order.
+    """Whether signing makes this text with some nonce.
 
-    That is so for each signature that is made, the few included whose r the verdict refuses.
+    The nonce is not known, but s tells it: (e + scalar r) / s modulo the order. So this is decided
+    for every key; that the verdict accepts the text is another matter.
     """
-    r, s, _ = halves(text)
-    nonce = pow(s, -1, ORDER) * (message_number(data) + scalar * r) % ORDER
-    return nonce != 0 and multiplied(nonce, base)[0] % ORDER == r
-
-
-def has_the_form(text, least_r=1):
-    """Whether signing could have written this text."""
     numbers = halves(text)
-    if numbers is None:
+    if numbers is None or not 0 < numbers[1] < ORDER:
         return False
     r, s, _ = numbers
-    return least_r <= r < ORDER and 0 < s < ORDER and rendered(r, s) == text
+    e = message_number(data)
+    nonce = pow(s, -1, ORDER) * (e + scalar * r) % ORDER
+    return (nonce != 0 and signed_number(base, scalar, e, nonce) == (r, s)
+            and rendered(r, s) == text)
 
 
 def signed_number(base, scalar, e, nonce):
-    """r and s of the signature of e with this nonce, for which neither is zero."""
-    r = multiplied(nonce, base)[0] % ORDER
-    return r, pow(nonce, -1, ORDER) * (e + scalar * r) % ORDER
+    """r and s of the signature of e with this nonce, or None: it takes another one.
+
+    r is x modulo the order. An r of zero calls for another nonce unless x is zero itself, which is
+    not reduced and so keeps its limbs.
+    """
+    x = x_of_multiple(nonce, base)
+    r = x % ORDER
+    s = pow(nonce, -1, ORDER) * (e + scalar * r) % ORDER
+    return None if s == 0 or (r == 0 and x != 0) else (r, s)
+
+
+@lru_cache(maxsize=65536)
+def can_be_signed(base, scalar, e):
+    """Whether signing ends in a signature, as it always does with a sound key.
+
+    The program gives up after as many nonces as are tried here, of which each ends in none.
+    """
+    nonces = random.Random(0)
+    return any(signed_number(base, scalar, e, nonces.randrange(1, ORDER))
+               for _ in range(ATTEMPTS))
 
 
 def signed(base, scalar, data, nonce):
