@@ -22,7 +22,7 @@ from curve_point import (ORDER, PUBLISHED_BASE, added, compared_by_words, double
 from project_key import project_key
 from project_maker import ORDER_TWO
 from ripemd160 import ripemd160
-from unsound_keys import of_order_three, unsound_keys
+from unsound_keys import keys_of_mixed_words, of_order_three, unsound_keys
 
 VECTORS = Path(__file__).resolve().parents[1] / "vectors"
 ALL_BITS = (1 << ELEMENT_BITS) - 1
@@ -255,6 +255,17 @@ class UnsoundKeys(unittest.TestCase):
         self.assertFalse(self.can_sign("s-of-zero", self.e))
         for name, e in (("s-of-zero", self.e + 1), ("zero-points", self.e), ("all-bits", self.e)):
             self.assertTrue(self.can_sign(name, e), name)
+
+    def test_of_mixed_words_verify_where_the_top_word_is_that_of_the_base(self):
+        judged = 0
+        for message in (b"a", b"b", b"c", b"d", b"e"):
+            e = signature_scheme.message_number(message)
+            text = signature_scheme.rendered(e, e)
+            for mask, (_, key) in enumerate(keys_of_mixed_words(e)):
+                self.assertEqual(signature_scheme.is_valid(key.base, key.public, message, text),
+                                 mask < 4)
+                judged += 1
+        self.assertGreater(judged, 0)
 
     def verdict_on_a_signature(self, key, nonce):
         text = signature_scheme.signed(key.base, key.scalar, self.message, nonce)

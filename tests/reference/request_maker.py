@@ -56,7 +56,7 @@ def signing_fields(choice, material):
     kind = choice.random()
     if kind < 0.7:
         project = choice.choice(material.sound)
-    elif kind < 0.85:
+    elif kind < 0.8:
         project = choice.choice(material.relatives)
     else:
         project, key = choice.choice(material.unsound)

@@ -9,7 +9,7 @@ import project_maker
 import signature_scheme
 from base64_decoder import base64_decoded
 from curve_point import ORDER
-from unsound_keys import unsound_keys
+from unsound_keys import keys_of_mixed_words, unsound_keys
 
 VECTORS = Path(__file__).resolve().parents[1] / "vectors"
 BASE64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
@@ -106,15 +106,29 @@ def add_projects(material, choice, folder):
         for name, content in getattr(project_maker, f"{kind}_files")(key, choice):
             write_project(material, folder, f"{kind}-{name}", content, sound=kind == "sound")
             material.relatives.append(f"{kind}-{name}".encode())
-    refused = signature_scheme.message_number(material.documents[0].content)
-    for name, unsound in unsound_keys(choice, refused):
-        values = project_maker.key_values(unsound)
-        write_project(material, folder, f"unsound-{name}", project_maker.container(values.items()))
-        material.unsound.append((f"unsound-{name}".encode(), unsound))
+    add_unsound_projects(material, choice, folder)
     material.projects += [b"nothing", b"folder", b"/", b"/dev/null", b"link-to-nothing",
                           b"file-4096", b"./key-random-0", b"folder/../key-random-1",
                           b"key-random-0/"]
     return keys
+
+
+def add_unsound_projects(material, choice, folder):
+    numbers = [signature_scheme.message_number(document.content) for document in material.documents]
+    for name, key in unsound_keys(choice, numbers[0]):
+        material.unsound.append((write_unsound_project(material, folder, name, key), key))
+    mixed = ((document, e) for document, e in zip(material.documents, numbers, strict=True)
+             if any(keys_of_mixed_words(e)))
+    document, e = next(mixed)
+    for name, key in keys_of_mixed_words(e):
+        project = write_unsound_project(material, folder, name, key)
+        material.signed.append(Signed(project, document, signature_scheme.rendered(e, e)))
+
+
+def write_unsound_project(material, folder, name, key):
+    values = project_maker.key_values(key)
+    write_project(material, folder, f"unsound-{name}", project_maker.container(values.items()))
+    return material.projects[-1]
 
 
 def add_signatures(material, choice, keys):

@@ -110,7 +110,7 @@ def multiples(name, base):
 
 def keys_of_small_order(choice, e):
     """Keys whose points have few multiples, so that many signatures verify; some make none of e."""
-    for number in range(3):
+    for number in range(10):
         three = random_of_order_three(choice)
         yield from multiples(f"order-three-{number}", three)
         six = of_order_six(three)
@@ -120,6 +120,17 @@ def keys_of_small_order(choice, e):
     never = of_order_three(ORDER)
     yield "r-of-zero", Key(never, choice.randrange(3, ORDER - 3), never)
     yield "s-of-zero", Key(three, -e * pow(three[0] % ORDER, -1, ORDER) % ORDER, three)
+
+
+def keys_of_mixed_words(e):
+    """Keys for which (e, e) is a signature of e where public and base point count as the same.
+
+    Both have x = e and the base point is of order three, as far as there is one: x of its double is
+    e again, and both scalars of the verdict are one.
+    """
+    base = of_order_three(e)
+    for mask in range(8 if base else 0):
+        yield f"words-{mask}-of-a-digest", Key(base, 1, words_of_both(base, mask))
 
 
 def unsound_keys(choice, e):
