@@ -15,6 +15,28 @@ std::size_t mappingLength(std::uint32_t size) {
     return static_cast<std::size_t>(static_cast<std::int32_t>(size));
 }
 
+/// Maps a file as `map` does, and returns the number of bytes mapped; 0 where that fails.
+std::uint32_t mapAtItsSize(MappedFile& file) {
+    if (file.descriptor == -1 || file.address != nullptr) {
+        return 0;
+    }
+    const std::uint32_t length = file.size();
+    if (length == 0) {
+        return 0;
+    }
+    void* mapping =
+        ::mmap(nullptr, mappingLength(length), PROT_READ, MAP_PRIVATE, file.descriptor, 0);
+    if (mapping == MAP_FAILED) {
+        return 0;
+    }
+    file.address = static_cast<const std::uint8_t*>(mapping);
+    return length;
+}
+
+void endMapping(const std::uint8_t* address, std::size_t length) {
+    ::munmap(const_cast<std::uint8_t*>(address), length);
+}
+
 }  // namespace
 
 MappedFile::~MappedFile() {
@@ -42,19 +64,7 @@ std::uint32_t MappedFile::size() const {
 }
 
 bool MappedFile::map() {
-    if (descriptor == -1 || address != nullptr) {
-        return false;
-    }
-    const std::uint32_t length = size();
-    if (length == 0) {
-        return false;
-    }
-    void* mapping = ::mmap(nullptr, mappingLength(length), PROT_READ, MAP_PRIVATE, descriptor, 0);
-    if (mapping == MAP_FAILED) {
-        return false;
-    }
-    address = static_cast<const std::uint8_t*>(mapping);
-    return true;
+    return mapAtItsSize(*this) != 0;
 }
 
 bool MappedFile::unmap() {
@@ -80,13 +90,16 @@ bool MappedFile::close() {
 
 MappedInput::~MappedInput() {
     if (!bytes.empty()) {
-        ::munmap(const_cast<std::uint8_t*>(bytes.data()), bytes.size());
+        endMapping(bytes.data(), bytes.size());
         file.address = nullptr;
     }
 }
 
 bool MappedInput::isWhole() const {
-    return file.size() >= bytes.size();
+    // All 64 bits of the size, of which `size` knows the low half.
+    struct stat status;
+    return ::fstat(file.descriptor, &status) == 0 &&
+           static_cast<std::uint64_t>(status.st_size) >= bytes.size();
 }
 
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path) {
@@ -95,13 +108,16 @@ std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path)
         return {};
     }
     const auto length = static_cast<std::int32_t>(file.size());
-    if (length < 1 || !file.map()) {
+    const std::uint32_t mapped = length < 1 ? 0 : mapAtItsSize(file);
+    if (mapped == 0) {
+        return {};
+    }
+    // The mapping has the size of its moment: nothing behind it is taken for the file's.
+    if (mapped < static_cast<std::uint32_t>(length)) {
+        endMapping(file.address, mapped);
+        file.address = nullptr;
         return {};
     }
     input.bytes = {file.address, static_cast<std::size_t>(length)};
-    // The mapping has the size of its moment: nothing behind it is taken for the file's.
-    if (!input.isWhole()) {
-        input.bytes = {};
-    }
     return input.bytes;
 }

@@ -51,11 +51,12 @@ struct MappedInput {
     /// stands behind it.
     ~MappedInput();
 
-    /// Whether the file still has all of `bytes`; what it lost meanwhile is read as other bytes.
+    /// Whether the file still has all of `bytes`, by its size in full: one that has grown, however
+    /// far, has lost none. What it lost meanwhile is read as other bytes.
     bool isWhole() const;
 };
 
 /// Opens and maps the file at `path` into a fresh `input`, and returns its bytes. Empty when the
 /// file cannot be opened or mapped, when its size, taken as 32 bits with a sign, is not positive,
-/// or when it becomes shorter meanwhile.
+/// or when it changes meanwhile and less than that is mapped.
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path);

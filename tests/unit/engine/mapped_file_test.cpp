@@ -300,7 +300,10 @@ TEST_F(MappedFileTest, TellsWhetherAnInputIsStillWhole) {
                                       {0, false},
                                       {100000, true},
                                       {off_t{1} << 31, true},
-                                      {(off_t{1} << 32) - 1, true}}) {
+                                      {(off_t{1} << 32) - 1, true},
+                                      {off_t{1} << 32, true},
+                                      {(off_t{1} << 32) + 5, true},
+                                      {(off_t{1} << 33) + 1, true}}) {
         ASSERT_EQ(::truncate(path.c_str(), size), 0);
         EXPECT_EQ(input.isWhole(), whole) << size << " bytes";
     }
