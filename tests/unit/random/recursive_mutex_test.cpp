@@ -1,18 +1,20 @@
 #include "random/recursive_mutex.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <chrono>
-#include <mutex>
+#include <cstdint>
+#include <fstream>
 #include <span>
+#include <string>
 #include <thread>
+#include <type_traits>
 
 namespace {
-
-using Lock = std::lock_guard<RecursiveMutex>;
 
 /// Leaves no zero where the next function called keeps its values.
 [[gnu::noinline]] void soilStack() {
@@ -31,20 +33,66 @@ TEST(RecursiveMutex, IsThePlainRecursiveMutexOfTheSystem) {
                                    std::as_bytes(std::span(&plain, 1))));
 }
 
+/// The mutex of the system that the first test finds in place.
+pthread_mutex_t* systemMutex(RecursiveMutex& mutex) {
+    static_assert(std::is_standard_layout_v<RecursiveMutex>);
+    return reinterpret_cast<pthread_mutex_t*>(&mutex);
+}
+
+/// Whether another thread could take the mutex now.
+bool isFree(RecursiveMutex& mutex) {
+    bool taken = false;
+    std::thread([&] {
+        taken = pthread_mutex_trylock(systemMutex(mutex)) == 0;
+        if (taken) {
+            pthread_mutex_unlock(systemMutex(mutex));
+        }
+    }).join();
+    return taken;
+}
+
+/// Whether this thread of the process waits in the system for the mutex, by the number and the
+/// first argument of its system call.
+bool isWaiting(pid_t thread, const RecursiveMutex& mutex) {
+    std::ifstream call("/proc/self/task/" + std::to_string(thread) + "/syscall");
+    std::string number;
+    std::uintptr_t argument = 0;
+    call >> number >> std::hex >> argument;
+    return number == std::to_string(SYS_futex) &&
+           argument == reinterpret_cast<std::uintptr_t>(&mutex);
+}
+
 TEST(RecursiveMutex, IsTakenTwiceByOneThreadAndKeptUntilBothAreGivenBack) {
     RecursiveMutex mutex;
+    EXPECT_TRUE(isFree(mutex));
+    mutex.lock();
+    EXPECT_FALSE(isFree(mutex));
+    mutex.lock();
+    mutex.unlock();
+    EXPECT_FALSE(isFree(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(isFree(mutex));
+}
+
+TEST(RecursiveMutex, LetsAnotherThreadWait) {
+    ASSERT_TRUE(std::ifstream("/proc/self/task/" + std::to_string(::gettid()) + "/syscall"));
+    RecursiveMutex mutex;
+    std::atomic<pid_t> other = 0;
     std::atomic<bool> entered = false;
-    mutex.lock();
-    mutex.lock();
-    std::thread other([&] {
-        const Lock lock(mutex);
+    pthread_mutex_lock(systemMutex(mutex));
+    std::thread thread([&] {
+        other = ::gettid();
+        mutex.lock();
         entered = true;
+        mutex.unlock();
     });
-    mutex.unlock();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    // One of the two happens.
+    while (!entered && !isWaiting(other, mutex)) {
+        std::this_thread::yield();
+    }
     EXPECT_FALSE(entered);
-    mutex.unlock();
-    other.join();
+    pthread_mutex_unlock(systemMutex(mutex));
+    thread.join();
     EXPECT_TRUE(entered);
 }
 
