@@ -4,9 +4,10 @@ import ctypes
 import errno
 import struct
 
-# Their numbers, and the argument that is not zero where a call changes, or tells, something.
-CALLS = {"sigaction": (13, 1), "sigprocmask": (14, 1), "getrlimit": (302, 3), "setrlimit": (302, 2),
-         "close_range": (436, 1)}
+# Their numbers, and the argument that is not zero in what is denied: the new value, the place of the
+# old one, the last descriptor, any descriptor but standard input.
+CALLS = {"sigaction": (13, 1), "sigprocmask": (14, 1), "setrlimit": (302, 2), "getrlimit": (302, 3),
+         "close_range": (436, 1), "read": (0, 0)}
 
 SET_NO_NEW_PRIVILEGES, SET_SECCOMP, FILTER_MODE = 38, 22, 2  # of prctl(2)
 LOAD_WORD, JUMP_IF_EQUAL, RETURN = 0x20, 0x15, 0x06  # of seccomp(2)
