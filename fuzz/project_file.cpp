@@ -9,6 +9,7 @@
 #include "fuzz/memory_file.h"
 #include "fuzz/property.h"
 #include "project/project_file.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/reference_project.h"
 
 namespace {
@@ -34,8 +35,10 @@ ProjectFile checkLoad(const MemoryFile& file, const Bytes& bytes, bool populated
     const bool loaded = project.load(file.path().c_str());
     const ReferenceProject expected = referenceProject(bytes);
     require(loaded == expected.loaded, "both readers accept or both refuse");
-    const AttributeValues table(project.attributes.begin(), project.attributes.end());
-    require(table == expected.attributes, "the attributes are the slow reader's");
+    require(valuesOf(project) == expected.attributes, "the attributes are the slow reader's");
+    for (const auto& [id, value] : expected.attributes) {
+        require(project.getBytes(id) == value, "each attribute is found");
+    }
     require(project.path == keptPath(expected, populated, file.path()), "the path is kept or not");
     return project;
 }
@@ -49,7 +52,7 @@ void checkSeal(const MemoryFile& file, const Bytes& bytes, const ProjectFile& pr
 
     Bytes expected = bytes;
     for (std::size_t i = 0; i < 4; ++i) {
-        expected[4 + i] = static_cast<std::uint8_t>(project.attributes.size() >> 8 * i);
+        expected[4 + i] = static_cast<std::uint8_t>(project.attributes().size() >> 8 * i);
     }
     require(file.content() == mendedProject(expected), "sealing writes the header alone");
 }
@@ -62,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkLoad(file, bytes, size % 2 == 1);
     const Bytes mended = mendedProject(bytes);
     const ProjectFile project = checkLoad(file, mended, size % 2 == 0);
-    if (!project.attributes.empty()) {
+    if (!project.isEmpty()) {
         checkSeal(file, mended, project);
     }
     return 0;

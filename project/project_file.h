@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
+#include <span>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// Identifier of an attribute; the code that asks for an id fixes its meaning.
@@ -18,14 +20,30 @@ struct ProjectFileHeader {
     std::array<std::uint8_t, 16> bodyDigest{};  ///< MD5 of everything behind the header
 };
 
+/// Entry of a project file's directory as it stands on disk, little-endian.
+struct ProjectEntry {
+    ProjectAttributeId id = 0;
+    std::uint32_t offset = 0;  ///< of the value, from the start of the file
+    std::uint32_t size = 0;    ///< of the value in bytes
+};
+
+/// One attribute of a table, which owns the bytes of the value.
+struct ProjectAttribute {
+    ProjectAttributeId id = 0;
+    std::span<const std::uint8_t> value;
+};
+
 /// In-memory form of a project file: a table of attributes, and the path that they came from.
 ///
-/// A plain value; it holds no open file. Every access copies. Absent ids are a normal outcome.
+/// A plain value; it holds no open file. Absent ids are a normal outcome. The bytes of a file are
+/// held once, however many values share them, and a look-up goes through the entries one by one, so
+/// that the cost of a file grows with its size alone, whatever its directory says.
 struct ProjectFile {
-    std::unordered_map<ProjectAttributeId, std::vector<std::uint8_t>> attributes;
     std::string path;  ///< of the last populated file loaded, or of the file created
 
     // The attributes in memory.
+
+    bool isEmpty() const { return directory_.empty() && inserted_.empty(); }
 
     /// Copies the value to the start of `buffer` and tells nothing of its length. False, and
     /// nothing copied, when the id is absent or the value has more than `capacity` bytes.
@@ -40,8 +58,17 @@ struct ProjectFile {
     /// The value as text, without its last byte if that is zero; empty if the id is absent.
     std::string getString(ProjectAttributeId id) const;
 
-    /// All ids, in the table's order.
+    /// All ids, in the order of an unordered set of the standard library that they were put into
+    /// one by one: those of the file in its order, then those inserted.
     std::vector<ProjectAttributeId> attributeIds() const;
+
+    /// All attributes in ascending order of their ids. The views hold until the table changes or
+    /// goes.
+    std::vector<ProjectAttribute> attributes() const;
+
+    /// The directory of the file that was loaded, in its order, with the entries that do not count
+    /// because an earlier one has their id; without those of erased ids.
+    const std::vector<ProjectEntry>& directory() const { return directory_; }
 
     /// True if inserted; false, with the table as it was, if the id was present.
     bool insertAttribute(ProjectAttributeId id, std::vector<std::uint8_t> bytes);
@@ -61,8 +88,11 @@ struct ProjectFile {
     /// past the end; the table is then empty. Of two entries with one id the first is kept.
     ///
     /// A file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
-    /// path; that of a populated table is emptied in any case. Memory exhaustion passes as
-    /// std::bad_alloc.
+    /// path; that of a populated table is emptied in any case.
+    ///
+    /// The bytes that were digested are those that the values are taken from. Takes memory of twice
+    /// the file's size and a time that grows with the size alone, whatever the directory says.
+    /// Memory exhaustion passes as std::bad_alloc.
     bool load(const char* filePath);
 
     /// Makes or truncates the file so that it holds an empty project: the magic and 20 zero bytes.
@@ -76,8 +106,21 @@ struct ProjectFile {
     bool sealHeader(std::FILE* stream) const;
 
 private:
-    /// Steps of `load`; `sealHeader` shares the first.
-    static bool digestBody(std::FILE* stream, std::array<std::uint8_t, 16>& digest);
-    bool readDirectory(std::FILE* stream, const ProjectFileHeader& header);
+    /// The value of the first entry with this id, or what was inserted under it.
+    std::optional<std::span<const std::uint8_t>> find(ProjectAttributeId id) const;
+
+    /// The value of an entry of the directory.
+    std::span<const std::uint8_t> valueOf(const ProjectEntry& entry) const;
+
+    /// Steps of `load`; `sealHeader` shares the first. It gives all bytes of the stream's file,
+    /// zeros in the place of the header, and the digest of the body. The second takes the bytes
+    /// over, unless an entry is not sound.
+    static bool digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
+                           std::array<std::uint8_t, 16>& digest);
+    bool readDirectory(std::vector<std::uint8_t> bytes, std::uint32_t entryCount);
     bool loadStream(std::FILE* stream);
+
+    std::vector<std::uint8_t> bytes_;      ///< the whole file that was loaded, header included
+    std::vector<ProjectEntry> directory_;  ///< each value lies within `bytes_`
+    std::vector<std::pair<ProjectAttributeId, std::vector<std::uint8_t>>> inserted_;
 };

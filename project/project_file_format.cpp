@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <bit>
+#include <cstring>
 #include <memory>
 
 #include "core/entry.h"
@@ -14,15 +15,9 @@ using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 constexpr std::array<char, 4> magic = {'V', 'L', 'T', '2'};
 constexpr long headerSize = 24;
 
-struct DirectoryEntry {
-    std::uint32_t attributeId = 0;
-    std::uint32_t dataOffset = 0;
-    std::uint32_t dataSize = 0;
-};
-
 // The records are read and written as they stand in memory.
 static_assert(std::endian::native == std::endian::little);
-static_assert(sizeof(ProjectFileHeader) == headerSize && sizeof(DirectoryEntry) == 12);
+static_assert(sizeof(ProjectFileHeader) == headerSize && sizeof(ProjectEntry) == 12);
 
 /// Opens for binary reading.
 Stream openForReading(const char* path) {
@@ -45,14 +40,14 @@ long streamSize(std::FILE* stream) {
 }  // namespace
 
 bool ProjectFile::load(const char* filePath) {
-    if (!attributes.empty()) {
+    if (!isEmpty()) {
         clear();
     }
     const Stream stream = openForReading(filePath);
     if (stream == nullptr || !loadStream(stream.get())) {
         return false;
     }
-    if (!attributes.empty()) {
+    if (!isEmpty()) {
         path = filePath;
     }
     return true;
@@ -66,68 +61,56 @@ bool ProjectFile::loadStream(std::FILE* stream) {
     if (header.entryCount == 0) {
         return true;
     }
+    std::vector<std::uint8_t> bytes;
     std::array<std::uint8_t, 16> digest{};
-    if (!digestBody(stream, digest) || digest != header.bodyDigest) {
+    if (!digestBody(stream, bytes, digest) || digest != header.bodyDigest) {
         return false;
     }
-    if (!readDirectory(stream, header)) {
+    std::memcpy(bytes.data(), &header, sizeof header);
+    if (!readDirectory(std::move(bytes), header.entryCount)) {
         clear();
         return false;
     }
     return true;
 }
 
-bool ProjectFile::digestBody(std::FILE* stream, std::array<std::uint8_t, 16>& digest) {
+bool ProjectFile::digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
+                             std::array<std::uint8_t, 16>& digest) {
     const long size = streamSize(stream);
     if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0 || size <= headerSize) {
         return false;
     }
-    const auto bodySize = static_cast<std::size_t>(size - headerSize);
-    std::vector<std::uint8_t> body(bodySize);
-    if (std::fread(body.data(), bodySize, 1, stream) != 1) {
+    bytes.resize(static_cast<std::size_t>(size));
+    const std::size_t bodySize = bytes.size() - headerSize;
+    std::uint8_t* body = bytes.data() + headerSize;
+    if (std::fread(body, bodySize, 1, stream) != 1) {
         return false;
     }
-    coreEntry::md5Digest(body.data(), bodySize, digest.data());
+    coreEntry::md5Digest(body, bodySize, digest.data());
     return true;
 }
 
-bool ProjectFile::readDirectory(std::FILE* stream, const ProjectFileHeader& header) {
-    attributes.clear();
-    const long size = streamSize(stream);
-    if (size < headerSize || std::fseek(stream, headerSize, SEEK_SET) != 0) {
-        return false;
-    }
+bool ProjectFile::readDirectory(std::vector<std::uint8_t> bytes, std::uint32_t entryCount) {
     // Of a directory that is longer than the file, nothing is read.
-    const std::uint32_t count = header.entryCount;
-    if (count > static_cast<std::uint64_t>(size - headerSize) / sizeof(DirectoryEntry)) {
+    if (entryCount > (bytes.size() - headerSize) / sizeof(ProjectEntry)) {
         return false;
     }
-    std::vector<DirectoryEntry> directory(count);
-    if (std::fread(directory.data(), sizeof(DirectoryEntry), count, stream) != count) {
-        return false;
-    }
-    // Values mostly follow each other, and where one begins at the position there is no seeking.
-    long position = headerSize + long{count} * long{sizeof(DirectoryEntry)};
-    for (const DirectoryEntry& entry : directory) {
-        const long end = long{entry.dataOffset} + long{entry.dataSize};
-        // Asked before the read, so that a damaged size takes no room.
-        if (entry.dataSize == 0 || end > size) {
+    const auto stored =
+        std::span(bytes).subspan(headerSize, std::size_t{entryCount} * sizeof(ProjectEntry));
+    std::vector<ProjectEntry> directory(entryCount);
+    std::memcpy(directory.data(), stored.data(), stored.size());
+    for (const ProjectEntry& entry : directory) {
+        if (entry.size == 0 || std::uint64_t{entry.offset} + entry.size > bytes.size()) {
             return false;
         }
-        std::vector<std::uint8_t> value(entry.dataSize);
-        if ((entry.dataOffset != position &&
-             std::fseek(stream, long{entry.dataOffset}, SEEK_SET) != 0) ||
-            std::fread(value.data(), value.size(), 1, stream) != 1) {
-            return false;
-        }
-        position = end;
-        insertAttribute(entry.attributeId, std::move(value));
     }
+    bytes_ = std::move(bytes);
+    directory_ = std::move(directory);
     return true;
 }
 
 bool ProjectFile::create(const char* filePath) {
-    if (!attributes.empty()) {
+    if (!isEmpty()) {
         clear();
     }
     const Stream stream(std::fopen(filePath, "w+b"), &std::fclose);
@@ -142,18 +125,18 @@ bool ProjectFile::create(const char* filePath) {
         clear();
         return false;
     }
-    attributes.clear();
     path = filePath;
     return true;
 }
 
 bool ProjectFile::sealHeader(std::FILE* stream) const {
     ProjectFileHeader header;
-    if (!digestBody(stream, header.bodyDigest)) {
+    std::vector<std::uint8_t> bytes;
+    if (!digestBody(stream, bytes, header.bodyDigest)) {
         return false;
     }
     header.magic = magic;
-    header.entryCount = static_cast<std::uint32_t>(attributes.size());
+    header.entryCount = static_cast<std::uint32_t>(attributes().size());
     return std::fseek(stream, 0, SEEK_SET) == 0 &&
            std::fwrite(&header, sizeof header, 1, stream) == 1;
 }

@@ -16,6 +16,7 @@ bool refuses(std::size_t size) {
         return false;
     }
     current->largestRequest = std::max(current->largestRequest, size);
+    current->requestedBytes += size;
     if (size <= current->blockLimit) {
         return false;
     }

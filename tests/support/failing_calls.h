@@ -22,4 +22,5 @@ struct ScopedFailingCalls {
     std::size_t blockLimit = ~0UL;               ///< larger blocks are refused
     unsigned givenBlocks = 0;                    ///< but so many of these are given before
     std::size_t largestRequest = 0;              ///< size of the largest block asked for
+    std::size_t requestedBytes = 0;              ///< of all blocks asked for, those given back too
 };

@@ -61,7 +61,7 @@ std::vector<ShownEntry> shownEntries(const ProjectReading& reading, bool secret)
     key.loadFromAttributes(reading.project);
     std::set<ProjectAttributeId> seen;
     std::vector<ShownEntry> shown;
-    for (const ProjectEntry& entry : reading.entries) {
+    for (const ProjectEntry& entry : reading.project.directory()) {
         ShownEntry& next = shown.emplace_back();
         next.entry = entry;
         next.meaning = attributeMeaning(entry.id);

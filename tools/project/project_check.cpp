@@ -242,7 +242,7 @@ ProjectCheck checkProject(const std::string& path) {
         return check;
     }
     check.verifiesOnly = verifiesOnly(reading.project);
-    checkRepetition(reading.entries, check.findings);
+    checkRepetition(reading.project.directory(), check.findings);
     for (const Findings& more :
          {checkProtection(path, !check.verifiesOnly), checkKey(reading.project)}) {
         check.findings.insert(check.findings.end(), more.begin(), more.end());

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -15,11 +16,9 @@
 namespace {
 
 constexpr std::uint64_t headerSize = sizeof(ProjectFileHeader);
-constexpr std::uint64_t entrySize = 12;
+constexpr std::uint64_t entrySize = sizeof(ProjectEntry);
 constexpr std::string_view magic = "VLT2";
 constexpr const char* unreadableCode = "project.unreadable";
-
-static_assert(sizeof(ProjectEntry) == entrySize);
 
 /// A file opened beside the program's own reading, to see what that met.
 class OpenedFile {
@@ -68,12 +67,13 @@ ProjectFileHeader readHeader(const OpenedFile& file) {
     return file.read(0, &header, sizeof header) ? header : ProjectFileHeader{};
 }
 
+/// As many entries of the directory, up to this count, as the file has; none if they cannot be
+/// read.
 std::vector<ProjectEntry> readEntries(const OpenedFile& file, std::uint32_t count) {
-    std::vector<ProjectEntry> entries;
-    ProjectEntry entry;
-    while (entries.size() < count &&
-           file.read(headerSize + entrySize * entries.size(), &entry, sizeof entry)) {
-        entries.push_back(entry);
+    std::vector<ProjectEntry> entries(
+        std::min<std::uint64_t>(count, (file.size() - headerSize) / entrySize));
+    if (!file.read(headerSize, entries.data(), entrySize * entries.size())) {
+        entries.clear();
     }
     return entries;
 }
@@ -91,27 +91,26 @@ bool digestDiffers(const OpenedFile& file, const ProjectFileHeader& header) {
 /// What is wrong with the first entry that the program refuses, if there is one.
 std::optional<Refusal> entryRefusal(const OpenedFile& file,
                                     const std::vector<ProjectEntry>& entries) {
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const ProjectEntry& entry = entries[i];
-        const std::string name =
-            "entry " + std::to_string(i + 1) + " (attribute " + std::to_string(entry.id) + ") ";
-        if (entry.size == 0) {
-            return Refusal{"project.entry-empty", name + "has a size of 0"};
-        }
-        if (std::uint64_t{entry.offset} + entry.size > file.size()) {
-            return Refusal{"project.entry-range",
-                           name + "runs past the end of the file: " + counted(entry.size, "byte") +
-                               " at offset " + std::to_string(entry.offset) +
-                               ", and the file has " + std::to_string(file.size())};
-        }
+    const auto refused =
+        std::find_if(entries.begin(), entries.end(), [&file](const ProjectEntry& entry) {
+            return entry.size == 0 || std::uint64_t{entry.offset} + entry.size > file.size();
+        });
+    if (refused == entries.end()) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    const std::string name = "entry " + std::to_string(refused - entries.begin() + 1) +
+                             " (attribute " + std::to_string(refused->id) + ") ";
+    if (refused->size == 0) {
+        return Refusal{"project.entry-empty", name + "has a size of 0"};
+    }
+    return Refusal{"project.entry-range",
+                   name + "runs past the end of the file: " + counted(refused->size, "byte") +
+                       " at offset " + std::to_string(refused->offset) + ", and the file has " +
+                       std::to_string(file.size())};
 }
 
-/// Why the program does not load this file, in the order of its own steps. The directory is read
-/// only when it comes to that.
-Refusal refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
-                  std::vector<ProjectEntry>& entries) {
+/// Why the program does not load this file, in the order of its own steps.
+Refusal refusalOf(const OpenedFile& file, const ProjectFileHeader& header) {
     if (file.isFolder()) {
         return {"project.directory", "is a directory"};
     }
@@ -133,7 +132,7 @@ Refusal refusalOf(const OpenedFile& file, const ProjectFileHeader& header,
     if (digestDiffers(file, header)) {
         return {"project.digest", "is damaged: the digest in its header is not that of its body"};
     }
-    entries = readEntries(file, header.entryCount);
+    const std::vector<ProjectEntry> entries = readEntries(file, header.entryCount);
     if (entries.size() < header.entryCount) {
         return {"project.entries", "the directory ends after " + std::to_string(entries.size()) +
                                        " of " + counted(header.entryCount, "entry", "entries")};
@@ -155,11 +154,8 @@ ProjectReading readWithMemory(const std::string& path) {
         reading.project.clear();
         return reading;
     }
-    const ProjectFileHeader header = readHeader(file);
-    if (loaded) {
-        reading.entries = readEntries(file, header.entryCount);
-    } else {
-        reading.refusal = refusalOf(file, header, reading.entries);
+    if (!loaded) {
+        reading.refusal = refusalOf(file, readHeader(file));
         reading.unreadable = !file.isRegular() || reading.refusal->code == unreadableCode;
     }
     return reading;

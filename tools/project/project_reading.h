@@ -1,19 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "project/project_file.h"
 #include "tools/refusal.h"
-
-/// One entry of a project file's directory, as it stands there.
-struct ProjectEntry {
-    ProjectAttributeId id = 0;
-    std::uint32_t offset = 0;  ///< of the value, from the start of the file
-    std::uint32_t size = 0;    ///< of the value in bytes
-};
 
 /// A project file as a person wants to see it.
 struct ProjectReading {
@@ -22,8 +13,7 @@ struct ProjectReading {
     std::optional<Refusal> refusal;
     bool unreadable = false;  ///< the refusal says nothing of the content, which could not be read
 
-    ProjectFile project;                ///< what was loaded; empty after a refusal
-    std::vector<ProjectEntry> entries;  ///< the directory in its order, where the digest holds
+    ProjectFile project;  ///< what was loaded; empty after a refusal
 };
 
 /// Loads the project at `path` as the program does. Whether it loads is the answer of

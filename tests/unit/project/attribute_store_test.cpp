@@ -1,17 +1,18 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "project/project_file.h"
+#include "tests/support/attribute_values.h"
+#include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint8_t guard = 0xA5;
 
@@ -100,7 +101,7 @@ TEST(InsertAttribute, KeepsTheFirstValueOfAnId) {
     EXPECT_TRUE(file.insertAttribute(1, {1}));
     EXPECT_FALSE(file.insertAttribute(1, {2, 3}));
     EXPECT_EQ(file.getBytes(1), Bytes{1});
-    EXPECT_EQ(file.attributes.size(), 1U);
+    EXPECT_EQ(file.attributes().size(), 1U);
 }
 
 TEST(InsertAttribute, TakesTheBytesOverWithoutCopyingThem) {
@@ -108,7 +109,7 @@ TEST(InsertAttribute, TakesTheBytesOverWithoutCopyingThem) {
     Bytes value(100, 1);
     const std::uint8_t* storage = value.data();
     file.insertAttribute(1, std::move(value));
-    EXPECT_EQ(file.attributes.at(1).data(), storage);
+    EXPECT_EQ(file.attributes().front().value.data(), storage);
 }
 
 TEST(EraseAttribute, RemovesAnIdOnce) {
@@ -123,31 +124,90 @@ TEST(EraseAttribute, RemovesAnIdOnce) {
     EXPECT_EQ(file.getBytes(1), Bytes{3});
 }
 
-TEST(AttributeIds, ListsEveryIdInTheTablesOrder) {
-    ProjectFile file;
-    EXPECT_TRUE(file.attributeIds().empty());
-    for (const ProjectAttributeId id : {72U, 0U, 0xFFFFFFFFU, 5U, 76U}) {
-        file.insertAttribute(id, {1});
+using Ids = std::vector<ProjectAttributeId>;
+
+/// The ids in the order in which an unordered map of the standard library gives them back.
+Ids inOrderOfAMap(const Ids& ids) {
+    std::unordered_map<ProjectAttributeId, Bytes> map;
+    for (const ProjectAttributeId id : ids) {
+        map.try_emplace(id);
     }
-    std::vector<ProjectAttributeId> inOrder;
-    for (const auto& [id, value] : file.attributes) {
+    Ids inOrder;
+    for (const auto& [id, value] : map) {
         inOrder.push_back(id);
     }
-    std::vector<ProjectAttributeId> ids = file.attributeIds();
-    EXPECT_EQ(ids, inOrder);
-    std::sort(ids.begin(), ids.end());
-    EXPECT_EQ(ids, (std::vector<ProjectAttributeId>{0, 5, 72, 76, 0xFFFFFFFF}));
+    return inOrder;
+}
+
+TEST(AttributeIds, ListsEveryIdOnceInTheOrderOfAnUnorderedMap) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(ProjectFile().attributeIds().empty());
+    for (const std::uint64_t range : {6ULL, 100ULL, 1ULL << 32}) {
+        for (const std::size_t count : {1U, 5U, 13U, 14U, 200U}) {
+            ProjectImage image;
+            Ids all;
+            for (std::size_t i = 0; i < count; ++i) {
+                all.push_back(static_cast<ProjectAttributeId>(randomBelow(range)));
+                image.directory.push_back({.id = all.back(), .offset = 0, .size = 1});
+            }
+            ProjectFile file;
+            ASSERT_TRUE(file.load(folder.write("project", image.bytes()).c_str()));
+            EXPECT_EQ(file.attributeIds(), inOrderOfAMap(all));
+            for (const ProjectAttributeId id : {0xFFFFFFFFU, 4U, 50U}) {
+                file.insertAttribute(id, {1});
+                all.push_back(id);
+            }
+            EXPECT_EQ(file.attributeIds(), inOrderOfAMap(all));
+        }
+    }
+}
+
+TEST(Attributes, AreListedOnceInAscendingOrderWithTheFirstValue) {
+    ProjectImage image;
+    image.values = {10, 20, 30};
+    image.directory = {{9, 84, 1}, {2, 85, 1}, {9, 86, 1}, {0xFFFFFFFF, 84, 3}, {2, 84, 3}};
+    const TemporaryFolder folder;
+    ProjectFile file;
+    ASSERT_TRUE(file.load(folder.write("project", image.bytes()).c_str()));
+    file.insertAttribute(5, {50, 51});
+    file.insertAttribute(9, {90});
+    Ids ids;
+    for (const ProjectAttribute& attribute : file.attributes()) {
+        ids.push_back(attribute.id);
+        EXPECT_EQ(Bytes(attribute.value.begin(), attribute.value.end()),
+                  file.getBytes(attribute.id));
+    }
+    EXPECT_EQ(ids, (Ids{2, 5, 9, 0xFFFFFFFF}));
+    EXPECT_EQ(valuesOf(file),
+              (AttributeValues{{2, {20}}, {5, {50, 51}}, {9, {10}}, {0xFFFFFFFF, {10, 20, 30}}}));
+    EXPECT_TRUE(ProjectFile().attributes().empty());
+}
+
+TEST(Directory, HoldsTheEntriesOfTheFileButThoseErased) {
+    ProjectImage image = projectImage({{1, {10}}, {2, {20}}, {3, {30}}});
+    image.directory[2].id = 1;
+    const TemporaryFolder folder;
+    ProjectFile file;
+    ASSERT_TRUE(file.load(folder.write("project", image.bytes()).c_str()));
+    file.insertAttribute(7, {1});
+    ASSERT_EQ(file.directory().size(), 3U);
+    EXPECT_EQ(file.directory()[2].id, 1U);
+    EXPECT_EQ(file.directory()[2].offset, 62U);
+    EXPECT_EQ(file.directory()[2].size, 1U);
+    EXPECT_TRUE(file.eraseAttribute(1));
+    ASSERT_EQ(file.directory().size(), 1U);
+    EXPECT_EQ(file.directory()[0].id, 2U);
+    EXPECT_EQ(file.attributeSize(1), 0U);
 }
 
 TEST(Clear, RemovesAttributesAndPath) {
     ProjectFile file;
     file.path = "somewhere";
     file.insertAttribute(1, {1});
-    const std::size_t buckets = file.attributes.bucket_count();
+    EXPECT_FALSE(file.isEmpty());
     file.clear();
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
-    EXPECT_EQ(file.attributes.bucket_count(), buckets);
 }
 
 TEST(ProjectFile, CopyHasValuesOfItsOwn) {
@@ -156,23 +216,24 @@ TEST(ProjectFile, CopyHasValuesOfItsOwn) {
     file.insertAttribute(1, {1});
     ProjectFile copy = file;
     EXPECT_EQ(copy.path, "somewhere");
-    copy.attributes.at(1)[0] = 9;
+    copy.eraseAttribute(1);
+    copy.insertAttribute(1, {9});
     copy.insertAttribute(2, {2});
+    EXPECT_EQ(copy.getBytes(1), Bytes{9});
     EXPECT_EQ(file.getBytes(1), Bytes{1});
     EXPECT_EQ(file.attributeSize(2), 0U);
 }
 
-TEST(ProjectFile, FindsIdsThatShareABucket) {
+TEST(ProjectFile, FindsIdsThatShareABucketOfAnUnorderedMap) {
+    const std::unordered_map<ProjectAttributeId, Bytes> map = {{3, {1}}, {4, {2}}, {5, {3}}};
     ProjectFile file;
-    file.insertAttribute(3, {1});
-    file.insertAttribute(4, {2});
-    file.insertAttribute(5, {3});
-    const auto buckets = static_cast<ProjectAttributeId>(file.attributes.bucket_count());
+    for (const auto& [id, value] : map) {
+        file.insertAttribute(id, value);
+    }
+    const auto buckets = static_cast<ProjectAttributeId>(map.bucket_count());
     const ProjectAttributeId sharing = 4 + buckets;
     const ProjectAttributeId absent = 4 + 2 * buckets;
     ASSERT_TRUE(file.insertAttribute(sharing, {4}));
-    ASSERT_EQ(file.attributes.bucket_count(), buckets);
-    ASSERT_EQ(file.attributes.bucket(sharing), file.attributes.bucket(4));
 
     EXPECT_EQ(file.getBytes(4), Bytes{2});
     EXPECT_EQ(file.getBytes(sharing), Bytes{4});

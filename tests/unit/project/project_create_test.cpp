@@ -34,7 +34,7 @@ protected:
 TEST_F(ProjectCreate, WritesTheHeaderOfAnEmptyProject) {
     ASSERT_TRUE(file.create(path.c_str()));
     EXPECT_EQ(fileBytes(path), emptyProject());
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, path);
 }
 
@@ -42,7 +42,7 @@ TEST_F(ProjectCreate, MakesAFileThatLoadsWithoutAPath) {
     ASSERT_TRUE(file.create(path.c_str()));
     ProjectFile other;
     EXPECT_TRUE(other.load(path.c_str()));
-    EXPECT_TRUE(other.attributes.empty());
+    EXPECT_TRUE(other.isEmpty());
     EXPECT_EQ(other.path, "");
 }
 
@@ -55,14 +55,14 @@ TEST_F(ProjectCreate, TruncatesAFileThatExists) {
 TEST_F(ProjectCreate, EmptiesTheStore) {
     loadSomething();
     ASSERT_TRUE(file.create(path.c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, path);
 }
 
 TEST_F(ProjectCreate, EmptiesAPopulatedStoreWhenOpeningFails) {
     loadSomething();
     EXPECT_FALSE(file.create(folder.file("missing/created").c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 
@@ -80,7 +80,7 @@ TEST_F(ProjectCreate, EmptiesTableAndPathWhenTheHeaderCannotBeWritten) {
         calls.failingStreamCall = 2;
         EXPECT_FALSE(file.create(folder.file("second").c_str()));
     }
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
     EXPECT_TRUE(fileBytes(folder.file("second")).empty());
     EXPECT_FALSE(file.load(folder.file("second").c_str()));
@@ -89,7 +89,7 @@ TEST_F(ProjectCreate, EmptiesTableAndPathWhenTheHeaderCannotBeWritten) {
 TEST_F(ProjectCreate, EmptiesTableAndPathOnAFullDevice) {
     ASSERT_TRUE(file.create(path.c_str()));
     EXPECT_FALSE(file.create("/dev/full"));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 

@@ -92,14 +92,14 @@ protected:
 
 TEST_P(ProjectDamage, IsRefusedByAnEmptyStore) {
     EXPECT_FALSE(file.load(damaged().c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 
 TEST_P(ProjectDamage, EmptiesAStoreThatHeldAttributes) {
     ASSERT_TRUE(file.load(folder.write("good", projectBytes(someValues)).c_str()));
     EXPECT_FALSE(file.load(damaged().c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 
@@ -107,7 +107,7 @@ TEST_P(ProjectDamage, EmptiesThePathOfAnEmptyStoreOnlyFromTheDirectoryOn) {
     const std::string created = folder.file("created");
     ASSERT_TRUE(file.create(created.c_str()));
     EXPECT_FALSE(file.load(damaged().c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, GetParam().inDirectory ? "" : created);
 }
 
@@ -130,7 +130,7 @@ protected:
 TEST_F(ProjectOpening, EmptiesTableAndPathWhenItFails) {
     ASSERT_TRUE(file.load(folder.write("good", projectBytes(someValues)).c_str()));
     EXPECT_FALSE(file.load(folder.file("missing").c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 

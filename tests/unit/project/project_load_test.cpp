@@ -8,6 +8,7 @@
 #include <new>
 
 #include "project/project_file.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
@@ -16,10 +17,6 @@
 #include "tests/support/temporary_folder.h"
 
 namespace {
-
-AttributeValues valuesOf(const ProjectFile& file) {
-    return {file.attributes.begin(), file.attributes.end()};
-}
 
 const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}, {0xFFFFFFFF, {30, 31, 32}}};
 
@@ -37,7 +34,7 @@ TEST_F(ProjectLoad, ReadsTheKnownProjects) {
     for (const std::string& path : projectVectorPaths()) {
         ASSERT_TRUE(file.load(path.c_str())) << path;
         EXPECT_EQ(valuesOf(file), readProjectBytes(fileBytes(path))) << path;
-        EXPECT_EQ(file.attributes.size(), 5U) << path;
+        EXPECT_EQ(file.attributes().size(), 5U) << path;
         EXPECT_EQ(file.path, path);
     }
 }
@@ -141,7 +138,7 @@ TEST_F(ProjectLoad, LooksAtNothingBehindACountOfZero) {
         image.values = Bytes(trailing, 0xEE);
         image.bodyDigest = Bytes(16, 0x77);
         ASSERT_TRUE(file.load(written(image.bytes()).c_str())) << trailing << " bytes";
-        EXPECT_TRUE(file.attributes.empty());
+        EXPECT_TRUE(file.isEmpty());
         EXPECT_EQ(file.path, "");
     }
 }
@@ -155,7 +152,7 @@ TEST_F(ProjectLoad, KeepsThePathOfBeforeWhenTheCountIsZero) {
 TEST_F(ProjectLoad, EmptiesTableAndPathForACountOfZero) {
     ASSERT_TRUE(file.load(written(projectBytes(someValues)).c_str()));
     ASSERT_TRUE(file.load(written(ProjectImage().bytes()).c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 
@@ -209,7 +206,7 @@ TEST_F(ProjectLoad, RefusesAStreamThatHasNoPositions) {
     const Bytes bytes = projectBytes(someValues);
     EXPECT_EQ(::write(writer, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     EXPECT_FALSE(file.load(fifo.c_str()));
-    EXPECT_TRUE(file.attributes.empty());
+    EXPECT_TRUE(file.isEmpty());
     ::close(writer);
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "project/project_file.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
@@ -38,7 +39,7 @@ protected:
     }
 
     void expectStoreUnchanged() const {
-        EXPECT_EQ(AttributeValues(file.attributes.begin(), file.attributes.end()), someValues);
+        EXPECT_EQ(valuesOf(file), someValues);
         EXPECT_EQ(file.path, "kept");
     }
 

@@ -5,6 +5,7 @@
 
 #include "core/entry.h"
 #include "random/random_generator.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/signature_vectors.h"
@@ -21,9 +22,7 @@ protected:
         return attributesOf(newProject(BasePoint::random, std::nullopt));
     }
 
-    static AttributeValues attributesOf(const ProjectFile& project) {
-        return {project.attributes.begin(), project.attributes.end()};
-    }
+    static AttributeValues attributesOf(const ProjectFile& project) { return valuesOf(project); }
 };
 
 TEST_F(NewProject, HasTheFiveAttributesOfAKeyInTheirStoredForms) {

@@ -13,6 +13,7 @@
 
 #include "core/entry.h"
 #include "engine/signature_engine.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
@@ -61,14 +62,13 @@ TEST_F(WriteProjectFile, WritesAFileThatLoadsWithTheSameAttributes) {
     EXPECT_EQ(writeProjectFile(project, path), std::nullopt);
     ProjectFile loaded;
     ASSERT_TRUE(loaded.load(path.c_str()));
-    EXPECT_EQ(loaded.attributes, project.attributes);
+    EXPECT_EQ(valuesOf(loaded), valuesOf(project));
     EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
 }
 
 TEST_F(WriteProjectFile, WritesTheBytesOfAProjectInAscendingOrderOfIds) {
     EXPECT_EQ(writeProjectFile(project, path), std::nullopt);
-    EXPECT_EQ(fileBytes(path),
-              projectBytes({project.attributes.begin(), project.attributes.end()}));
+    EXPECT_EQ(fileBytes(path), projectBytes(valuesOf(project)));
 }
 
 TEST_F(WriteProjectFile, WritesAttributesOfAnySize) {
@@ -79,7 +79,7 @@ TEST_F(WriteProjectFile, WritesAttributesOfAnySize) {
     EXPECT_EQ(writeProjectFile(other, path), std::nullopt);
     ProjectFile loaded;
     ASSERT_TRUE(loaded.load(path.c_str()));
-    EXPECT_EQ(loaded.attributes, other.attributes);
+    EXPECT_EQ(valuesOf(loaded), valuesOf(other));
 }
 
 TEST_F(WriteProjectFile, WritesAProjectThatSignsAndVerifies) {
