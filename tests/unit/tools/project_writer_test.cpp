@@ -7,6 +7,7 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "core/entry.h"
 #include "engine/signature_engine.h"
 #include "tests/support/attribute_values.h"
+#include "tests/support/failing_calls.h"
 #include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
@@ -154,6 +156,44 @@ TEST_F(WriteProjectFile, LeavesNothingWhenTheFileCannotBeWrittenWhole) {
         expectMessage(message, path + ": File too large");
         EXPECT_TRUE(folder.names().empty()) << "limit " << size;
     }
+}
+
+/// A project whose values share the bytes of a file of 1 MiB. A new file would have `size` bytes.
+ProjectFile projectOf(std::uint64_t size, const TemporaryFolder& folder) {
+    constexpr std::uint32_t valueSize = 1 << 20;
+    constexpr std::uint32_t entries = 4096;
+    constexpr std::uint32_t offset = 24 + 12 * entries;
+    ProjectImage image;
+    for (std::uint32_t id = 1; id <= entries; ++id) {
+        image.directory.push_back({.id = id, .offset = offset, .size = valueSize});
+    }
+    image.directory.back().size =
+        static_cast<std::uint32_t>(size - offset - std::uint64_t{valueSize} * (entries - 1));
+    image.values.resize(valueSize);
+    ProjectFile project;
+    EXPECT_TRUE(project.load(folder.write("shared", image.bytes()).c_str()));
+    return project;
+}
+
+TEST_F(WriteProjectFile, RefusesWhatOffsetsOf32BitsDoNotReach) {
+    const ProjectFile large = projectOf(1ULL << 32, folder);
+    const std::string refusal =
+        path + ": would have 4294967296 bytes, and a project file has at most 4294967295";
+    EXPECT_EQ(sizeRefusal(large, path), refusal);
+    ScopedFailingCalls calls;
+    EXPECT_EQ(writeProjectFile(large, path), refusal);
+    EXPECT_LT(calls.largestRequest, 1U << 20);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"shared"});
+}
+
+TEST_F(WriteProjectFile, WritesAsMuchAsOffsetsOf32BitsReach) {
+    const ProjectFile largest = projectOf((1ULL << 32) - 1, folder);
+    EXPECT_EQ(sizeRefusal(largest, path), std::nullopt);
+    // Room for all of it is asked for, and not given.
+    ScopedFailingCalls calls;
+    calls.blockLimit = 1 << 20;
+    EXPECT_THROW(writeProjectFile(largest, path), std::bad_alloc);
+    EXPECT_EQ(calls.largestRequest, (1ULL << 32) - 1);
 }
 
 TEST_F(WriteProjectFile, LeavesNoFileOpen) {
