@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that are missing, by what they are for:
 #
-#   scripts/install-packages.sh PURPOSE...   build, serve, test, clang, lint, coverage, bench, package
+#   scripts/install-packages.sh PURPOSE...   build, serve, test, clang, lint, coverage, bench, package, units
 #
 # Says nothing when all of them are there.
 set -euo pipefail
@@ -10,7 +10,7 @@ declare -A packages=(
     [build]="git g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
     [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
-            apache2-bin lighttpd nginx fcgiwrap systemd
+            apache2-bin lighttpd nginx fcgiwrap
             chromium chromium-driver python3-selenium nodejs
             python3-jsonschema openapi-specification util-linux mount"
     [clang]="clang-14 libclang-rt-14-dev"
@@ -19,6 +19,7 @@ declare -A packages=(
     [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap
             librhash-dev libgcrypt20-dev libbotan-2-dev nettle-dev libcrypto++-dev"
     [package]="lintian mmdebstrap mandoc util-linux"
+    [units]="mmdebstrap systemd-container util-linux"
 )
 
 fail() {
