@@ -25,6 +25,24 @@ def pair(name, value):
     return lengths + name + value
 
 
+def pairs(content):
+    """The names and values in the content of a PARAMS stream."""
+    def take(length):
+        nonlocal content
+        taken, content = content[:length], content[length:]
+        return taken
+
+    def take_length():
+        first = take(1)
+        if first[0] < 128:
+            return first[0]
+        return int.from_bytes(first + take(3), "big") - (1 << 31)
+
+    while content:
+        name, value = take_length(), take_length()
+        yield take(name), take(value)
+
+
 def read_records(connection):
     """Kind and content of each record, to the end of the connection."""
     reader = connection.makefile("rb")

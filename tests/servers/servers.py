@@ -43,6 +43,16 @@ def free_port():
         return probe.getsockname()[1]
 
 
+def has_ipv6():
+    """Whether this machine has the loopback address of IPv6."""
+    with socket.socket(socket.AF_INET6) as probe:
+        try:
+            probe.bind(("::1", 0))
+        except OSError:
+            return False
+    return True
+
+
 def runs_as_root():
     return os.geteuid() == 0
 
@@ -108,6 +118,10 @@ class Server:
         text = text.replace(INSTALLED, str(self.programs)).replace(LISTED_HOSTS, self.hosts)
         return text.replace(INSTALLED_SOCKET, str(self.folder / "fcgiwrap.socket"))
 
+    def at_ipv6(self, directive):
+        """A directive to listen at ::1 as well, where this machine has that."""
+        return directive if has_ipv6() else ""
+
     def write(self, name, text):
         path = self.folder / name
         path.write_text(text, encoding="utf-8")
@@ -163,6 +177,7 @@ server.http-parseopts = (
         main = self.write("main.conf", f"""
 server.bind = "127.0.0.1"
 server.port = {self.port}
+{self.at_ipv6(f'$SERVER["socket"] == "[::1]:{self.port}" {{ }}')}
 server.document-root = "{self.static}"
 server.errorlog = "{self.log}"
 server.upload-dirs = ( "{self.folder}" )
@@ -189,6 +204,7 @@ DefaultRuntimeDir {self.folder}
 PidFile apache.pid
 ServerName localhost
 Listen 127.0.0.1:{self.port}
+{self.at_ipv6(f"Listen [::1]:{self.port}")}
 {load}
 {f'User {ACCOUNT}' if runs_as_root() else ''}
 {f'Group {ACCOUNT}' if runs_as_root() else ''}
@@ -258,6 +274,7 @@ http {{
         main = self.main_configuration(f"""
     server {{
         listen 127.0.0.1:{self.port};
+        {self.at_ipv6(f"listen [::1]:{self.port};")}
         root {self.static};
         include {self.write('sign.conf', self.configuration('nginx.conf'))};
     }}""")
