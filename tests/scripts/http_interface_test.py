@@ -36,6 +36,7 @@ NO_JSON = "Invalid JSON data"
 NO_FORM = "Failed to parse input data"
 MODE_MISSING = "'mode' parameter missing or invalid"
 PROJECT_MISSING = "'project' parameter is required"
+SIGNATURE_MISSING = "'signature' parameter is required"
 INPUT_MISSING = "Either 'data' or 'file' parameter is required"
 NOT_MADE = "Signature generation failed"
 
@@ -85,7 +86,7 @@ def verifying(request, signature):
         value["signature"]["signature"] = signature
         return Request(JSON, compact(value).encode())
     parameters = dict(urllib.parse.parse_qsl(request.body.decode()))
-    for name in ("sig_create", "encoding", "genpairs"):
+    for name in ("sig_create", "encoding", "genpairs", "sig"):
         parameters.pop(name, None)
     return form(sig_verify="true", sig=signature, **parameters)
 
@@ -108,6 +109,20 @@ def fenced_exchanges():
             raise AssertionError(f"unknown headers in {request}")
 
 
+PARAMETERS = "| Form parameter | JSON member | JSON type | Default | Meaning |"
+FORM_TEXTS = "| Form text | Value of `sig_data` |"
+DECODED_VALUES = "| Written | Bytes |"
+JSON_BODIES = "| Body | |"
+LENGTHS = "| `CONTENT_LENGTH` | Form | JSON |"
+BASE64_TEXTS = "| Text | Bytes |"
+FIRST_LINES = "| The program's file name | First line | Then |"
+RESPONSES = "| Status | Content type | Body | Exit status | When |"
+DIFFERENCES = "| | Signing | Verifying |"
+# Each has a test that runs its rows, and fails for a row that it cannot run.
+TABLES = (PARAMETERS, FORM_TEXTS, DECODED_VALUES, JSON_BODIES, LENGTHS, BASE64_TEXTS, FIRST_LINES,
+          RESPONSES, DIFFERENCES)
+
+
 def table(header):
     """The rows below this header, as lists of cells."""
     start = REFERENCE.index(f"\n{header}\n") + 1
@@ -122,7 +137,7 @@ def code(cell):
 
 def response_rows():
     """Each row of the table of responses: the response, the exit status, whether it occurs."""
-    for *cells, exit_status, when in table("| Status | Content type | Body | Exit status | When |"):
+    for *cells, exit_status, when in table(RESPONSES):
         yield Response(*map(code, cells)), int(exit_status), not when.startswith("never")
 
 
@@ -249,8 +264,7 @@ class Description(unittest.TestCase):
         schemas = DESCRIPTION["components"]["schemas"]
         source = (ROOT / "frontend" / "request_record.cpp").read_text(encoding="utf-8")
         words = re.findall(r'word == "(\w+)"', source)
-        (row,) = (row for row in table("| Form parameter | JSON member | JSON type | Default | "
-                                       "Meaning |") if row[0] == "`encoding`")
+        (row,) = (row for row in table(PARAMETERS) if row[0] == "`encoding`")
         defaults = re.fullmatch(r"form `(\w+)`, JSON `(\w+)`", row[3]).groups()
         for kind, default in zip(("Form", "Json"), defaults, strict=True):
             schema = schemas[f"{kind}ResultEncoding"]
@@ -269,6 +283,10 @@ class Description(unittest.TestCase):
 
 
 class Reference(unittest.TestCase):
+    def test_every_table_is_one_whose_rows_are_run(self):
+        headers = re.findall(r"^(\|.*)\n\|[-:| ]+\|$", REFERENCE, re.MULTILINE)
+        self.assertEqual(headers, list(TABLES))
+
     def test_the_table_of_responses_and_the_examples_are_the_same(self):
         rows = {response: occurs for response, _, occurs in response_rows()}
         described = {response.without_signature() for _, _, _, response in response_examples()}
@@ -394,11 +412,82 @@ class Exchanges(unittest.TestCase):
             self.expect(form(project=self.project, sig_verify="true", sig=text,
                              sig_file=self.upload / name), text_result(verdict))
 
+    def parameter_requests(self, values):
+        """A form and JSON with these values, under the names that the table of parameters has."""
+        parameters, members = {}, {}
+        for names, member, *_ in table(PARAMETERS):
+            if names in values:
+                value = values[names]
+                name = code(names.rpartition(", ")[2])
+                parameters[name] = json.dumps(value) if isinstance(value, bool) else value
+                place, _, key = code(member).rpartition(".")
+                part = members.setdefault(place, {}) if place else members
+                part[key] = "verifySignature" if (key, value) == ("mode", "true") else value
+        return form(**parameters), Request(JSON, compact(members).encode())
+
+    def test_the_table_of_parameters(self):
+        abc = self.projects / "abc"
+        abc.write_bytes(b"ABC")
+        signing = form(project=self.project, sig_create="true", sig_file=abc)
+        text = SIGNATURE.search(self.ask("sign.cgi", signing)[0].decode()).group()
+        values = {"`project`": str(self.project), "`sig_create`, `sig_verify`": "true",
+                  "`encoding`": "plain", "`genpairs`": True, "`sig_data`": "QUJD",
+                  "`sig_data_encoding`": "base64", "`sig`": text}
+        with_file = {**values, "`sig_file`": str(abc)}
+        del with_file["`sig_data`"]
+        # What is answered without the row's parameter, to a form and to JSON.
+        without = {
+            "`project`": [refusal(PROJECT_MISSING)] * 2,
+            "`sig_create`, `sig_verify`": [refusal(MODE_MISSING)] * 2,
+            "`encoding`": [text_result("valid:true"), Response("200 OK", JSON, '{"valid":true}')],
+            "`genpairs`": [text_result("true")] * 2,
+            "`sig_data`": [refusal(INPUT_MISSING)] * 2,
+            "`sig_data_encoding`": [text_result("valid:false")] * 2,
+            "`sig_file`": [refusal(INPUT_MISSING)] * 2,
+            "`sig`": [refusal(SIGNATURE_MISSING)] * 2,
+        }
+        others = {"string": (5, True, None, [], {}), "boolean": (1, "true", None, [], {})}
+        rows = table(PARAMETERS)
+        self.assertEqual([row[0] for row in rows], list(without))
+        for name, _, json_type, default, _ in rows:
+            whole = with_file if name == "`sig_file`" else values
+            rest = {key: value for key, value in whole.items() if key != name}
+            defaults = re.findall("`(.+?)`", default)
+            self.assertEqual(not defaults, default.startswith("none"), default)
+            for kind, expected in enumerate(without[name]):
+                with self.subTest(name, kind=kind):
+                    self.expect(self.parameter_requests(whole)[kind], text_result("valid:true"))
+                    self.expect(self.parameter_requests(rest)[kind], expected)
+                    if defaults:
+                        word = defaults[min(kind, len(defaults) - 1)]
+                        value = json.loads(word) if json_type == "boolean" else word
+                        self.expect(self.parameter_requests({**rest, name: value})[kind], expected)
+            for value in others[json_type]:
+                with self.subTest(name, value=value):
+                    _, request = self.parameter_requests({**whole, name: value})
+                    self.expect(request, refusal(NO_JSON))
+
+    def test_the_table_of_first_lines(self):
+        rows = {name: cells for name, *cells in table(FIRST_LINES)}
+        programs = {"begins with `nph-`": "nph-sign.cgi", "any other": "sign.cgi"}
+        self.assertEqual(list(rows), list(programs))
+        self.assertEqual([then for _, then in rows.values()],
+                         ["`Content-Type: `, `Content-Length: N`, an empty line, the body",
+                          "the same"])
+        for name, program in programs.items():
+            output, _ = self.ask(program, form(project="p"))
+            body = MODE_MISSING.encode()
+            begin = re.fullmatch("`(.+)` and the status", rows[name][0]).group(1)
+            with self.subTest(program):
+                self.assertEqual(output, begin.encode() + b"400 Bad Request\r\n"
+                                 b"Content-Type: text/plain\r\n"
+                                 b"Content-Length: %d\r\n\r\n%s" % (len(body), body))
+
     def signing_form(self, text):
         return Request(FORM, f"project={self.project}&sig_create=true&{text}".encode())
 
     def test_the_table_of_form_texts(self):
-        for text, value in table("| Form text | Value of `sig_data` |"):
+        for text, value in table(FORM_TEXTS):
             with self.subTest(text):
                 request = self.signing_form(code(text))
                 if value == "absent":
@@ -407,7 +496,7 @@ class Exchanges(unittest.TestCase):
                     self.expect_data(request, code(value).encode())
 
     def test_the_table_of_decoded_values(self):
-        rows = table("| Written | Bytes |")
+        rows = table(DECODED_VALUES)
         self.assertGreater(len(rows), 9)
         for text, written in rows:
             with self.subTest(text):
@@ -415,7 +504,7 @@ class Exchanges(unittest.TestCase):
                                  bytes.fromhex(written))
 
     def test_the_table_of_json_bodies(self):
-        rows = table("| Body | |")
+        rows = table(JSON_BODIES)
         self.assertEqual({verdict for _, verdict in rows}, {"taken", "refused"})
         for text, verdict in rows:
             with self.subTest(text):
@@ -428,7 +517,7 @@ class Exchanges(unittest.TestCase):
             self.expect(Request(JSON, body), refusal(NO_JSON))
 
     def test_the_table_of_base64_texts(self):
-        for text, written in table("| Text | Bytes |"):
+        for text, written in table(BASE64_TEXTS):
             with self.subTest(text):
                 request = Request(JSON, compact({
                     "mode": "generateSignature", "project": str(self.project),
@@ -445,7 +534,7 @@ class Exchanges(unittest.TestCase):
         # Each body is complete after 15 bytes, and the next one spoils it.
         kinds = ((FORM, b"sig_create=truex", NO_FORM, PROJECT_MISSING),
                  (JSON, b"{             }x", NO_JSON, MODE_MISSING))
-        rows = table("| `CONTENT_LENGTH` | Form | JSON |")
+        rows = table(LENGTHS)
         self.assertEqual({cell for _, *cells in rows for cell in cells}, {"15", "no body", "ends"})
         for text, *cells in rows:
             length = {"(not set)": None, "(empty)": ""}.get(text, text[1:-1])
@@ -482,7 +571,7 @@ class Exchanges(unittest.TestCase):
     def test_what_wins_over_what(self):
         name, data = {"project": self.project}, {"sig_data": "Dear reader"}
         self.expect(form(**name, sig_create="true", sig_verify="true", **data),
-                    refusal("'signature' parameter is required"))
+                    refusal(SIGNATURE_MISSING))
         verify = {**name, **data, "sig_verify": "true", "sig": "x"}
         self.expect(form(**verify, encoding="xml"), text_result("false"))
         self.expect(form(**verify, encoding="json", genpairs="true"),
@@ -501,25 +590,43 @@ class Exchanges(unittest.TestCase):
         self.expect(form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE))
         self.expect_data(form(project=self.project, sig_create="true", sig_data="a\0b"), b"a\0b")
 
-    def test_signing_refuses_where_verifying_says_no(self):
+    def test_the_table_of_differences(self):
         (text,) = {SIGNATURE.search(response.body).group()
                    for name, _, _, response in response_examples() if name == "form-sign"}
         damaged = bytearray(self.project.read_bytes())
         damaged[-1] ^= 1
         (self.projects / "damaged.project").write_bytes(damaged)
         (self.projects / "empty.project").write_bytes(b"VLT2" + bytes(20))
+        (self.projects / "folder.project").mkdir()
         subprocess.run([self.programs / "projectctl", "strip", self.project,
                         self.projects / "public.project"], check=True)
-        for name, verdict in (("no", "false"), ("damaged", "false"), ("empty", "false"),
-                              ("public", "true")):
-            request = form(project=self.projects / f"{name}.project", sig_create="true",
-                           sig_data="Dear reader")
-            with self.subTest(name):
-                self.expect(request, refusal(NOT_MADE))
-                self.expect(verifying(request, text), text_result(verdict))
-        missing = form(project=self.project, sig_create="true", sig_file=self.upload / "no.txt")
-        self.expect(missing, refusal(NOT_MADE))
-        self.expect(verifying(missing, text), text_result("false"))
+        data = {"sig_create": "true", "sig_data": "Dear reader"}
+        files = [form(project=self.project, sig_create="true", sig_file=self.upload / name)
+                 for name in ("no.txt", ".")]
+        no, damaged, folder, empty, public = (
+            form(project=self.projects / f"{name}.project", **data)
+            for name in ("no", "damaged", "folder", "empty", "public"))
+        # Requests that sign, and the signature with which they verify.
+        cases = {
+            "project or file missing, unreadable or damaged": ([no, damaged, folder, *files], text),
+            "key not complete": ([empty], text),
+            "project without a private scalar": ([public], text),
+            "malformed signature": ([form(project=self.project, sig="S", sig_create="true",
+                                          sig_data="Reader")], "S"),
+        }
+        verdicts = {"200, not valid": "false", "as with it": "true"}
+        rows = {name: cells for name, *cells in table(DIFFERENCES)}
+        self.assertEqual(list(rows), list(cases))
+        for name, (requests, signature) in cases.items():
+            signing, verdict = rows[name]
+            for request in requests:
+                with self.subTest(name, request=request):
+                    if signing == "not looked at":
+                        self.expect_data(request, b"Reader")
+                    else:
+                        self.assertEqual(signing, f"400 `{NOT_MADE}`")
+                        self.expect(request, refusal(NOT_MADE))
+                    self.expect(verifying(request, signature), text_result(verdicts[verdict]))
 
 
 if __name__ == "__main__":
