@@ -71,7 +71,11 @@ std::FILE* replacedFdopen(int descriptor, const char* mode) {
 }
 
 std::FILE* replacedFopen(const char* path, const char* mode) {
-    return failsOnStream() ? nullptr : systemFopen(path, mode);
+    if (failsOnStream()) {
+        return nullptr;
+    }
+    const bool isOther = current != nullptr && current->openedInstead.contains(path);
+    return systemFopen(isOther ? current->openedInstead.at(path).c_str() : path, mode);
 }
 
 int replacedSeek(std::FILE* stream, long offset, int whence) {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
+#include <string>
 
 /// While it lives, blocks of operator new and calloc are watched, as are the calls of `fdopen`,
 /// `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
@@ -17,7 +19,8 @@ struct ScopedFailingCalls {
 
     unsigned streamCalls = 0;        ///< calls on streams so far
     unsigned failingStreamCall = 0;  ///< number, from 1, of the one that fails and does nothing
-    unsigned statusCalls = 0;        ///< calls of `fstat` so far
+    std::map<std::string, std::string> openedInstead;  ///< by `fopen`, for these paths
+    unsigned statusCalls = 0;                          ///< calls of `fstat` so far
     std::function<void(unsigned)> beforeStatus;  ///< gets the number, from 1, of one that follows
     std::size_t blockLimit = ~0UL;               ///< larger blocks are refused
     unsigned givenBlocks = 0;                    ///< but so many of these are given before
