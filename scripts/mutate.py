@@ -3,15 +3,17 @@
 
     scripts/mutate.py [--count N] [--seed N]     judge a sample of all mutants
     scripts/mutate.py --list                     show the sample, judge nothing
-    scripts/mutate.py --resume --seed N          go on where the last run ended, survivors included
+    scripts/mutate.py --folders tools            of other folders than the program's six
+    scripts/mutate.py --resume --seed N          go on where the last run ended, survivors included;
+                                                 begin anew if a source has changed since
     scripts/mutate.py --mutant NAME...           judge these again
     scripts/mutate.py --only FILE...             take mutants of these files alone
 
 A mutant is killed when a test fails on it. One that survives lacks a test, or is equivalent: no
 input can tell it from the original. tests/mutation/equivalent.txt records those, each with the
 reason. Mutants that do not compile, or that the compiler makes the same object code of, do not
-count. Works on copies below build/mutate, where report.txt tells of every mutant; the tree itself
-is only read. Exits 1 when the share of the killed is below the threshold, or too few count.
+count. Works on copies below build/mutate, where a report tells of every mutant; the tree itself is
+only read. Exits 1 when the share of the killed is below the threshold, or too few count.
 """
 
 import argparse
@@ -25,10 +27,10 @@ from collections import Counter
 from pathlib import Path
 
 from mutation import trees
-from mutation.command_judge import CommandJudge
 from mutation.equivalents import read_equivalents
+from mutation.judged_folders import DEFAULT_FOLDERS, FOLDERS, folder_of
 from mutation.mutants import mutants_of
-from mutation.project_judge import LIBRARIES, QUICK, QUICK_AND_LONG, ProjectJudge
+from mutation.project_judge import QUICK, QUICK_AND_LONG, ProjectJudge
 from mutation.sample import choose
 from mutation.verdict import EQUIVALENT, OUTCOMES, SURVIVED, Verdict, counted, killed_share
 
@@ -38,7 +40,7 @@ VERDICT_LINE = re.compile(
 )
 
 
-def arguments():
+def arguments(words):
     parser = argparse.ArgumentParser(
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
     )
@@ -52,16 +54,9 @@ def arguments():
     parser.add_argument("--list", action="store_true", help="show the sample and end")
     parser.add_argument("--quick", action="store_true", help="leave out tests that take long")
     parser.add_argument("--resume", action="store_true", help="keep what the last report settled")
-    parser.add_argument("--root", type=Path, default=ROOT, help="another tree of sources")
-    parser.add_argument("--folders", nargs="+", default=LIBRARIES, help="where its sources are")
-    parser.add_argument("--build", help="shell command that builds it instead")
-    parser.add_argument("--test", help="shell command that tests it")
-    parser.add_argument("--seconds", type=float, default=60, help="limit of these commands")
-    options = parser.parse_args()
-    if (options.build is None) != (options.test is None):
-        parser.error("--build and --test go together")
-    options.root = options.root.resolve()
-    return options
+    parser.add_argument("--folders", nargs="+", choices=FOLDERS, default=DEFAULT_FOLDERS,
+                        metavar="FOLDER", help=f"where the sources are, of {', '.join(FOLDERS)}")
+    return parser.parse_args(words)
 
 
 def sources_of(options):
@@ -70,9 +65,9 @@ def sources_of(options):
         file
         for folder in options.folders
         for pattern in ("*.cpp", "*.h")
-        for file in (options.root / folder).glob(pattern)
+        for file in (ROOT / folder).rglob(pattern)
     )
-    names = {file.relative_to(options.root).as_posix(): file for file in files}
+    names = {file.relative_to(ROOT).as_posix(): file for file in files}
     for name in options.only or ():
         if name not in names:
             sys.exit(f"mutate.py: no source {name}")
@@ -82,13 +77,14 @@ def sources_of(options):
 
 def recorded_reasons(options, mutants):
     """The equivalent mutants on record; an entry that fits no mutant ends the run."""
-    file = options.root / "tests" / "mutation" / "equivalent.txt"
+    file = ROOT / "tests" / "mutation" / "equivalent.txt"
     try:
         reasons = read_equivalents(file.read_text(encoding="utf-8")) if file.exists() else {}
     except ValueError as error:
         sys.exit(f"mutate.py: {file.name}: {error}")
     known = {mutant.key for mutant in mutants}
-    stale = [key for key in reasons if key not in known]
+    elsewhere = set(FOLDERS) - set(options.folders)
+    stale = [key for key in reasons if key not in known and folder_of(key[0]) not in elsewhere]
     if stale and not options.only:
         sys.exit("\n".join(f"mutate.py: {file.name}: no such mutant: {key}" for key in stale))
     return reasons
@@ -131,10 +127,14 @@ class Report:
         self.write(f"{place} {verdict.outcome}{by} [{text}] {seconds:.1f} s")
 
 
-def settled(file):
-    """The verdicts of a report, by the names of the mutants; survivors are to be judged again."""
+def settled(file, sources):
+    """The verdicts of a report, by the names of the mutants; survivors are to be judged again.
+
+    None of them holds when the report is of other sources.
+    """
     verdicts = {}
-    for line in file.read_text(encoding="utf-8").splitlines() if file.exists() else ():
+    first, *lines = file.read_text(encoding="utf-8").splitlines() if file.exists() else ("",)
+    for line in lines if first.endswith(sources) else ():
         match = VERDICT_LINE.fullmatch(line)
         if match and match["outcome"] not in (SURVIVED, EQUIVALENT):
             verdicts[match["name"]] = Verdict(match["outcome"], match["by"] or "")
@@ -166,19 +166,16 @@ def run_jobs(options, chosen, sources, reasons, report, place):
     names = {mutant.file for mutant in chosen}
     for name in sorted(names, key=lambda name: (name.endswith(".h"), name)):
         groups.put([mutant for mutant in chosen if mutant.file == name])
-    folders = {mutant.file.split("/")[0] for mutant in chosen}
+    folders = {folder_of(mutant.file) for mutant in chosen}
     failures = []
 
     def work(number):
         suffix = "" if number == 1 else f"-{number}"
         tree = place / f"tree{suffix}"
-        trees.update(options.root, tree)
-        if options.build is not None:
-            judge = CommandJudge(tree, options.build, options.test, options.seconds)
-        else:
-            build = place / f"build{suffix}"
-            paces = QUICK if options.quick else QUICK_AND_LONG
-            judge = ProjectJudge(tree, build, folders, options.seed, paces, report.write)
+        trees.update(ROOT, tree)
+        paces = QUICK if options.quick else QUICK_AND_LONG
+        judge = ProjectJudge(tree, place / f"build{suffix}", folders, options.seed, paces,
+                             report.write)
         try:
             judge.prepare()
             judge_all(judge, tree, groups, sources, reasons, report)
@@ -194,8 +191,14 @@ def run_jobs(options, chosen, sources, reasons, report, place):
         raise failures[0]
 
 
-def main():
-    options = arguments()
+def report_of(place, folders):
+    """A file for each choice of folders, so that runs of several can be resumed."""
+    names = "" if tuple(folders) == DEFAULT_FOLDERS else "".join(f"-{name}" for name in folders)
+    return place / f"report{names}.txt"
+
+
+def main(words=None):
+    options = arguments(words)
     if options.seed is None:
         options.seed = random.SystemRandom().randrange(1 << 32)
     sources = sources_of(options)
@@ -208,12 +211,14 @@ def main():
             print(description(mutant, sources[mutant.file]))
         return 0
 
-    place = options.root / "build" / "mutate"
+    place = ROOT / "build" / "mutate"
     place.mkdir(parents=True, exist_ok=True)
-    known = settled(place / "report.txt") if options.resume else {}
-    with open(place / "report.txt", "w", encoding="utf-8") as file:
+    report_file = report_of(place, options.folders)
+    tree = f"sources {trees.digest(ROOT)}"
+    known = settled(report_file, tree) if options.resume else {}
+    with open(report_file, "w", encoding="utf-8") as file:
         report = Report(file, len(chosen))
-        report.write(f"seed {options.seed}, {len(chosen)} of {len(mutants)} mutants")
+        report.write(f"seed {options.seed}, {len(chosen)} of {len(mutants)} mutants, {tree}")
         for mutant in chosen:
             if mutant.name in known:
                 report.add(description(mutant, sources[mutant.file]), known[mutant.name], 0)

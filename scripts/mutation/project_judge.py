@@ -1,28 +1,20 @@
 """Judges mutants by this project's own tests, built by CMake and ninja.
 
 Cheap tests come first: of every executable the tests that take little time, in the order of the
-layers, and only then the long ones. The first failure ends it.
+layers, then the long ones, and then the scripts that run the programs. The first failure ends it.
 """
 
 import hashlib
 import json
 import re
+import time
 from dataclasses import dataclass
 
 from mutation import commands
+from mutation.judged_folders import (GROUPS, PROGRAM_TESTS, SCRIPTS, TESTS, folder_of,
+                                     program_of)
 from mutation.verdict import KILLED, NOT_COMPILED, REFUSED, SAME_OBJECT, SURVIVED, Verdict
 
-LIBRARIES = ("core", "curve", "random", "project", "engine", "frontend")
-# The executables that meet the code of a folder, its own first.
-ABOVE = {
-    "core": ("random", "project", "curve", "engine", "frontend"),
-    "curve": ("project", "engine", "frontend"),
-    "random": ("curve", "engine", "frontend"),
-    "project": ("engine", "frontend"),
-    "engine": ("frontend",),
-    "frontend": (),
-}
-PROGRAM_TESTS = "program_tests"
 CONFIGURATION = (
     "-DCMAKE_BUILD_TYPE=Debug",
     "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -D_GLIBCXX_ASSERTIONS",
@@ -48,14 +40,6 @@ class Stage:
     longest: float  # of them
 
 
-def executables_of(folder):
-    """The targets whose tests meet the code of `folder`, apart from the program's."""
-    targets = [f"unit_{folder}"]
-    if folder == "core":
-        targets.append("unit_core_host")
-    return targets + [f"unit_{above}" for above in ABOVE[folder]]
-
-
 class ProjectJudge:
     def __init__(self, tree, build, folders, seed, paces, report):
         self.tree = tree
@@ -65,13 +49,13 @@ class ProjectJudge:
         self.paces = paces
         self.report = report
         self.stages = {}  # target: its quick tests and its long ones
-        self.objects = None
+        self.scripts = {}  # test of ctest: the seconds that it takes on the original
+        self.objects = {}  # program: the digest of its objects without a mutant
 
     def prepare(self):
         """Builds what the mutants of the folders need, and times the tests on the original."""
         self._check(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", *CONFIGURATION])
-        targets = {target for folder in self.folders for target in executables_of(folder)}
-        targets.add(PROGRAM_TESTS)
+        targets = {target for folder in self.folders for target in TESTS[folder]}
         self._check(self._ninja(*sorted(targets)))
         for target in sorted(targets):
             self.stages[target] = self._timed(target)
@@ -80,19 +64,26 @@ class ProjectJudge:
                 killer = self._killer(stage) if stage.filter else ""
                 if killer:
                     raise RuntimeError(f"fails without any mutant: {killer}")
-        self._check(self._ninja(*self._libraries()))
-        self.objects = self._object_digest()
+        for program in {program_of(folder) for folder in self.folders}:
+            self._check(self._ninja(program))
+            self.objects[program] = self._object_digest(program)
+        for script in self._scripts(*self.folders):
+            start = time.monotonic()
+            if self._script_fails(script, BUILD_SECONDS):
+                raise RuntimeError(f"fails without any mutant: {script}")
+            self.scripts[script] = time.monotonic() - start
 
     def judge(self, mutant):
-        compiled = self._run(self._ninja(*self._libraries()), BUILD_SECONDS)
+        folder = folder_of(mutant.file)
+        program = program_of(folder)
+        compiled = self._run(self._ninja(program), BUILD_SECONDS)
         if compiled.status != 0:
             is_ours = "static assertion failed" in compiled.output
             return Verdict(REFUSED, "static_assert") if is_ours else Verdict(NOT_COMPILED)
-        if self._object_digest() == self.objects:
+        if self._object_digest(program) == self.objects[program]:
             return Verdict(SAME_OBJECT)
-        targets = [*executables_of(mutant.file.split("/")[0]), PROGRAM_TESTS]
         for pace in self.paces:
-            for target in targets:
+            for target in TESTS[folder]:
                 stage = self.stages[target][pace]
                 if not stage.filter:
                     continue
@@ -101,7 +92,19 @@ class ProjectJudge:
                 killer = self._killer(stage)
                 if killer:
                     return Verdict(KILLED, killer)
+        for script in self._scripts(folder):
+            if self._script_fails(script, self.scripts[script] * TIMES_PLAIN + 2):
+                return Verdict(KILLED, script)
         return Verdict(SURVIVED)
+
+    def _scripts(self, *folders):
+        if QUICK_AND_LONG != self.paces:
+            return []
+        return [script for folder in folders for script in SCRIPTS.get(folder, ())]
+
+    def _script_fails(self, script, seconds):
+        command = ["ctest", "--test-dir", self.build, "--no-tests=error", "-R", f"^{script}$"]
+        return self._run(command, seconds).status != 0
 
     def _killer(self, stage):
         """What fails in the stage, or nothing."""
@@ -174,20 +177,12 @@ class ProjectJudge:
             memory=None if target == PROGRAM_TESTS else MEMORY,
         )
 
-    def _libraries(self):
-        return (*(f"sign_{folder}" for folder in LIBRARIES), self._entry_object())
-
-    @staticmethod
-    def _entry_object():
-        return "frontend/CMakeFiles/sign_cgi.dir/main.cpp.o"
-
-    def _object_digest(self):
-        """One digest of everything that the compiler makes of the six folders."""
+    def _object_digest(self, program):
+        """One digest of everything that the compiler makes of the folders of a program."""
         digest = hashlib.sha256()
-        for folder in LIBRARIES:
-            for file in sorted((self.build / folder / "CMakeFiles").glob(f"sign_{folder}.dir/*.o")):
+        for folder in GROUPS[program]:
+            for file in sorted((self.build / folder).rglob("*.o")):
                 digest.update(file.read_bytes())
-        digest.update((self.build / self._entry_object()).read_bytes())
         return digest.hexdigest()
 
     def _ninja(self, *targets):

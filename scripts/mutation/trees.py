@@ -1,5 +1,6 @@
 """Copies of the source tree that mutants are written into."""
 
+import hashlib
 import os
 import shutil
 
@@ -30,3 +31,13 @@ def update(source, copy):
             target.unlink(missing_ok=True)
             shutil.copyfile(original, target)
             shutil.copymode(original, target)
+
+
+def digest(root):
+    """Tells any two trees apart: of the names and the content of all files."""
+    whole = hashlib.sha256()
+    for name in sorted(files_below(root)):
+        file = root / name
+        content = os.readlink(file).encode() if file.is_symlink() else file.read_bytes()
+        whole.update(f"{name}\0{hashlib.sha256(content).hexdigest()}\n".encode())
+    return whole.hexdigest()

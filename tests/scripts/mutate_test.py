@@ -1,19 +1,25 @@
 """Asks scripts/mutate.py for the mutants of small sources, and has stand-in tests judge some."""
 
+import contextlib
+import io
 import re
-import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
+from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
-SCRIPT = ROOT / "scripts" / "mutate.py"
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(ROOT / "scripts"))
+import mutate  # noqa: E402
+from mutation import commands, judged_folders  # noqa: E402
+from mutation.judged_folders import DEFAULT_FOLDERS, FOLDERS, TESTS  # noqa: E402
 from mutation.mutants import mutants_of  # noqa: E402
 from mutation.sample import choose  # noqa: E402
 from mutation.tokens import code_tokens  # noqa: E402
+from mutation.verdict import KILLED, NOT_COMPILED, SURVIVED, Verdict  # noqa: E402
 
 # It has three mutants: `<=`, `>=`, and one that returns {}.
 LESS = "bool less(int a, int b) {\n    return a < b;\n}\n"
@@ -159,121 +165,199 @@ class Sample(unittest.TestCase):
         self.assertEqual(len(choose(self.mutants, 10000, seed=1)), len(self.mutants))
 
 
+def ended(*words):
+    """The exit status of the script, or its message, and what it printed."""
+    with contextlib.redirect_stdout(io.StringIO()) as printed:
+        try:
+            return mutate.main(list(map(str, words))), printed.getvalue()
+        except SystemExit as end:
+            return end.code, printed.getvalue()
+
+
 class Record(unittest.TestCase):
-    def test_of_equivalent_mutants_names_mutants_of_the_program(self):
-        result = subprocess.run(
-            [sys.executable, "-B", SCRIPT, "--list", "--count", "1"],
-            capture_output=True,
-            text=True,
-            check=False,
-        )
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+    def test_of_equivalent_mutants_names_mutants_of_the_program_and_the_tools(self):
+        for folders in (DEFAULT_FOLDERS, ("tools",), FOLDERS):
+            with self.subTest(folders=folders):
+                status, _ = ended("--list", "--count", 1, "--folders", *folders)
+                self.assertEqual(status, 0)
+
+
+class JudgedFolders(unittest.TestCase):
+    """Held to the files that the build is made of."""
+
+    def test_are_those_with_sources_of_what_is_installed(self):
+        with_sources = {file.relative_to(ROOT).parts[0] for file in ROOT.glob("*/**/*.cpp")}
+        self.assertEqual(set(FOLDERS), with_sources - {"bench", "build", "fuzz", "tests"})
+
+    def test_have_tests_that_are_built(self):
+        built = set()
+        for file in (ROOT / "tests").rglob("CMakeLists.txt"):
+            built |= set(re.findall(r"^sign_add_tests\((\w+)", file.read_text(), re.MULTILINE))
+        self.assertEqual(set(TESTS), set(FOLDERS))
+        self.assertLessEqual({test for tests in TESTS.values() for test in tests}, built)
+        self.assertLessEqual(set(judged_folders.SCRIPTS), set(TESTS))
+
+    def test_are_in_a_program_that_is_built(self):
+        for program, folders in judged_folders.GROUPS.items():
+            text = (ROOT / folders[-1] / "CMakeLists.txt").read_text(encoding="utf-8")
+            self.assertIn(f"add_executable({program}", text)
+
+    def test_are_searched_for_sources_to_the_bottom(self):
+        sources = mutate.sources_of(mutate.arguments(["--folders", "tools"]))
+        for name in ("tools/projectctl.cpp", "tools/files/whole_file.cpp", "tools/report.h"):
+            self.assertIn(name, sources)
+
+
+class Commands(unittest.TestCase):
+    def run_shell(self, text, **limits):
+        return commands.run(["sh", "-c", text], folder=ROOT, **{"seconds": 60, **limits})
+
+    def test_end_with_their_status_and_the_end_of_their_output(self):
+        run = self.run_shell("echo out; echo err >&2; exit 3")
+        self.assertEqual((run.status, run.output), (3, "out\nerr\n"))
+
+    def test_are_ended_with_their_children_when_their_time_is_over(self):
+        start = time.monotonic()
+        for limits in ({"seconds": 0.2}, {"silence": 0.2}):
+            run = self.run_shell("echo $$; sleep 60 & sleep 60", **limits)
+            self.assertIsNone(run.status)
+            self.assertFalse(Path(f"/proc/{int(run.output)}").exists())
+        self.assertLess(time.monotonic() - start, 30)
+
+    def test_have_no_more_memory_than_they_are_given(self):
+        taking = [sys.executable, "-c", "bytearray(1 << 30)"]
+        self.assertEqual(commands.run(taking, folder=ROOT, seconds=60).status, 0)
+        self.assertNotEqual(commands.run(taking, folder=ROOT, seconds=60, memory=1 << 28).status, 0)
+
+
+class StandIn:
+    """Judges by what is in the place of `a < b`."""
+
+    verdicts: dict = {}
+
+    def __init__(self, tree, *_):
+        self.tree = tree
+
+    def prepare(self):
+        pass
+
+    def judge(self, mutant):
+        text = (self.tree / mutant.file).read_text(encoding="utf-8")
+        for code, verdict in self.verdicts.items():
+            if code in text:
+                return verdict
+        return Verdict(KILLED, "test")
 
 
 class Judging(unittest.TestCase):
-    """Of a source whose tests are `grep` for what must not be changed."""
+    """Of a source with three mutants, by a judge that kills those of which it is told nothing."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.root = Path(folder.name)
         self.write("core/less.cpp", LESS)
+        for name, value in (("ROOT", self.root), ("ProjectJudge", StandIn)):
+            patch = mock.patch.object(mutate, name, value)
+            patch.start()
+            self.addCleanup(patch.stop)
 
     def write(self, name, text):
         file = self.root / name
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_text(text, encoding="utf-8")
 
-    def run_script(self, *options, build="true", test="grep -q 'return a < b;' core/less.cpp"):
-        return subprocess.run(
-            [sys.executable, "-B", SCRIPT, "--root", self.root, "--folders", "core", "--seed", "1"]
-            + ["--build", build, "--test", test, *options],
-            capture_output=True,
-            text=True,
-            check=False,
-        )
+    def judged(self, *options, **verdicts):
+        """The end of a run with these verdicts on some of the three mutants."""
+        codes = {"less_equal": "<=", "greater_equal": ">=", "braces": "{};"}
+        told = {codes[name]: Verdict(outcome) for name, outcome in verdicts.items()}
+        with mock.patch.object(StandIn, "verdicts", told):
+            return ended("--folders", "core", "--seed", 1, *options)
 
-    def assert_ends(self, result, status, counts, share):
-        self.assertIn(counts, result.stdout, result.stderr)
-        self.assertIn(f"\n{share:.2f} % killed, wanted ", result.stdout)
-        self.assertEqual((result.returncode, result.stderr), (status, ""))
+    def assert_ends(self, end, status, counts, share):
+        self.assertIn(counts, end[1])
+        self.assertIn(f"\n{share:.2f} % killed, wanted ", end[1])
+        self.assertEqual(end[0], status)
 
     def test_passes_when_all_are_killed(self):
-        result = self.run_script()
-        self.assert_ends(result, 0, "3 killed, 0 survived, 0 equivalent", 100)
-        self.assertEqual(len(re.findall(r"^\d/3 killed: test ", result.stdout, re.MULTILINE)), 3)
+        end = self.judged()
+        self.assert_ends(end, 0, "3 killed, 0 survived, 0 equivalent", 100)
+        self.assertEqual(len(re.findall(r"^\d/3 killed: test ", end[1], re.MULTILINE)), 3)
 
     def test_fails_when_one_survives(self):
-        result = self.run_script(test="grep -q 'return a <=* b;' core/less.cpp")
-        self.assert_ends(result, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
+        end = self.judged(less_equal=SURVIVED)
+        self.assert_ends(end, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
         survivor = r"(?m)^\d/3 survived \[\w+ core/less.cpp:2: comparison: `<` -> `<=`\]"
-        self.assertRegex(result.stdout, survivor)
+        self.assertRegex(end[1], survivor)
 
     def test_passes_with_a_survivor_above_the_threshold(self):
-        test = "grep -q 'return a <=* b;' core/less.cpp"
-        self.assert_ends(self.run_script("--threshold", "66", test=test), 0, "1 survived", 200 / 3)
-        self.assert_ends(self.run_script("--threshold", "67", test=test), 1, "1 survived", 200 / 3)
+        for threshold, status in ((66, 0), (67, 1)):
+            end = self.judged("--threshold", threshold, less_equal=SURVIVED)
+            self.assert_ends(end, status, "1 survived", 200 / 3)
 
     def test_does_not_count_a_survivor_on_record(self):
         self.write(
             "tests/mutation/equivalent.txt",
             "core/less.cpp\n- return a < b;\n+ return a <= b;\n= a and b\n= differ.\n",
         )
-        result = self.run_script(test="grep -q 'return a <=* b;' core/less.cpp")
-        self.assert_ends(result, 0, "2 killed, 0 survived, 1 equivalent", 100)
-        self.assertIn("equivalent: a and b differ. [", result.stdout)
+        end = self.judged(less_equal=SURVIVED)
+        self.assert_ends(end, 0, "2 killed, 0 survived, 1 equivalent", 100)
+        self.assertIn("equivalent: a and b differ. [", end[1])
 
     def test_ends_on_a_record_of_no_mutant(self):
         for entry in (
             "core/less.cpp\n- return a > b;\n+ return a >= b;\n= reason\n",
             "core/less.cpp\n- return a < b;\n+ return a <= b;\n",
+            "other/less.cpp\n- return a < b;\n+ return a <= b;\n= reason\n",
         ):
             with self.subTest(entry=entry):
                 self.write("tests/mutation/equivalent.txt", entry)
-                result = self.run_script()
-                self.assertEqual((result.returncode, result.stdout), (1, ""))
-                self.assertIn("mutate.py: equivalent.txt: no ", result.stderr)
+                message, printed = self.judged()
+                self.assertIn("mutate.py: equivalent.txt: no ", message)
+                self.assertEqual(printed, "")
+
+    def test_leaves_a_record_of_folders_that_are_not_judged_alone(self):
+        self.write("tests/mutation/equivalent.txt",
+                   "tools/less.cpp\n- return a < b;\n+ return a <= b;\n= reason\n")
+        self.assertEqual(self.judged()[0], 0)
 
     def test_does_not_count_what_does_not_build(self):
-        result = self.run_script(build="! grep -q '{};' core/less.cpp")
-        self.assert_ends(result, 0, "2 killed, 0 survived, 0 equivalent", 100)
-        self.assertIn("1 not compiled", result.stdout)
+        end = self.judged(braces=NOT_COMPILED)
+        self.assert_ends(end, 0, "2 killed, 0 survived, 0 equivalent", 100)
+        self.assertIn("1 not compiled", end[1])
 
     def test_fails_when_too_few_count(self):
-        build = "! grep -q '{};' core/less.cpp"
-        self.assert_ends(self.run_script("--least", "2", build=build), 0, "2 killed", 100)
-        result = self.run_script("--least", "3", build=build)
-        self.assert_ends(result, 1, "2 killed", 100)
-        self.assertTrue(result.stdout.endswith("\n2 count, wanted 3\n"))
+        self.assert_ends(self.judged("--least", 2, braces=NOT_COMPILED), 0, "2 killed", 100)
+        end = self.judged("--least", 3, braces=NOT_COMPILED)
+        self.assert_ends(end, 1, "2 killed", 100)
+        self.assertTrue(end[1].endswith("\n2 count, wanted 3\n"))
 
-    def test_counts_a_test_without_end_as_killed(self):
-        result = self.run_script(
-            "--seconds", "1", test="! grep -q '<=' core/less.cpp || sleep 60", build="true"
-        )
-        self.assert_ends(result, 1, "1 killed, 2 survived", 100 / 3)
-        self.assertRegex(result.stdout, r"(?m)^\d/3 killed: time \[.*`<=`\]")
-
-    def test_refuses_tests_that_fail_without_a_mutant(self):
-        result = self.run_script(test="false")
-        self.assertNotEqual(result.returncode, 0)
-        self.assertIn("fails without any mutant: false", result.stderr)
+    def test_ends_when_tests_fail_without_a_mutant(self):
+        with mock.patch.object(StandIn, "prepare", side_effect=RuntimeError("fails without")):
+            self.assertRaises(RuntimeError, self.judged)
 
     def test_leaves_the_tree_and_its_copy_as_they_were(self):
-        self.run_script()
+        self.judged()
         for place in ("core", "build/mutate/tree/core"):
             self.assertEqual((self.root / place / "less.cpp").read_text(encoding="utf-8"), LESS)
 
     def test_goes_on_with_what_the_last_report_left_open(self):
-        self.run_script(test="grep -q 'return a <=* b;' core/less.cpp")
-        result = self.run_script("--resume", test="! grep -q '>=' core/less.cpp")
-        self.assert_ends(result, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
-        result = self.run_script("--resume", test="! grep -q '<=' core/less.cpp")
-        self.assert_ends(result, 0, "3 killed, 0 survived, 0 equivalent", 100)
+        self.judged(less_equal=SURVIVED)
+        end = self.judged("--resume", greater_equal=SURVIVED, less_equal=SURVIVED)
+        self.assert_ends(end, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
+        end = self.judged("--resume", greater_equal=SURVIVED)
+        self.assert_ends(end, 0, "3 killed, 0 survived, 0 equivalent", 100)
+
+    def test_begins_anew_when_anything_in_the_tree_has_changed(self):
+        self.judged()
+        self.write("docs/other.md", "text\n")
+        end = self.judged("--resume", greater_equal=SURVIVED)
+        self.assert_ends(end, 1, "2 killed, 1 survived, 0 equivalent", 200 / 3)
 
     def test_writes_what_it_prints_into_the_report(self):
-        result = self.run_script("--jobs", "2")
-        report = (self.root / "build/mutate/report.txt").read_text(encoding="utf-8")
-        self.assertEqual(report.splitlines()[1:], result.stdout.splitlines()[2:])
+        end = self.judged("--jobs", 2)
+        report = (self.root / "build/mutate/report-core.txt").read_text(encoding="utf-8")
+        self.assertEqual(report.splitlines()[1:], end[1].splitlines()[2:])
 
 
 if __name__ == "__main__":
