@@ -61,7 +61,7 @@ check_checkers() {
 
 check_coverage() {
     logged scripts/coverage.sh
-    record coverage "$(sed -n '/^lines: /p; /^branches: /p' "$log" | paste -sd, | sed 's/,/, /')"
+    record coverage "$(grep -E '^[a-z]+: .* branches$' "$log" | paste -sd';' | sed 's/;/; /g')"
 }
 
 check_faults() {

@@ -1,23 +1,17 @@
-"""The scripts behind check-release.sh: the table of figures, and the judge of the coverage."""
+"""The script behind check-release.sh: the table of figures."""
 
-import contextlib
-import io
-import json
 import sys
 import tempfile
 import unittest
 from pathlib import Path
-from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(ROOT / "scripts"))
-import coverage_report  # noqa: E402
 import record_figures  # noqa: E402
 
 TABLE = (f"text\n\n{record_figures.HEAD}"
          "| suite | old | a | 1 |\n| fuzz: x | 3 runs | b | 2 |\n\nend\n")
-SOURCE = "if (a && b) {\n    c();\n}\n"
 
 
 class Figures(unittest.TestCase):
@@ -67,67 +61,6 @@ class Commit(unittest.TestCase):
         (self.root / "core" / "b.cpp").unlink()
         self.write("core/a.cpp", "other\n")
         self.assertEqual(record_figures.commit_of(self.root), self.commit + "+")
-
-
-class Coverage(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.root = Path(folder.name)
-        for name in ("core", "docs"):
-            (self.root / name).mkdir()
-        (self.root / "core" / "a.cpp").write_text(SOURCE, encoding="utf-8")
-        self.lines = self.branches = 100
-        # Both conditions are taken both ways.
-        self.conditions = [[1, 5, 1, 6, 4, 5, 0, 0, 4], [1, 10, 1, 11, 2, 2, 0, 0, 4]]
-        self.told = ""
-
-    def judged(self):
-        summary = {"lines": {"count": 100, "covered": self.lines},
-                   "branches": {"count": 100, "covered": self.branches}}
-        files = [{"filename": str(self.root / "core" / "a.cpp"), "summary": summary,
-                  "branches": self.conditions},
-                 {"filename": "/usr/include/vector", "summary": {}, "branches": []}]
-        export = self.root / "coverage.json"
-        export.write_text(json.dumps({"data": [{"files": files}]}), encoding="utf-8")
-        (self.root / "docs" / "testing.md").write_text(self.told, encoding="utf-8")
-        with mock.patch.object(coverage_report, "ROOT", self.root), \
-                contextlib.redirect_stdout(io.StringIO()) as printed:
-            return coverage_report.main(export), printed.getvalue()
-
-    def test_is_good_when_all_runs(self):
-        self.assertEqual(self.judged(), (0, "lines: 100 of 100 (100.0 %)\n"
-                                            "branches: 100 of 100 (100.0 %)\n"))
-
-    def test_fails_with_a_line_that_does_not_run(self):
-        self.lines = 99
-        status, printed = self.judged()
-        self.assertEqual(status, 1)
-        self.assertIn("core/a.cpp: lines that do not run\n", printed)
-
-    def test_fails_with_too_few_branches(self):
-        self.branches = 94
-        self.assertEqual(self.judged()[0], 1)
-        self.branches = 95
-        self.assertEqual(self.judged()[0], 0)
-
-    def test_fails_with_a_side_that_the_document_does_not_tell_of(self):
-        self.conditions[1][5] = 0
-        status, printed = self.judged()
-        self.assertEqual(status, 1)
-        self.assertIn("not in docs/testing.md: core/a.cpp: b: false\n", printed)
-        self.told = "| `core/a.cpp` | `b` | false | no input can |\n"
-        self.assertEqual(self.judged()[0], 0)
-
-    def test_fails_with_a_side_that_runs_after_all(self):
-        self.told = "| `core/a.cpp` | `a` | true | no input can |\n"
-        status, printed = self.judged()
-        self.assertEqual(status, 1)
-        self.assertIn("runs, but docs/testing.md has it: core/a.cpp: a: true\n", printed)
-
-    def test_adds_up_the_instances_of_a_template(self):
-        self.conditions += [[1, 5, 1, 6, 3, 0, 0, 0, 4], [1, 10, 1, 11, 0, 1, 0, 0, 4]]
-        self.assertEqual(self.judged()[0], 0)
 
 
 if __name__ == "__main__":
