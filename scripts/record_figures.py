@@ -1,48 +1,55 @@
-"""Puts the figures of a check into the table of docs/testing.md.
+"""Runs the checks before a release and writes their figures: see scripts/check-release.sh."""
 
-    record_figures.py CHECK FIGURES SEED      "-" for a check without a seed
-
-The row of the check is replaced, or added behind the others. The commit is that of the tree.
-"""
-
-import re
+import argparse
+import os
+import secrets
 import subprocess
 import sys
 from pathlib import Path
 
+from release import page, records
+from release.check import LONG, SHORT, chosen
+from release.checks import CHECKS
+
 ROOT = Path(__file__).resolve().parents[1]
-DOCUMENT = ROOT / "docs" / "testing.md"
-HEAD = "| Check | Figures | Commit | Seed |\n|---|---|---|---|\n"
+PURPOSES = ("build", "test", "clang", "coverage", "lint", "bench")
 
 
-def with_row(text, check, figures, commit, seed):
-    before, head, after = text.partition(HEAD)
-    if not head:
-        raise ValueError(f"{DOCUMENT} has no table of figures")
-    table = re.match(r"(?:\|.*\n)*", after)[0]
-    row = f"| {check} | {figures} | {commit} | {seed} |\n"
-    old = re.search(rf"^\| {re.escape(check)} \|.*\n", table, flags=re.MULTILINE)
-    changed = table.replace(old[0], row) if old else table + row
-    return before + head + changed + after[len(table):]
+def arguments():
+    parser = argparse.ArgumentParser(prog="check-release.sh")
+    parser.add_argument("--short", action="store_const", const=SHORT, default=LONG, dest="run")
+    parser.add_argument("--write", action="store_true")
+    parser.add_argument("checks", nargs="*", metavar="CHECK")
+    options = parser.parse_args()
+    if options.write and options.checks:
+        parser.error("--write takes the records of all checks")
+    try:
+        options.chosen = chosen(CHECKS, options.checks)
+        options.seed = int(os.environ.get("SIGN_TEST_SEED") or secrets.randbits(30))
+    except ValueError as error:
+        parser.error(str(error))
+    return options
 
 
-def git(root, *words):
-    return subprocess.run(["git", *words], cwd=root, check=True, capture_output=True,
-                          text=True).stdout.strip()
+def write_page(run):
+    held = records.all_held(ROOT, CHECKS, run)
+    records.written_whole(ROOT / page.PAGE, page.rendered(held))
+    print(f"{page.PAGE}: {len(held)} checks of commit {held[0].commit}")
 
 
-def commit_of(root):
-    """The commit, with a "+" when anything in the tree, but for the document itself, is another."""
-    others = git(root, "status", "--porcelain", "--", ".",
-                 f":(exclude){DOCUMENT.relative_to(ROOT)}")
-    return git(root, "rev-parse", "--short=10", "HEAD") + ("+" if others else "")
-
-
-def main(check, figures, seed):
-    commit = commit_of(ROOT)
-    text = DOCUMENT.read_text(encoding="utf-8")
-    DOCUMENT.write_text(with_row(text, check, figures, commit, seed), encoding="utf-8")
+def main():
+    options = arguments()
+    try:
+        if not options.write:
+            subprocess.run([ROOT / "scripts" / "install-packages.sh", *PURPOSES], check=True)
+            for check in options.chosen:
+                record = records.run(ROOT, check, options.run, options.seed)
+                print(f"{check.name}: {record.figures}", flush=True)
+        if not options.checks:
+            write_page(options.run)
+    except records.Refused as error:
+        sys.exit("\n".join(f"check-release: {line}" for line in str(error).splitlines()))
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    main()

@@ -1,0 +1,91 @@
+"""The checks before a release, in the order in which they run.
+
+In a short run they are the same with smaller samples: it shows that they work, not that the program
+does.
+"""
+
+from mutation.judged_folders import DEFAULT_FOLDERS, FOLDERS
+from release.check import Check, Found
+
+FUZZ_TARGETS = (
+    *("core_text", "field_division", "form_body", "integer_division", "integer_inverse"),
+    *("integer_modulo", "json_body", "key_attributes", "percent_decoding", "project_file"),
+    *("request_base64", "signature_text", "unsound_key", "whole_request"),
+)
+SEED = "SIGN_TEST_SEED={seed} "
+FULL = {"full": ("SIGN_LONG_RUN=1 ", "")}
+ALL_PASS = Found(r"^100% tests passed.* out of (\d+)$")
+PASSED = r"^\[  PASSED  \] ([1-9]\d*) tests?\.$"
+
+
+def build(preset, *targets):
+    return (f"cmake --preset {preset} >/dev/null && "
+            f"cmake --build --preset {preset} --target {' '.join(targets)} >/dev/null && ")
+
+
+def mutation(name, folders, counts, least):
+    return Check(
+        f"mutation:{name}",
+        "scripts/mutate.py --seed {seed} --resume --jobs $(nproc) "
+        f"--folders {' '.join(folders)} "
+        "--count {count} --least {least} --threshold {threshold}",
+        (Found(r"^(\d+ killed, .*)$"), Found(r"^(\d+\.\d+ % killed), wanted .*$")),
+        "{}; {}",
+        {"count": counts, "least": least, "threshold": (97, 80)},
+    )
+
+
+def fuzz(target):
+    # As many runs, or as long as is worth it where they are slow.
+    return Check(
+        f"fuzz:{target}",
+        "FUZZ_SEED={seed} {runs}scripts/fuzz.sh {seconds} " + target,
+        (Found(rf"^{target}: (\d+ runs in \d+ s, slowest \d+ s), seed \d+$"),),
+        sizes={"runs": ("FUZZ_RUNS=10000000 ", ""), "seconds": (1800, 60)},
+    )
+
+
+CHECKS = (
+    Check("suite", SEED + "scripts/test.sh",
+          (Found(ALL_PASS.pattern, lines=2, joined=" and "),), "{} tests, all pass"),
+    Check("sanitizers", SEED + "scripts/test.sh asan{quick}", (ALL_PASS,),
+          "{} tests under AddressSanitizer, LeakSanitizer, UndefinedBehaviorSanitizer and "
+          "assertions, all pass", {"quick": ("", " quick")}),
+    Check("checkers", "scripts/lint.sh{folders}",
+          (Found(r"^(clang-format|shellcheck|cppcheck|clang-tidy)$", lines=4),),
+          "{}: no finding",
+          {"folders": ("", " core curve random project engine frontend")}),
+    Check("coverage", SEED + "scripts/coverage.sh",
+          (Found(r"^(\w+: \d+ of \d+ lines, \d+ of \d+ branches)$", lines=len(FOLDERS),
+                 joined="; "),)),
+    Check("faults",
+          build("dev", "fault_tests") + build("release", "sign_cgi") + SEED +
+          "{full}SIGN_PROGRAM_FOLDER=$PWD/build/release build/dev/tests/fault_tests",
+          (Found(r"^(.*: \d+) (?:runs|files);.*$", lines=None, joined="; "),
+           Found(r"^(\d+ unsound projects):.*; (slowest .* ms) of .*$", r"\1: \2", lines=None,
+                 joined="; ")),
+          "{}; {}", FULL),
+    Check("valgrind",
+          build("dev", "program_tests") + SEED +
+          "{full}build/dev/tests/program_tests --gtest_filter='ProgramUnderValgrind.*'",
+          (Found(r"^(\d+ random requests) under valgrind$"), Found(PASSED)),
+          "{} and those of {} tests under valgrind: no error, no leak", FULL),
+    Check("reference",
+          build("release", "sign_cgi") +
+          "/usr/bin/python3 -B tests/reference/compare_requests.py --program build/release --seed {seed} "
+          "--count {count} --jobs $(nproc) --kinds",
+          (Found(r"^(\d+ requests, \d+ kinds of answers, 0 differ)$"),),
+          sizes={"count": (100000, 2000)}),
+    Check("randomness",
+          build("dev", "unit_random") + build("release", "sign_cgi") + "export " + SEED + "{full}&& "
+          "build/dev/tests/unit_random "
+          "--gtest_filter='NonceDistribution.*:RandomGenerator.StreamOfAThousandSeeds*' && "
+          "/usr/bin/python3 -B tests/reference/nonces_test.py build/release",
+          (Found(r"^(\d+) nonces of one process$"), Found(PASSED),
+           Found(r"^(\d+ processes, as many nonces)$")),
+          "{} nonces of one process: {} tests of uniformity and of the streams of 1000 seeds pass; "
+          "{}", FULL),
+    mutation("program", DEFAULT_FOLDERS, (600, 16), (500, 8)),
+    mutation("tools", ("tools",), (300, 8), (200, 4)),
+    *(fuzz(target) for target in FUZZ_TARGETS),
+)
