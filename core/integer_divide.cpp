@@ -76,9 +76,10 @@ std::uint64_t bitLength(const Limbs& value) {
     while (limbs > 0 && value.limbs[limbs - 1] == 0) {
         --limbs;
     }
-    return limbs == 0
-               ? 0
-               : limbBits * limbs - static_cast<unsigned>(std::countl_zero(value.limbs[limbs - 1]));
+    if (limbs == 0) {
+        return 0;
+    }
+    return limbBits * (limbs - 1) + static_cast<unsigned>(std::bit_width(value.limbs[limbs - 1]));
 }
 
 /// remainder := remainder mod divisor; the bits of the quotient are added to `quotient`, if that is

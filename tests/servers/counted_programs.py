@@ -20,6 +20,7 @@ exec "${0%sign.cgi}real-sign.cgi"
 
 def counting_server(kind, programs, folder, **options):
     counting = Path(tempfile.mkdtemp(prefix="counting-", dir=folder))
+    shutil.copy(programs / "limited", counting)
     for name in ("sign.cgi", "nph-sign.cgi"):
         shutil.copy(programs / name, counting / name.replace("sign.cgi", "real-sign.cgi"))
         (counting / name).write_text(COUNTS, encoding="ascii")

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ostream>
 #include <vector>
 
 #include "tests/support/project_builder.h"
@@ -13,6 +14,10 @@ struct HostileProject {
     /// Entry `number`, from 0, of a file of so many bytes.
     ImageEntry (*entry)(std::uint32_t number, std::uint32_t fileSize);
 };
+
+inline std::ostream& operator<<(std::ostream& stream, const HostileProject& project) {
+    return stream << project.name;
+}
 
 /// All kinds. None has an id below 100 but where the kind is of one id, which is 7.
 const std::vector<HostileProject>& hostileProjects();
