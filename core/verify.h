@@ -3,19 +3,17 @@
 #ifdef SIGN_VERIFY
 #include <cstdio>
 #include <cstdlib>
-#include <source_location>
 #endif
 
 namespace core {
 
 #ifdef SIGN_VERIFY
-/// Ends the process, naming the place, when an operation is entered without what its contract
-/// demands. Other builds look at nothing.
-inline void verify(bool invariant,
-                   const std::source_location& place = std::source_location::current()) {
+/// Ends the process, naming the place of the call, when an operation is entered without what its
+/// contract demands. Other builds look at nothing.
+inline void verify(bool invariant, const char* file = __builtin_FILE(),
+                   int line = __builtin_LINE()) {
     if (!invariant) {
-        std::fprintf(stderr, "%s:%u: %s: called against its contract\n", place.file_name(),
-                     place.line(), place.function_name());
+        std::fprintf(stderr, "%s:%d: called against its contract\n", file, line);
         std::abort();
     }
 }

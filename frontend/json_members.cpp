@@ -93,7 +93,7 @@ bool JsonMembers::boolean(bool value) {
     return true;
 }
 
-bool JsonMembers::start_object(std::size_t) {
+bool JsonMembers::start_object(std::size_t /*elements*/) {
     if (depth_ == 1) {
         inSignature_ = member_ == Member::signature;
     }
@@ -102,7 +102,7 @@ bool JsonMembers::start_object(std::size_t) {
     return true;
 }
 
-bool JsonMembers::start_array(std::size_t) {
+bool JsonMembers::start_array(std::size_t /*elements*/) {
     const bool inObject = otherValue();
     enter();
     return inObject;

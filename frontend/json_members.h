@@ -27,17 +27,20 @@ public:
 
     bool null() { return otherValue(); }
     bool boolean(bool value);
-    bool number_integer(nlohmann::json::number_integer_t) { return otherValue(); }
-    bool number_unsigned(nlohmann::json::number_unsigned_t) { return otherValue(); }
-    bool number_float(nlohmann::json::number_float_t, const std::string&) { return otherValue(); }
+    bool number_integer(nlohmann::json::number_integer_t /*value*/) { return otherValue(); }
+    bool number_unsigned(nlohmann::json::number_unsigned_t /*value*/) { return otherValue(); }
+    bool number_float(nlohmann::json::number_float_t /*value*/, const std::string& /*text*/) {
+        return otherValue();
+    }
     bool string(std::string& value);
-    bool binary(nlohmann::json::binary_t&) { return otherValue(); }
-    bool start_object(std::size_t);
+    bool binary(nlohmann::json::binary_t& /*value*/) { return otherValue(); }
+    bool start_object(std::size_t elements);
     bool key(std::string_view name);
     bool end_object() { return leave(); }
-    bool start_array(std::size_t);
+    bool start_array(std::size_t elements);
     bool end_array() { return leave(); }
-    bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) {
+    static bool parse_error(std::size_t /*place*/, const std::string& /*read*/,
+                            const nlohmann::json::exception& /*error*/) {
         return false;
     }
 

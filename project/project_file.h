@@ -39,6 +39,7 @@ struct ProjectAttribute {
 /// held once, however many values share them, and a look-up goes through the entries one by one, so
 /// that the cost of a file grows with its size alone, whatever its directory says.
 struct ProjectFile {
+    // NOLINTNEXTLINE(misc-non-private-member-variables-in-classes): any value will do
     std::string path;  ///< of the last populated file loaded, or of the file created
 
     // The attributes in memory.
