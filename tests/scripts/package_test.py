@@ -23,33 +23,17 @@ import urllib.parse
 import urllib.request
 from pathlib import Path
 
+import debian
 import installed_files
-from installed_files import ROOT
+from debian import ROOT, SECONDS_FOR_A_COMMAND, end, make_package, output_of
 
-SECONDS_TO_BUILD = 1800
-SECONDS_FOR_A_COMMAND = 120
 SECONDS_TO_RELOAD = 30
 SIGNATURE = "[A-Za-z0-9+/]{4,56}={0,2}"
 
 # apache2 and lighttpd are what the package configures; curl is in the examples of the manual page.
-PACKAGES = "apache2,lighttpd,curl,bash-completion"
-
-# Starts a program among mounts and processes of its own; all of them end when it does, and it does
-# when this test ends.
-APART = ("setpriv", "--pdeathsig", "KILL",
-         "unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc")
+PACKAGES = ("apache2", "lighttpd", "curl", "bash-completion")
 
 resources = contextlib.ExitStack()
-
-
-def output_of(*command, **options):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, **options).stdout
-
-
-def make_package(folder, **options):
-    """The path of the package that the sources in a folder give."""
-    return Path(output_of(*APART, folder / "scripts/package.sh", timeout=SECONDS_TO_BUILD,
-                          **options).strip())
 
 
 def copy_sources(folder):
@@ -63,11 +47,6 @@ def copy_sources(folder):
             shutil.copy(ROOT / name, target)
 
 
-def end(process):
-    process.kill()
-    process.wait()
-
-
 def free_port():
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
@@ -76,52 +55,24 @@ def free_port():
 
 def guide(heading, port=80):
     """The commands of a section of docs/deployment.md, for a machine without systemd."""
-    text = (ROOT / "docs/deployment.md").read_text(encoding="utf-8")
-    section = re.search(rf"(?ms)^## {heading}\n(.*?)^## ", text).group(1)
-    commands = "".join(re.findall(r"(?ms)^```sh\n(.*?)^```$", section))
-    if not commands:
-        raise AssertionError(f"the guide has no commands under '{heading}'")
-    commands = re.sub(r"(?m)^systemctl (\w+) (\w+)$", r"service \2 \1", commands)
+    commands = re.sub(r"(?m)^systemctl (\w+) (\w+)$", r"service \2 \1", debian.guide(heading))
     return commands.replace("http://127.0.0.1/", f"http://127.0.0.1:{port}/")
 
 
-class Machine:
-    """A Debian in a folder, running nothing yet."""
+class Machine(debian.Machine):
+    """One that runs nothing yet."""
 
     def __init__(self, root):
-        self.root = root
         # Its first process is a shell that waits for whatever ends, as an init does.
         script = ('mount -t proc proc "$1/proc" && mount -t tmpfs tmpfs "$1/run" && '
                   'mkdir -m 1777 "$1/run/lock" && echo ready && '
                   'exec chroot "$1" sh -c "sleep infinity & wait"')
-        self.process = subprocess.Popen([*APART, "sh", "-c", script, "sh", root],
+        self.process = subprocess.Popen([*debian.APART, "sh", "-c", script, "sh", root],
                                         stdout=subprocess.PIPE, text=True)
         if self.process.stdout.readline() != "ready\n":
             raise AssertionError("no room for processes apart: is this root?")
         unshare = self.process.pid
-        self.first = Path(f"/proc/{unshare}/task/{unshare}/children").read_text().strip()
-
-    def run(self, *command, status=0):
-        """Runs a command inside; gives what it says."""
-        run = subprocess.run(
-            ["nsenter", "--target", self.first, "--mount", "--pid", "--root", "--wd", *command],
-            env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8",
-                 "DEBIAN_FRONTEND": "noninteractive", "HOME": "/root"},
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-            check=False, timeout=SECONDS_FOR_A_COMMAND)
-        if run.returncode != status:
-            raise AssertionError(f"{command} gave {run.returncode}: {run.stdout}")
-        return run.stdout
-
-    def shell(self, script):
-        return self.run("sh", "-ec", "cd /root\n" + script)
-
-    def change(self, path, old, new):
-        file = self.root / path
-        text = file.read_text(encoding="utf-8")
-        if old not in text:
-            raise AssertionError(f"{path} has no '{old}'")
-        file.write_text(text.replace(old, new), encoding="utf-8")
+        super().__init__(root, Path(f"/proc/{unshare}/task/{unshare}/children").read_text().strip())
 
     def files(self):
         """Everything on the disk but what dpkg, apt and logs note for themselves."""
@@ -176,8 +127,7 @@ def setUpModule():
     environment = os.environ | {"TMPDIR": str(folder)}
     subprocess.run([ROOT / "scripts/install-packages.sh", "build", "package"], check=True)
     root = folder / "debian"
-    bootstrap = subprocess.Popen([*APART, "mmdebstrap", "--quiet", "--variant=apt",
-                                  f"--include={PACKAGES}", "bookworm", root], env=environment)
+    bootstrap = debian.make_system(root, PACKAGES, folder)
     resources.callback(end, bootstrap)
     DebianPackage.package = make_package(ROOT, env=environment)
 
