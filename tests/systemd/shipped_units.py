@@ -33,8 +33,8 @@ class Shipped(Units):
         self.machine.shell(f"printf hello | projectctl verify {PROJECT} {text}")
         self.assertEqual(self.machine.run("curl", "-s", "-d", "x=", "http://[::1]/sign.cgi"),
                          "'mode' parameter missing or invalid")
-        self.assertIn("sign.cgi OK", self.machine.run("/usr/libexec/sign-cgi/check-service.sh",
-                                                      "http://127.0.0.1/sign.cgi"))
+        self.assertIn("sign.cgi OK", self.machine.run(
+            "/usr/libexec/sign-cgi/check-service.sh", "http://127.0.0.1/sign.cgi", "-t", "60"))
 
     def test_systemd_finds_nothing_wrong(self):
         self.assertEqual(self.machine.run("systemd-analyze", "verify", "sign-fcgiwrap.service",

@@ -7,13 +7,13 @@ from pathlib import Path
 
 from container import Container
 from held_request import HeldRequest
-from service import FORM
+from service import FORM, SECONDS_FOR_AN_ANSWER
 
 UNITS = "etc/systemd/system"
 LAUNCHER = "/usr/libexec/sign-cgi/limited"
 PROGRAM = "/usr/libexec/sign-cgi/sign.cgi"
 AT_ONCE = 8
-SECONDS = 20
+SECONDS = 30
 
 
 def wait_until(condition, what):
@@ -54,8 +54,9 @@ class Units(unittest.TestCase):
 
     def request(self, length, program=LAUNCHER):
         """A request over the socket, whose body has not come yet."""
-        request = HeldRequest(self.socket, SECONDS, SCRIPT_FILENAME=program, REQUEST_METHOD="POST",
-                          CONTENT_TYPE=FORM, CONTENT_LENGTH=str(length))
+        request = HeldRequest(self.socket, SECONDS_FOR_AN_ANSWER, SCRIPT_FILENAME=program,
+                              REQUEST_METHOD="POST", CONTENT_TYPE=FORM,
+                              CONTENT_LENGTH=str(length))
         self.addCleanup(request.close)
         return request
 
