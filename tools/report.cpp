@@ -29,9 +29,12 @@ void printText(const std::string& text) {
     static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
+std::string jsonText(const nlohmann::ordered_json& value) {
+    return value.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 void printJson(const nlohmann::ordered_json& value) {
-    using nlohmann::ordered_json;
-    printText(value.dump(-1, ' ', true, ordered_json::error_handler_t::replace) + "\n");
+    printText(jsonText(value) + "\n");
 }
 
 bool flushOutput() {

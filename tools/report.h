@@ -22,8 +22,10 @@ void printLine(const std::string& line);
 /// Writes these bytes to standard output as they stand. A failure shows in `flushOutput`.
 void printText(const std::string& text);
 
-/// Writes the value on one line of standard output, in ASCII. Bytes that are no UTF-8 are replaced
-/// by U+FFFD.
+/// The value in one line of ASCII without an end. Bytes that are no UTF-8 are replaced by U+FFFD.
+std::string jsonText(const nlohmann::ordered_json& value);
+
+/// Writes the value so on a line of standard output.
 void printJson(const nlohmann::ordered_json& value);
 
 /// Whether all that was printed went out; says so on standard error if not.

@@ -13,6 +13,7 @@ struct HostileProject {
     const char* name;
     /// Entry `number`, from 0, of a file of so many bytes.
     ImageEntry (*entry)(std::uint32_t number, std::uint32_t fileSize);
+    bool hasRepeatedIds = false;
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const HostileProject& project) {

@@ -1,11 +1,10 @@
 #include "tools/commands/show_command.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <iomanip>
+#include <functional>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <span>
-#include <sstream>
 #include <vector>
 
 #include "project/project_key_record.h"
@@ -56,69 +55,104 @@ std::string valueOf(const ProjectFile& project, const ProjectKeyRecord& key,
     }
 }
 
-std::vector<ShownEntry> shownEntries(const ProjectReading& reading, bool secret) {
+/// For each entry whether one before has its id.
+std::vector<bool> repetitions(const std::vector<ProjectEntry>& entries) {
+    std::vector<std::uint64_t> idsAndPlaces;
+    idsAndPlaces.reserve(entries.size());
+    for (std::uint64_t place = 0; place < entries.size(); ++place) {
+        idsAndPlaces.push_back(std::uint64_t{entries[place].id} << 32 | place);
+    }
+    std::sort(idsAndPlaces.begin(), idsAndPlaces.end());
+    std::vector<bool> repeated(entries.size());
+    for (std::size_t i = 1; i < idsAndPlaces.size(); ++i) {
+        if (idsAndPlaces[i] >> 32 == idsAndPlaces[i - 1] >> 32) {
+            repeated[idsAndPlaces[i] & 0xFFFFFFFF] = true;
+        }
+    }
+    return repeated;
+}
+
+/// Hands each entry to `show`, one after the other: there may be millions.
+void showEntries(const ProjectFile& project, bool secret,
+                 const std::function<void(const ShownEntry&)>& show) {
     ProjectKeyRecord key;
-    key.loadFromAttributes(reading.project);
-    std::set<ProjectAttributeId> seen;
-    std::vector<ShownEntry> shown;
-    for (const ProjectEntry& entry : reading.project.directory()) {
-        ShownEntry& next = shown.emplace_back();
-        next.entry = entry;
-        next.meaning = attributeMeaning(entry.id);
-        const bool isScalar = entry.id == privateScalarAttribute;
-        if (!seen.insert(entry.id).second) {
+    key.loadFromAttributes(project);
+    const std::vector<bool> repeated = repetitions(project.directory());
+    for (std::size_t place = 0; place < repeated.size(); ++place) {
+        ShownEntry next;
+        next.entry = project.directory()[place];
+        const ProjectAttributeId id = next.entry.id;
+        next.meaning = attributeMeaning(id);
+        const bool isScalar = id == privateScalarAttribute;
+        if (repeated[place]) {
             next.remark = "not used: an entry before has this id";
         } else if (next.meaning.empty()) {
             next.remark = "not used: no attribute of the program";
         } else if (isScalar && !secret) {
             next.remark = "hidden: --secret shows it";
         } else {
-            next.value = valueOf(reading.project, key, entry.id);
-            next.remark = (isScalar ? scalarRefusal(reading.project)
-                                    : coordinateRefusal(reading.project, entry.id))
+            next.value = valueOf(project, key, id);
+            next.remark = (isScalar ? scalarRefusal(project) : coordinateRefusal(project, id))
                               .value_or(Refusal{})
                               .text;
         }
+        show(next);
     }
-    return shown;
 }
 
-void printEntries(const std::string& file, const std::vector<ShownEntry>& entries) {
-    constexpr int numberWidth = 10;
-    printLine(file + ": " + counted(entries.size(), "entry", "entries"));
-    std::ostringstream text;
-    if (!entries.empty()) {
-        text << std::setw(numberWidth) << "id" << std::setw(numberWidth) << "offset"
-             << std::setw(numberWidth) << "size"
-             << "  meaning\n";
-    }
-    const std::string indent(3 * numberWidth + 2, ' ');
-    for (const ShownEntry& shown : entries) {
-        text << std::setw(numberWidth) << shown.entry.id << std::setw(numberWidth)
-             << shown.entry.offset << std::setw(numberWidth) << shown.entry.size << "  "
-             << (shown.meaning.empty() ? "-" : shown.meaning) << "\n";
-        for (const std::string& line : {shown.value, shown.remark}) {
-            text << (line.empty() ? "" : indent + line + "\n");
-        }
-    }
-    printText(text.str());
+constexpr std::size_t numberWidth = 10;
+
+/// The text at the right end of a column.
+std::string column(const std::string& text) {
+    return std::string(numberWidth - text.size(), ' ') + text;
 }
 
-void printEntriesAsJson(const std::string& file, const std::vector<ShownEntry>& entries) {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const ShownEntry& shown : entries) {
-        nlohmann::ordered_json value{
-            {"id", shown.entry.id}, {"offset", shown.entry.offset}, {"size", shown.entry.size}};
-        for (const auto& [name, member] :
-             {std::pair("meaning", shown.meaning), std::pair("value", shown.value),
-              std::pair("remark", shown.remark)}) {
-            if (!member.empty()) {
-                value[name] = member;
-            }
+void printEntry(const ShownEntry& shown) {
+    std::string text = column(std::to_string(shown.entry.id)) +
+                       column(std::to_string(shown.entry.offset)) +
+                       column(std::to_string(shown.entry.size)) + "  " +
+                       (shown.meaning.empty() ? "-" : shown.meaning) + "\n";
+    for (const std::string& line : {shown.value, shown.remark}) {
+        if (!line.empty()) {
+            text += std::string(3 * numberWidth + 2, ' ') + line + "\n";
         }
-        list.push_back(value);
     }
-    printJson({{"file", file}, {"entries", list}});
+    printText(text);
+}
+
+void printEntries(const ShowOptions& options, const ProjectFile& project) {
+    const std::size_t count = project.directory().size();
+    printLine(options.file + ": " + counted(count, "entry", "entries"));
+    if (count != 0) {
+        printText(column("id") + column("offset") + column("size") + "  meaning\n");
+    }
+    showEntries(project, options.secret, printEntry);
+}
+
+nlohmann::ordered_json asJson(const ShownEntry& shown) {
+    nlohmann::ordered_json value;
+    value["id"] = shown.entry.id;
+    value["offset"] = shown.entry.offset;
+    value["size"] = shown.entry.size;
+    const auto add = [&value](const char* name, const std::string& member) {
+        if (!member.empty()) {
+            value[name] = member;
+        }
+    };
+    add("meaning", shown.meaning);
+    add("value", shown.value);
+    add("remark", shown.remark);
+    return value;
+}
+
+void printEntriesAsJson(const ShowOptions& options, const ProjectFile& project) {
+    printText("{\"file\":" + jsonText(options.file) + ",\"entries\":[");
+    const char* separator = "";
+    showEntries(project, options.secret, [&separator](const ShownEntry& shown) {
+        printText(separator + jsonText(asJson(shown)));
+        separator = ",";
+    });
+    printText("]}\n");
 }
 
 }  // namespace
@@ -128,7 +162,6 @@ int showCommand(const ShowOptions& options) {
     if (reading.refusal.has_value()) {
         return reportFailure(options.file + ": " + reading.refusal->text);
     }
-    const std::vector<ShownEntry> entries = shownEntries(reading, options.secret);
-    (options.json ? printEntriesAsJson : printEntries)(options.file, entries);
+    (options.json ? printEntriesAsJson : printEntries)(options, reading.project);
     return exitDone;
 }

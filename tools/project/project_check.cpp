@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
+#include <vector>
 
 #include "core/integer.h"
 #include "curve/field.h"
@@ -29,6 +29,9 @@ std::uint32_t elementSize(std::uint64_t degree) {
 }
 
 using Findings = std::vector<ProjectFinding>;
+
+/// Of more repeated attributes than this, the others are counted.
+constexpr std::size_t mostRepeatedNamed = 100;
 
 /// What the findings on a key are made of.
 struct Checked {
@@ -57,17 +60,34 @@ struct StoredPoint {
 };
 
 void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& findings) {
-    std::map<ProjectAttributeId, std::uint32_t> counts;
+    std::vector<ProjectAttributeId> ids;
+    ids.reserve(entries.size());
     for (const ProjectEntry& entry : entries) {
-        ++counts[entry.id];
+        ids.push_back(entry.id);
     }
-    for (const auto& [id, count] : counts) {
-        if (count > 1) {
-            findings.push_back({.code = "repeated-attribute",
+    std::sort(ids.begin(), ids.end());
+    const char* code = "repeated-attribute";
+    std::size_t repeated = 0;
+    for (auto first = ids.begin(); first != ids.end();) {
+        const ProjectAttributeId id = *first;
+        const auto next = std::find_if(first, ids.end(), [id](auto other) { return other != id; });
+        repeated += next - first > 1 ? 1 : 0;
+        if (next - first > 1 && repeated <= mostRepeatedNamed) {
+            findings.push_back({.code = code,
                                 .attribute = id,
-                                .text = namedAttribute(id) + " stands " + std::to_string(count) +
+                                .text = namedAttribute(id) + " stands " +
+                                        std::to_string(next - first) +
                                         " times in the directory; only the first counts"});
         }
+        first = next;
+    }
+    if (repeated > mostRepeatedNamed) {
+        findings.push_back({.code = code,
+                            .attribute = std::nullopt,
+                            .text = std::to_string(repeated) +
+                                    " attributes in all stand more than once in the directory; "
+                                    "the first " +
+                                    std::to_string(mostRepeatedNamed) + " of them are named"});
     }
 }
 

@@ -27,6 +27,9 @@ struct ProjectCheck {
 /// - no scalar, or one from 1 to n - 1 under its true bit length, of which the public point is the
 ///   product with the base point;
 /// - protection against others (tools/project/project_protection.h).
+///
+/// Of attributes that stand there more than once, the first hundred are found one by one, and their
+/// number if there are more.
 ProjectCheck checkProject(const std::string& path);
 
 /// What `checkProject` finds in the key of a loaded project.

@@ -125,6 +125,29 @@ TEST_F(CheckProject, FindsWhatIsOpenToOthers) {
     EXPECT_EQ(checkOf(projectBytes(values), 0666).findings.size(), 1U);
 }
 
+TEST_F(CheckProject, CountsRepeatedAttributesBeyondTheFirstHundred) {
+    for (const std::uint32_t repeated : {100U, 101U}) {
+        ProjectImage image = projectImage(attributes);
+        for (ImageEntry& entry : image.directory) {
+            entry.offset += 12 * 2 * repeated;
+        }
+        for (std::uint32_t id = 1000 + repeated; id-- > 1000;) {
+            image.directory.insert(image.directory.end(), 2, {.id = id, .offset = 0, .size = 1});
+        }
+        const Strings texts = textsOf(checkOf(image.bytes()));
+        ASSERT_EQ(texts.size(), repeated == 100 ? 100 : 101);
+        EXPECT_EQ(texts[0],
+                  "repeated-attribute: attribute 1000 stands 2 times in the directory; only the "
+                  "first counts");
+        EXPECT_EQ(texts[99].substr(0, 36), "repeated-attribute: attribute 1099 s");
+        if (repeated == 101) {
+            EXPECT_EQ(texts[100],
+                      "repeated-attribute: 101 attributes in all stand more than once in the "
+                      "directory; the first 100 of them are named");
+        }
+    }
+}
+
 TEST_F(CheckProject, FindsAnotherDegree) {
     EXPECT_EQ(
         textsWith(72, elementValue(160, "1")),
