@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <exception>
 #include <functional>
 #include <iostream>
 #include <new>
@@ -100,8 +99,6 @@ public:
             return flushOutput() ? status : exitFailed;
         } catch (const std::bad_alloc&) {
             return reportFailure("there is not enough memory");
-        } catch (const std::exception& failure) {
-            return reportFailure(failure.what());
         }
     }
 

@@ -32,9 +32,8 @@ TEST_F(ExplanationComparison, FindsTheAnswersOfTheProgram) {
 TEST_F(ExplanationComparison, FindsTheAnswersOfTheDriverAndMeetsEveryRule) {
     const std::map<std::string, int> rules = compareRequests(6000, answerOfDriver);
     // The others: key.no-bits is too rare; form.length-memory, json.length-memory, json.memory,
-    // project.memory and file.mapping need memory to run out, file.no-size and project.unreadable a
-    // file that fails, and form.parameters and request.mode-unknown a record that no reader of the
-    // program makes.
+    // project.memory and file.mapping need memory to run out, project.unreadable a file that fails,
+    // and request.mode-unknown a record that no reader of the program makes.
     for (const char* rule : {"base64.character",
                              "base64.length",
                              "base64.padding",

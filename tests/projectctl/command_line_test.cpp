@@ -5,11 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/projectctl/projectctl_run.h"
+#include "tests/support/project_builder.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -175,17 +179,78 @@ TEST(ProjectctlCommandLine, RefusesEmptyPaths) {
 }
 
 TEST(ProjectctlCommandLine, FailsWhenWhatItPrintsDoesNotGoOut) {
+    // More attributes than the stream's buffer holds lines of.
+    AttributeValues values;
+    for (std::uint32_t id = 0; id < 1000; ++id) {
+        values[id] = {1};
+    }
+    const TemporaryFolder folder;
+    const std::string large = folder.write("large", projectBytes(values));
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     ASSERT_NE(full, -1);
-    ProgramCall call = projectctlCall({"convert", "--digest-of", "-"}, "data");
-    call.outputDescriptor = full;
-    EXPECT_TRUE(endedWith(runProgram(call), 2, "",
-                          "projectctl: standard output: No space left on device\n"));
+    for (const Arguments& arguments :
+         {Arguments{"convert", "--digest-of", "-"}, {"show", large}, {"--help"}, {"--version"}}) {
+        ProgramCall call = projectctlCall(arguments, "data");
+        call.outputDescriptor = full;
+        EXPECT_TRUE(endedWith(runProgram(call), 2, "",
+                              "projectctl: standard output: No space left on device\n"))
+            << arguments[0];
+    }
     ::close(full);
+}
+
+TEST(ProjectctlCommandLine, TakesNoFileForAStandardStreamThatIsClosed) {
+    ProgramCall call = projectctlCall({"convert", "--digest-of", "-"});
+    call.input = ProgramCall::Input::closed;
+    EXPECT_TRUE(endedWith(runProgram(call), 2, "", "projectctl: standard input: is empty\n"));
+    call = projectctlCall({"convert", "--digest-of", "-"}, "data");
+    call.outputClosed = true;
+    EXPECT_TRUE(
+        endedWith(runProgram(call), 2, "", "projectctl: standard output: Bad file descriptor\n"));
 }
 
 TEST(ProjectctlCommandLine, PrintsItsVersion) {
     EXPECT_TRUE(endedWith(runProjectctl({"--version"}), 0, "projectctl " SIGN_VERSION "\n"));
+}
+
+/// The words of a text, whatever lines they stand on.
+std::string wordsOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::string joined;
+    std::string word;
+    while (stream >> word) {
+        joined += word + ' ';
+    }
+    return joined;
+}
+
+TEST(ProjectctlCommandLine, PrintsTheHelpOfEachCommand) {
+    // "$ projectctl ..." and what it prints, one after the other.
+    std::ifstream file(SIGN_HELP_FILE);
+    std::string line;
+    std::vector<std::string> told;
+    std::vector<std::string> printed;
+    while (std::getline(file, line)) {
+        const std::string prompt = "$ projectctl ";
+        if (line.starts_with(prompt)) {
+            const std::string command = line.substr(prompt.size());
+            const std::size_t space = command.find(' ');
+            const ProgramEnd end =
+                space == std::string::npos
+                    ? runProjectctl({command})
+                    : runProjectctl({command.substr(0, space), command.substr(space + 1)});
+            EXPECT_EQ(end.status, 0);
+            EXPECT_EQ(end.errors, "");
+            printed.push_back(wordsOf(end.output));
+            told.emplace_back();
+        } else if (!told.empty()) {
+            told.back() += line + '\n';
+        }
+    }
+    ASSERT_EQ(told.size(), 1 + commands.size());
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        EXPECT_EQ(printed[i], wordsOf(told[i]));
+    }
 }
 
 TEST(ProjectctlCommandLine, PrintsHelpWithAllCommandsAndAnExampleOfEach) {

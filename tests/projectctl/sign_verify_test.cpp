@@ -188,6 +188,14 @@ TEST_F(ProjectctlSignature, CannotBeMadeOrJudgedOfWhatCannotBeSigned) {
     }
 }
 
+TEST_F(ProjectctlSignature, CannotBeMadeOfAPipeWithoutAFolderForTheCopy) {
+    ProgramCall call = projectctlCall({"sign", project}, letter);
+    call.environment["TMPDIR"] = folder.file("missing");
+    EXPECT_TRUE(endedWith(runProgram(call), 2, "",
+                          "projectctl: " + folder.file("missing") +
+                              ": no copy of standard input: No such file or directory\n"));
+}
+
 TEST_F(ProjectctlSignature, OfAFileAbove4GiBIsThatOfItsFirstBytesAndSaysSo) {
     const std::string remark =
         "projectctl: " + sparse(4294967301) + ": only the first 5 bytes of 4294967301 count\n";

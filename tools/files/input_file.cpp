@@ -24,8 +24,8 @@ std::string descriptorPath(int descriptor) {
 /// A regular file of which nothing has been read, and which can be opened once more.
 bool isUnreadFile(int descriptor) {
     struct stat status {};
-    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-           (::fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_WRONLY &&
+    ::fstat(descriptor, &status);
+    return S_ISREG(status.st_mode) && (::fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_WRONLY &&
            ::lseek(descriptor, 0, SEEK_CUR) == 0 &&
            ::faccessat(AT_FDCWD, descriptorPath(descriptor).c_str(), R_OK, AT_EACCESS) == 0;
 }
@@ -53,9 +53,6 @@ std::optional<std::string> copyStandardInput(int descriptor, const std::string& 
         if (count == 0) {
             return std::nullopt;
         }
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
         if (count < 0) {
             return std::string("standard input: ") + std::strerror(errno);
         }
@@ -68,7 +65,8 @@ std::optional<std::string> copyStandardInput(int descriptor, const std::string& 
 /// The size of the file; 0 when it is not known.
 std::uint64_t fileSize(const std::string& path) {
     struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    ::stat(path.c_str(), &status);
+    return static_cast<std::uint64_t>(status.st_size);
 }
 
 }  // namespace
@@ -112,9 +110,7 @@ std::optional<Refusal> inputFileRefusal(const std::string& path) {
         return std::nullopt;
     }
     struct stat status {};
-    if (::fstat(file.descriptor, &status) != 0) {
-        return Refusal{"file.no-size", std::string("has no size: ") + std::strerror(errno)};
-    }
+    ::fstat(file.descriptor, &status);
     if (!S_ISREG(status.st_mode)) {
         return S_ISDIR(status.st_mode) ? Refusal{"file.directory", "is a directory"}
                                        : Refusal{"file.no-regular", "is no regular file"};

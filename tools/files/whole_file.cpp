@@ -41,8 +41,9 @@ public:
     HeldSignals(const HeldSignals&) = delete;
     HeldSignals& operator=(const HeldSignals&) = delete;
 
-    /// Whether one of them has been sent.
+    /// Whether one of them has been sent, an interruption as `errno` tells.
     bool isAnyPending() const {
+        errno = EINTR;
         sigset_t pending;
         sigpending(&pending);
         sigandset(&pending, &pending, &held_);

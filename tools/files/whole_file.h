@@ -15,8 +15,9 @@ enum class FileAudience {
 /// writing; `write` answers whether it could. Returns what went wrong, path in front, or nothing.
 ///
 /// SIGHUP, SIGINT, SIGQUIT and SIGTERM are held back, but those that the process ignores. One that
-/// arrives before the file has its name ends the process, and there is no file. Once it has it they
-/// stay held back until the process ends, so that what is done is not reported as failed.
+/// arrives before the file has its name ends the process, unless it is handled, and there is no
+/// file. Once it has it they stay held back until the process ends, so that what is done is not
+/// reported as failed.
 ///
 /// The file appears whole or not at all, and a file that exists at `path` is never replaced. It has
 /// no name until its content is on the disk, so nothing stays behind however the process ends.

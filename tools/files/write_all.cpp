@@ -2,16 +2,15 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
 
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
+        if (written < 0) {
             return false;
         }
-        bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+        bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
 }

@@ -30,10 +30,9 @@ std::string namedAttribute(ProjectAttributeId id) {
 }
 
 std::uint32_t statedBits(const ProjectFile& project, ProjectAttributeId id) {
-    const std::vector<std::uint8_t> value = project.getBytes(id);
+    std::vector<std::uint8_t> value = project.getBytes(id);
     std::uint32_t bits = 0;
-    if (!value.empty()) {
-        std::memcpy(&bits, value.data(), std::min(value.size(), sizeof bits));
-    }
+    value.resize(std::max(value.size(), sizeof bits));
+    std::memcpy(&bits, value.data(), sizeof bits);
     return id == privateScalarAttribute ? bits & ~core::integerSignBit : bits;
 }

@@ -140,16 +140,15 @@ bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
     return core::fieldCompare(left, right) == 0;
 }
 
-/// Whether (n - 1) * P = -P, for a point on the curve with an x other than zero. The product n * P
-/// would tell nothing: `pointAdd` takes -P for P where x has a zero top word, and doubles.
+/// Whether (n - 1) * P has the x of P, for a point on the curve with an x other than zero: then it
+/// is -P, since (n - 2) * P is infinity for no point of an order among 2, n and 2n. The product n *
+/// P would tell nothing: `pointAdd` takes -P for P where x has a zero top word, and doubles.
 bool isOfOrder(const core::CurvePoint& P) {
     core::FieldElement factor = curve().order;
     factor.words[0] -= 1;
     core::PointTemporary product(curve().degree);
     pointProduct(factor, P, *product);
-    core::pointNegate(*product);
-    return !core::pointIsInfinity(*product) && core::fieldCompare(*product->x, *P.x) == 0 &&
-           core::fieldCompare(*product->y, *P.y) == 0;
+    return core::fieldCompare(*product->x, *P.x) == 0;
 }
 
 /// Whether the point is on the curve and of order n.

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "core/entry.h"
 #include "project/open_to_read.h"
@@ -18,14 +20,15 @@ namespace {
 constexpr std::uint64_t headerSize = sizeof(ProjectFileHeader);
 constexpr std::uint64_t entrySize = sizeof(ProjectEntry);
 constexpr std::string_view magic = "VLT2";
-constexpr const char* unreadableCode = "project.unreadable";
+
+using Content = std::vector<std::uint8_t>;
 
 /// A file opened beside the program's own reading, to see what that met.
 class OpenedFile {
 public:
     explicit OpenedFile(const std::string& path) : descriptor_(openToRead(path.c_str())) {
-        if (isOpen() && ::fstat(descriptor_, &status_) != 0) {
-            status_ = {};
+        if (isOpen()) {
+            ::fstat(descriptor_, &status_);
         }
     }
     ~OpenedFile() {
@@ -39,21 +42,20 @@ public:
     bool isOpen() const { return descriptor_ != -1; }
     bool isFolder() const { return S_ISDIR(status_.st_mode); }
     bool isRegular() const { return S_ISREG(status_.st_mode); }
-    std::uint64_t size() const { return static_cast<std::uint64_t>(status_.st_size); }
 
-    /// Whether all of these bytes could be read.
-    bool read(std::uint64_t offset, void* buffer, std::uint64_t count) const {
-        auto* bytes = static_cast<char*>(buffer);
-        while (count > 0) {
-            const ssize_t taken = ::pread(descriptor_, bytes, count, static_cast<off_t>(offset));
+    /// All bytes of a regular file; nothing if it has fewer by now, or they cannot be read.
+    std::optional<Content> content() const {
+        Content bytes(static_cast<std::size_t>(status_.st_size));
+        std::size_t done = 0;
+        while (done < bytes.size()) {
+            const ssize_t taken = ::pread(descriptor_, bytes.data() + done, bytes.size() - done,
+                                          static_cast<off_t>(done));
             if (taken <= 0) {
-                return false;
+                return std::nullopt;
             }
-            bytes += taken;
-            offset += static_cast<std::uint64_t>(taken);
-            count -= static_cast<std::uint64_t>(taken);
+            done += static_cast<std::size_t>(taken);
         }
-        return true;
+        return bytes;
     }
 
 private:
@@ -61,39 +63,26 @@ private:
     struct stat status_ {};
 };
 
-/// The header; one without entries if there is none.
-ProjectFileHeader readHeader(const OpenedFile& file) {
-    ProjectFileHeader header;
-    return file.read(0, &header, sizeof header) ? header : ProjectFileHeader{};
-}
-
-/// As many entries of the directory, up to this count, as the file has; none if they cannot be
-/// read.
-std::vector<ProjectEntry> readEntries(const OpenedFile& file, std::uint32_t count) {
-    std::vector<ProjectEntry> entries(
-        std::min<std::uint64_t>(count, (file.size() - headerSize) / entrySize));
-    if (!file.read(headerSize, entries.data(), entrySize * entries.size())) {
-        entries.clear();
-    }
-    return entries;
-}
-
-bool digestDiffers(const OpenedFile& file, const ProjectFileHeader& header) {
-    std::vector<std::uint8_t> body(file.size() - headerSize);
+bool digestDiffers(const Content& content, const ProjectFileHeader& header) {
     std::array<std::uint8_t, 16> digest{};
-    if (!file.read(headerSize, body.data(), body.size())) {
-        return false;
-    }
-    coreEntry::md5Digest(body.data(), body.size(), digest.data());
+    coreEntry::md5Digest(content.data() + headerSize, content.size() - headerSize, digest.data());
     return digest != header.bodyDigest;
 }
 
+/// As many entries of the directory, up to this count, as there are.
+std::vector<ProjectEntry> readEntries(const Content& content, std::uint32_t count) {
+    std::vector<ProjectEntry> entries(
+        std::min<std::uint64_t>(count, (content.size() - headerSize) / entrySize));
+    std::memcpy(entries.data(), content.data() + headerSize, entrySize * entries.size());
+    return entries;
+}
+
 /// What is wrong with the first entry that the program refuses, if there is one.
-std::optional<Refusal> entryRefusal(const OpenedFile& file,
+std::optional<Refusal> entryRefusal(std::uint64_t fileSize,
                                     const std::vector<ProjectEntry>& entries) {
     const auto refused =
-        std::find_if(entries.begin(), entries.end(), [&file](const ProjectEntry& entry) {
-            return entry.size == 0 || std::uint64_t{entry.offset} + entry.size > file.size();
+        std::find_if(entries.begin(), entries.end(), [fileSize](const ProjectEntry& entry) {
+            return entry.size == 0 || std::uint64_t{entry.offset} + entry.size > fileSize;
         });
     if (refused == entries.end()) {
         return std::nullopt;
@@ -106,70 +95,74 @@ std::optional<Refusal> entryRefusal(const OpenedFile& file,
     return Refusal{"project.entry-range",
                    name + "runs past the end of the file: " + counted(refused->size, "byte") +
                        " at offset " + std::to_string(refused->offset) + ", and the file has " +
-                       std::to_string(file.size())};
+                       std::to_string(fileSize)};
 }
 
-/// Why the program does not load this file, in the order of its own steps.
-Refusal refusalOf(const OpenedFile& file, const ProjectFileHeader& header) {
-    if (file.isFolder()) {
-        return {"project.directory", "is a directory"};
+/// Why the program does not load these bytes, in the order of its own steps.
+std::optional<Refusal> contentRefusal(const Content& content) {
+    if (content.size() < headerSize) {
+        return Refusal{"project.header", "has " + counted(content.size(), "byte") +
+                                             ", fewer than the 24 of a header"};
+    }
+    ProjectFileHeader header;
+    std::memcpy(&header, content.data(), sizeof header);
+    if (std::string_view(header.magic.data(), header.magic.size()) != magic) {
+        return Refusal{"project.magic", "is no project file: it does not begin with VLT2"};
+    }
+    if (content.size() == headerSize) {
+        return Refusal{"project.no-body", "has a header that counts " +
+                                              counted(header.entryCount, "entry", "entries") +
+                                              ", and nothing behind it"};
+    }
+    if (digestDiffers(content, header)) {
+        return Refusal{"project.digest",
+                       "is damaged: the digest in its header is not that of its body"};
+    }
+    const std::vector<ProjectEntry> entries = readEntries(content, header.entryCount);
+    if (entries.size() < header.entryCount) {
+        return Refusal{"project.entries", "the directory ends after " +
+                                              std::to_string(entries.size()) + " of " +
+                                              counted(header.entryCount, "entry", "entries")};
+    }
+    return entryRefusal(content.size(), entries);
+}
+
+/// Why the program does not load this file, and whether that says nothing of its content.
+ProjectReading refusedReading(const OpenedFile& file) {
+    if (!file.isOpen()) {
+        return {.refusal = Refusal{"project.open",
+                                   std::string("cannot be opened: ") + std::strerror(errno)},
+                .unreadable = true,
+                .project = {}};
     }
     if (!file.isRegular()) {
-        return {"project.no-regular", "is no regular file"};
+        return {.refusal = file.isFolder() ? Refusal{"project.directory", "is a directory"}
+                                           : Refusal{"project.no-regular", "is no regular file"},
+                .unreadable = true,
+                .project = {}};
     }
-    if (file.size() < headerSize) {
-        return {"project.header",
-                "has " + counted(file.size(), "byte") + ", fewer than the 24 of a header"};
+    const std::optional<Content> content = file.content();
+    if (std::optional<Refusal> refusal =
+            content.has_value() ? contentRefusal(*content) : std::nullopt) {
+        return {.refusal = std::move(refusal), .unreadable = false, .project = {}};
     }
-    if (std::string_view(header.magic.data(), header.magic.size()) != magic) {
-        return {"project.magic", "is no project file: it does not begin with VLT2"};
-    }
-    if (file.size() == headerSize) {
-        return {"project.no-body", "has a header that counts " +
-                                       counted(header.entryCount, "entry", "entries") +
-                                       ", and nothing behind it"};
-    }
-    if (digestDiffers(file, header)) {
-        return {"project.digest", "is damaged: the digest in its header is not that of its body"};
-    }
-    const std::vector<ProjectEntry> entries = readEntries(file, header.entryCount);
-    if (entries.size() < header.entryCount) {
-        return {"project.entries", "the directory ends after " + std::to_string(entries.size()) +
-                                       " of " + counted(header.entryCount, "entry", "entries")};
-    }
-    if (const auto refusal = entryRefusal(file, entries)) {
-        return *refusal;
-    }
-    return {unreadableCode, "cannot be read"};
-}
-
-ProjectReading readWithMemory(const std::string& path) {
-    ProjectReading reading;
-    const bool loaded = reading.project.load(path.c_str());
-    const OpenedFile file(path);
-    if (!file.isOpen()) {
-        reading.refusal =
-            Refusal{"project.open", std::string("cannot be opened: ") + std::strerror(errno)};
-        reading.unreadable = true;
-        reading.project.clear();
-        return reading;
-    }
-    if (!loaded) {
-        reading.refusal = refusalOf(file, readHeader(file));
-        reading.unreadable = !file.isRegular() || reading.refusal->code == unreadableCode;
-    }
-    return reading;
+    return {.refusal = Refusal{"project.unreadable", "cannot be read"},
+            .unreadable = true,
+            .project = {}};
 }
 
 }  // namespace
 
 ProjectReading readProject(const std::string& path) {
     try {
-        return readWithMemory(path);
-    } catch (const std::bad_alloc&) {
         ProjectReading reading;
-        reading.refusal = Refusal{"project.memory", "there is not enough memory to load it"};
-        reading.unreadable = true;
+        if (!reading.project.load(path.c_str())) {
+            reading = refusedReading(OpenedFile(path));
+        }
         return reading;
+    } catch (const std::bad_alloc&) {
+        return {.refusal = Refusal{"project.memory", "there is not enough memory to load it"},
+                .unreadable = true,
+                .project = {}};
     }
 }

@@ -70,8 +70,9 @@ std::uint32_t engineLength(const Data& bytes) {
 }
 
 /// Why the engine gives false before it computes anything: for its input, the project or the key.
+/// Reads the project if it comes to that.
 std::optional<Ruling> engineRefusal(const RequestRecord& record, const Data& bytes,
-                                    KeyRefusal keyRefusal) {
+                                    KeyRefusal keyRefusal, ProjectReading& project) {
     if (record.signatureFile.empty()) {
         if (engineLength(bytes) == 0) {
             return Ruling{"data.empty", "the data stand for no bytes at all"};
@@ -83,7 +84,7 @@ std::optional<Ruling> engineRefusal(const RequestRecord& record, const Data& byt
         }
     }
     const std::string path = beforeZero(record.project);
-    const ProjectReading project = readProject(path);
+    project = readProject(path);
     if (project.refusal.has_value()) {
         return Ruling{project.refusal->code,
                       "the project " + quotation(path) + ": " + project.refusal->text};
@@ -140,21 +141,18 @@ bool verifies(const RequestRecord& record, const Data& bytes) {
 
 /// Why verifying gives false.
 Ruling invalidity(const RequestRecord& record, const Data& bytes) {
-    if (std::optional<Ruling> refusal = engineRefusal(record, bytes, &verifyingRefusal)) {
+    ProjectReading project;
+    if (std::optional<Ruling> refusal = engineRefusal(record, bytes, &verifyingRefusal, project)) {
         return *refusal;
     }
     const SignatureReading signature = readSignature(record.signature);
     if (signature.refusal.has_value()) {
         return {signature.refusal->code, signature.refusal->text};
     }
-    const std::string path = beforeZero(record.project);
-    const ProjectReading project = readProject(path);
-    const std::optional<std::string> unsound =
-        project.refusal.has_value() ? std::nullopt : unsoundKey(project.project);
-    if (unsound.has_value()) {
+    if (const std::optional<std::string> unsound = unsoundKey(project.project)) {
         return {"key.unsound",
                 "the signature is well formed, but signatures under the key of the project " +
-                    quotation(path) + " cannot be relied on: " + *unsound};
+                    quotation(beforeZero(record.project)) + " cannot be relied on: " + *unsound};
     }
     return {"signature.mismatch", mismatchReason(signature)};
 }
@@ -177,8 +175,9 @@ Explanation explainGenerateSignature(const RequestReading& reading) {
     const Ruling unsound = {"signature.none",
                             "the key is complete, but no attempt gives a signature: its base point "
                             "or scalar is unsound"};
+    ProjectReading project;
     Explanation explanation =
-        refusalBy(engineRefusal(record, bytes, &signingRefusal).value_or(unsound),
+        refusalBy(engineRefusal(record, bytes, &signingRefusal, project).value_or(unsound),
                   "Signature generation failed");
     explanation.remarks = engineRemarks(reading);
     return explanation;

@@ -212,11 +212,7 @@ RequestReading readFormRequest(const RawRequest& request) {
         reading.refusal = explainSilence(request, outcome, "form");
         return reading;
     }
-    if (!fillRecordFromForm(parameters, reading.record)) {
-        reading.refusal = refusalBy({"form.parameters", "the parameters make no record"},
-                                    "Failed to parse parameters");
-        return reading;
-    }
+    fillRecordFromForm(parameters, reading.record);
     const std::uint64_t length = parseContentLength(request.contentLength.value_or(""));
     reading.encodingWord = getFormString(parameters, "encoding");
     reading.dataEncodingWord = getFormString(parameters, "sig_data_encoding");

@@ -127,7 +127,8 @@ void remarkUnknown(const JsonObject& object, const std::array<Member, 4>& member
                    std::string_view alsoKnown, const std::string& prefix,
                    std::vector<std::string>& remarks) {
     std::vector<std::string> unknown;
-    for (const auto& [name, value] : object) {
+    for (const auto& entry : object) {
+        const std::string& name = entry.first;
         const bool known = name == alsoKnown ||
                            std::any_of(members.begin(), members.end(),
                                        [&](const Member& member) { return member.name == name; });

@@ -37,21 +37,23 @@ std::optional<std::string> variable(const char* name) {
     throw std::system_error(errno, std::generic_category(), "a file for the request's body");
 }
 
-/// A file without a name that holds these bytes, at its start.
-int fileOf(std::string_view bytes) {
-    const int descriptor = ::memfd_create("request", MFD_CLOEXEC);
-    if (descriptor == -1) {
-        giveUp();
+/// Owner of a descriptor that the system has just given, if it has.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number_(number) {
+        if (number == -1) {
+            giveUp();
+        }
     }
-    if (!writeAll(descriptor, bytes)) {
-        const int reason = errno;
-        ::close(descriptor);
-        errno = reason;
-        giveUp();
-    }
-    ::lseek(descriptor, 0, SEEK_SET);
-    return descriptor;
-}
+    ~Descriptor() { ::close(number_); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
 
 /// While it lives, the environment and standard input are those of the request.
 class ScopedRequest {
@@ -59,22 +61,17 @@ public:
     explicit ScopedRequest(const RawRequest& request)
         : savedLength_(variable(lengthVariable)),
           savedInput_(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)) {
-        try {
-            // Without a standard input so far, the file may take its number.
-            const int file = fileOf(request.body);
-            if (file != STDIN_FILENO) {
-                ::dup2(file, STDIN_FILENO);
-                ::close(file);
-            }
-        } catch (const std::system_error&) {
-            restoreInput();
-            throw;
+        const Descriptor file(::memfd_create("request", MFD_CLOEXEC));
+        if (!writeAll(file.number(), request.body)) {
+            giveUp();
         }
+        ::lseek(file.number(), 0, SEEK_SET);
+        ::dup2(file.number(), STDIN_FILENO);
         std::clearerr(stdin);
         setVariable(lengthVariable, request.contentLength);
     }
     ~ScopedRequest() {
-        restoreInput();
+        ::dup2(savedInput_.number(), STDIN_FILENO);
         std::clearerr(stdin);
         setVariable(lengthVariable, savedLength_);
     }
@@ -82,17 +79,8 @@ public:
     ScopedRequest& operator=(const ScopedRequest&) = delete;
 
 private:
-    void restoreInput() const {
-        if (savedInput_ == -1) {
-            ::close(STDIN_FILENO);
-        } else {
-            ::dup2(savedInput_, STDIN_FILENO);
-            ::close(savedInput_);
-        }
-    }
-
     std::optional<std::string> savedLength_;
-    int savedInput_;
+    Descriptor savedInput_;
 };
 
 }  // namespace

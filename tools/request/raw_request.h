@@ -24,8 +24,8 @@ enum class InputOutcome {
 };
 
 /// Runs a reader of the program with the request's body as its standard input and the request's
-/// length in its environment, and puts both back. Raises std::system_error when the system denies a
-/// file for the body.
+/// length in its environment, and puts both back; there must be a standard input. Raises
+/// std::system_error when the system denies a file for the body.
 InputOutcome readAsProgram(const RawRequest& request, const std::function<bool()>& reader);
 
 /// The end of the process after `tooLong` and `noMemory`; `kind` is "form" or "json".

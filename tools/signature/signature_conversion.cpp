@@ -89,29 +89,20 @@ SignatureReading readHexadecimal(std::string_view text) {
 }  // namespace
 
 SignatureReading readSignatureAs(SignatureForm form, std::string_view bytes) {
-    switch (form) {
-        case SignatureForm::der:
-            return readDerSignature(ByteString(bytes.begin(), bytes.end()));
-        case SignatureForm::hexadecimal:
-            return readHexadecimal(bytes);
-        case SignatureForm::text:
-            break;
+    if (form == SignatureForm::der) {
+        return readDerSignature(ByteString(bytes.begin(), bytes.end()));
     }
-    return readSignature(bytes);
+    return form == SignatureForm::hexadecimal ? readHexadecimal(bytes) : readSignature(bytes);
 }
 
 std::string writeSignatureAs(SignatureForm form, const SignatureReading& signature) {
-    switch (form) {
-        case SignatureForm::der: {
-            const ByteString bytes = writeDerSignature(signature.r, signature.s);
-            return {bytes.begin(), bytes.end()};
-        }
-        case SignatureForm::hexadecimal:
-            return "r=" + numberDigits(signature.r) + "\ns=" + numberDigits(signature.s);
-        case SignatureForm::text:
-            break;
+    if (form == SignatureForm::der) {
+        const ByteString bytes = writeDerSignature(signature.r, signature.s);
+        return {bytes.begin(), bytes.end()};
     }
-    return writeSignature(signature.r, signature.s);
+    return form == SignatureForm::hexadecimal
+               ? "r=" + numberDigits(signature.r) + "\ns=" + numberDigits(signature.s)
+               : writeSignature(signature.r, signature.s);
 }
 
 std::string numberDigits(const core::CoreInteger& number) {

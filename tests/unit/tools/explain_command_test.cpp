@@ -1,11 +1,14 @@
 #include "tools/commands/explain_command.h"
 
-#include <sys/resource.h>
+#include <stdlib.h>
+#include <unistd.h>
 
-#include <csignal>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "tests/support/failing_calls.h"
+#include "tests/support/limits.h"
 #include "tests/unit/tools/command_run.h"
 #include "tests/unit/tools/explanation_test.h"
 #include "tools/exit_status.h"
@@ -46,26 +49,6 @@ protected:
         options.signature = known.text;
         return options;
     }
-};
-
-/// While it lives, no file can be written beyond so many bytes.
-class ScopedFileLimit {
-public:
-    explicit ScopedFileLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const struct rlimit limit { .rlim_cur = bytes, .rlim_max = before_.rlim_max };
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~ScopedFileLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    ScopedFileLimit(const ScopedFileLimit&) = delete;
-    ScopedFileLimit& operator=(const ScopedFileLimit&) = delete;
-
-private:
-    void (*handler_)(int);
-    struct rlimit before_ {};
 };
 
 }  // namespace
@@ -172,8 +155,28 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
 
 TEST_F(ExplainCommand, FailsWithoutAFileForTheBody) {
     const ExplainOptions options = bodyOptions(std::string(2000, 'a'));
-    const ScopedFileLimit limit(1000);
-    EXPECT_EQ(failureOf(options), "projectctl: a file for the request's body: File too large\n");
+    {
+        const ScopedLimit limit(RLIMIT_FSIZE, 1000);
+        EXPECT_EQ(failureOf(options),
+                  "projectctl: a file for the request's body: File too large\n");
+    }
+    // Neither for the standard input that is set aside, nor for the body.
+    const int free = ::dup(STDIN_FILENO);
+    ::close(free);
+    for (const int descriptors : {free, free + 1}) {
+        RawRequest request{.contentType = std::nullopt, .contentLength = "1", .body = "a"};
+        const ScopedLimit limit(RLIMIT_NOFILE, static_cast<rlim_t>(descriptors));
+        EXPECT_THROW(explainRequest(request), std::system_error);
+    }
+}
+
+TEST_F(ExplainCommand, LeavesTheEnvironmentAsItWas) {
+    ::setenv("CONTENT_LENGTH", "17", 1);
+    EXPECT_EQ(jsonOf(bodyOptions("a=b")).at("rule"), "request.mode");
+    EXPECT_STREQ(std::getenv("CONTENT_LENGTH"), "17");
+    ::unsetenv("CONTENT_LENGTH");
+    EXPECT_EQ(jsonOf(bodyOptions("a=b")).at("rule"), "request.mode");
+    EXPECT_EQ(std::getenv("CONTENT_LENGTH"), nullptr);
 }
 
 TEST_F(ExplainCommand, NamesTheBodyThatThereIsNoMemoryFor) {

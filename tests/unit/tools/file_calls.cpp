@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -22,7 +24,7 @@ void raiseOf(const std::map<FileCall, int>& signals, FileCall name) {
 
 /// The result of `call`, if it is to be made.
 template <typename Function>
-int watched(FileCall name, const Function& call) {
+auto watched(FileCall name, const Function& call) -> decltype(call()) {
     if (current == nullptr) {
         return call();
     }
@@ -32,8 +34,11 @@ int watched(FileCall name, const Function& call) {
         errno = error->second;
         return -1;
     }
-    const int result = call();
-    current->made.push_back(name);
+    const auto result = call();
+    constexpr std::array readers = {FileCall::lookUpProc, FileCall::read, FileCall::openFolder};
+    if (std::find(readers.begin(), readers.end(), name) == readers.end()) {
+        current->made.push_back(name);
+    }
     raiseOf(current->signalsAfter, name);
     return result;
 }
@@ -51,6 +56,11 @@ ScopedFileCalls::~ScopedFileCalls() {
 // The linker's names for the library's functions and for what replaces them.
 int systemOpen(const char* path, int flags, mode_t mode) asm("__real_open");
 int replacedOpen(const char* path, int flags, ...) asm("__wrap_open");
+int systemAccess(const char* path, int mode) asm("__real_access");
+int replacedAccess(const char* path, int mode) asm("__wrap_access");
+ssize_t systemRead(int descriptor, void* data, std::size_t size, off_t offset) asm("__real_pread");
+ssize_t replacedRead(int descriptor, void* data, std::size_t size,
+                     off_t offset) asm("__wrap_pread");
 int systemFlush(int descriptor) asm("__real_fsync");
 int replacedFlush(int descriptor) asm("__wrap_fsync");
 int systemLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
@@ -73,8 +83,22 @@ int replacedOpen(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp)
         mode = va_arg(arguments, mode_t);
         va_end(arguments);
     }
+    if (current != nullptr) {
+        ++current->opened;
+    }
     const auto call = [=] { return systemOpen(path, flags, mode); };
-    return (flags & O_TMPFILE) == O_TMPFILE ? watched(FileCall::openUnnamed, call) : call();
+    if ((flags & O_TMPFILE) == O_TMPFILE) {
+        return watched(FileCall::openUnnamed, call);
+    }
+    return (flags & O_DIRECTORY) != 0 ? watched(FileCall::openFolder, call) : call();
+}
+
+ssize_t replacedRead(int descriptor, void* data, std::size_t size, off_t offset) {
+    return watched(FileCall::read, [=] { return systemRead(descriptor, data, size, offset); });
+}
+
+int replacedAccess(const char* path, int mode) {
+    return watched(FileCall::lookUpProc, [=] { return systemAccess(path, mode); });
 }
 
 int replacedFlush(int descriptor) {

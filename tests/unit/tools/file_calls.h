@@ -1,13 +1,17 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <string>
 #include <vector>
 
 /// Calls by which a file is written whole, in their usual order.
 enum class FileCall {
+    lookUpProc,   ///< access
+    read,         ///< pread
     openUnnamed,  ///< open with O_TMPFILE
     flush,        ///< fsync of a file
+    openFolder,   ///< open with O_DIRECTORY
     flushFolder,  ///< fsync of a folder
     linkUnnamed,  ///< linkat
     rename,       ///< renameat2
@@ -25,6 +29,7 @@ struct ScopedFileCalls {
     std::map<FileCall, int> errors;         ///< the call does nothing and gives this error
     std::map<FileCall, int> signalsBefore;  ///< raised before the call
     std::map<FileCall, int> signalsAfter;   ///< raised when the call has been made
-    std::vector<FileCall> made;             ///< without those that were made to fail
+    std::atomic<unsigned> opened = 0;       ///< calls of open so far
+    std::vector<FileCall> made;             ///< of those that change what is on the disk
     std::string flushedFolder;              ///< path of the folder flushed last
 };

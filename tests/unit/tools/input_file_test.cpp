@@ -13,6 +13,8 @@
 #include <thread>
 
 #include "engine/mapped_file.h"
+#include "tests/support/limits.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
@@ -50,6 +52,24 @@ public:
 
 private:
     std::string before_;
+};
+
+/// While it lives, standard input is this descriptor, which is closed.
+class ScopedDescriptor {
+public:
+    explicit ScopedDescriptor(int descriptor) : saved_(::dup(STDIN_FILENO)) {
+        ::dup2(descriptor, STDIN_FILENO);
+        ::close(descriptor);
+    }
+    ~ScopedDescriptor() {
+        ::dup2(saved_, STDIN_FILENO);
+        ::close(saved_);
+    }
+    ScopedDescriptor(const ScopedDescriptor&) = delete;
+    ScopedDescriptor& operator=(const ScopedDescriptor&) = delete;
+
+private:
+    int saved_;
 };
 
 /// While it lives, standard input is the reading end of a pipe that gets these bytes in pieces.
@@ -140,15 +160,46 @@ TEST_F(OpenInputFile, NamesTheFolderThatTakesNoCopy) {
               missing + ": no copy of standard input: No such file or directory");
 }
 
+TEST_F(OpenInputFile, CopiesToTheUsualFolderWhereNoneIsNamed) {
+    const ScopedTemporaryFolder unnamed("");
+    const ScopedPipe pipe({1});
+    InputFile file;
+    ASSERT_EQ(openInputFile("-", file), std::nullopt);
+    EXPECT_TRUE(std::filesystem::read_symlink(file.path).string().starts_with("/var/tmp/"));
+}
+
+TEST_F(OpenInputFile, NamesTheFolderThatHasNoRoomForTheCopy) {
+    const ScopedPipe pipe(Bytes(1000));
+    const ScopedLimit limit(RLIMIT_FSIZE, 999);
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file),
+              folder.path() + ": no copy of standard input: File too large");
+}
+
+TEST_F(OpenInputFile, CopiesAFileThatItCannotOpenOnceMore) {
+    const std::string path = folder.write("file", {1, 2});
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::filesystem::permissions(path, std::filesystem::perms::none);
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+    const ScopedDescriptor input(descriptor);
+    const ScopedOrdinaryUser user;
+    InputFile file;
+    ASSERT_EQ(openInputFile("-", file), std::nullopt);
+    EXPECT_NE(file.descriptor, -1);
+    EXPECT_EQ(mappedBytes(file), (Bytes{1, 2}));
+}
+
+TEST_F(OpenInputFile, ReportsAFileThatIsOpenForWritingAlone) {
+    const std::string path = folder.write("file", {1, 2});
+    const ScopedDescriptor input(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file), "standard input: Bad file descriptor");
+}
+
 TEST_F(OpenInputFile, ReportsAStandardInputThatCannotBeRead) {
-    const int saved = ::dup(STDIN_FILENO);
-    const int directory = ::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC);
-    ::dup2(directory, STDIN_FILENO);
-    ::close(directory);
+    const ScopedDescriptor input(::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC));
     InputFile file;
     EXPECT_EQ(openInputFile("-", file), "standard input: Is a directory");
-    ::dup2(saved, STDIN_FILENO);
-    ::close(saved);
 }
 
 class InputFileRefusal : public testing::Test {
@@ -192,6 +243,7 @@ TEST_F(InputFileRefusal, TellsTheSizesThatCannotBeSigned) {
 
 TEST_F(InputFileRefusal, IsAccompaniedByARemarkOnAFileOfWhichAPartCounts) {
     EXPECT_EQ(inputFileRemark(folder.write("file", {1})), std::nullopt);
+    EXPECT_EQ(inputFileRemark(folder.file("missing")), std::nullopt);
     EXPECT_EQ(inputFileRemark(sparse(4294967295)), std::nullopt);
     EXPECT_EQ(inputFileRemark(sparse(4294967301)), "only the first 5 bytes of 4294967301 count");
     EXPECT_EQ(inputFileRemark(sparse(4294967297)), "only the first 1 byte of 4294967297 count");

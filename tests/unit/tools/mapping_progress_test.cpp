@@ -6,10 +6,14 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <thread>
 
 #include "tests/support/failing_calls.h"
+#include "tests/unit/tools/file_calls.h"
 
 namespace {
 
@@ -32,18 +36,19 @@ public:
     ScopedTerminal(const ScopedTerminal&) = delete;
     ScopedTerminal& operator=(const ScopedTerminal&) = delete;
 
-    /// Waits until this text has been written to the terminal.
-    void waitFor(std::string_view text) const {
+    /// Waits until this text has been written to the terminal; gives all that was.
+    std::string waitFor(std::string_view text) const {
         std::array<char, 4096> shown{};
         std::size_t length = 0;
         while (std::string_view(shown.data(), length).find(text) == std::string_view::npos) {
             const ssize_t count = ::read(ours_, shown.data() + length, shown.size() - length);
             if (count <= 0) {
                 ADD_FAILURE() << "the terminal ends after " << length << " bytes";
-                return;
+                break;
             }
             length += static_cast<std::size_t>(count);
         }
+        return {shown.data(), length};
     }
 
 private:
@@ -58,6 +63,32 @@ TEST(MappingProgress, DrawsABarAndTakesItAway) {
         terminal.waitFor("\r[                                        ] 0 %");
     }
     terminal.waitFor("\r\033[K");
+}
+
+TEST(MappingProgress, DrawsABarOnceForEachPercent) {
+    const ScopedTerminal terminal;
+    ScopedFileCalls calls;
+    {
+        const MappingProgress progress(MappingProgress::quietSize + 1);
+        while (calls.opened < 4) {
+            std::this_thread::yield();
+        }
+    }
+    EXPECT_EQ(terminal.waitFor("\r\033[K"),
+              "\r[                                        ] 0 %\r\033[K");
+}
+
+TEST(MappingProgress, DrawsNothingWithoutATerminal) {
+    testing::internal::CaptureStderr();
+    { const MappingProgress progress(MappingProgress::quietSize + 1); }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(MappingProgress, DrawsNothingForASmallFile) {
+    const ScopedTerminal terminal;
+    { const MappingProgress progress(MappingProgress::quietSize); }
+    std::fputs("end", stderr);
+    EXPECT_EQ(terminal.waitFor("end"), "end");
 }
 
 TEST(MappingProgress, DrawsNothingWhereNoThreadCanBeHad) {

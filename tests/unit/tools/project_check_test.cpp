@@ -114,6 +114,12 @@ TEST_F(CheckProject, FindsARepeatedAttribute) {
               Strings{"repeated-attribute: attribute 72 (x of the base point) stands 2 times in "
                       "the directory; only "
                       "the first counts"});
+    for (ImageEntry& entry : image.directory) {
+        entry.id += 200;
+    }
+    EXPECT_EQ(textsOf(checkOf(image.bytes())).front(),
+              "repeated-attribute: attribute 272 stands 2 times in the directory; only the first "
+              "counts");
 }
 
 TEST_F(CheckProject, FindsWhatIsOpenToOthers) {
@@ -282,6 +288,13 @@ TEST_F(CheckProject, FindsScalarsOutOfRange) {
                     .isSound());
     EXPECT_TRUE(
         checkOf(projectBytes(keyAttributes(keyWithScalar("1", key.baseX, key.baseY)))).isSound());
+}
+
+TEST_F(CheckProject, FindsAScalarThatIsShorterThanItsHeader) {
+    for (const Bytes& value : {Bytes{0}, {0, 0, 0}, {5, 0, 0}}) {
+        EXPECT_EQ(textsWith(74, value),
+                  Strings{"no-scalar: attribute 74 (private scalar) is zero"});
+    }
 }
 
 TEST_F(CheckProject, FindsAScalarThatIsMarkedNegative) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -17,6 +18,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/file_calls.h"
 #include "tests/unit/tools/refusal_text.h"
 
 namespace {
@@ -89,6 +91,24 @@ TEST_F(ReadProject, TellsWhatCouldNotBeRead) {
     const ProjectReading fifo = readProject(pipe);
     EXPECT_EQ(fifo.refusal, "is no regular file");
     EXPECT_TRUE(fifo.unreadable);
+}
+
+TEST_F(ReadProject, TellsOfAFileThatCanBeReadAtTheSecondAttemptAlone) {
+    const std::string path = folder.write("project", projectBytes(attributes));
+    ScopedFailingCalls calls;
+    calls.failingStreamCall = 1;
+    const ProjectReading reading = readProject(path);
+    EXPECT_EQ(reading.refusal, (Refusal{"project.unreadable", "cannot be read"}));
+    EXPECT_TRUE(reading.unreadable);
+}
+
+TEST_F(ReadProject, TellsOfAFileThatCannotBeRead) {
+    const std::string path = folder.write("project", {1, 2, 3});
+    ScopedFileCalls calls;
+    calls.errors[FileCall::read] = EIO;
+    const ProjectReading reading = readProject(path);
+    EXPECT_EQ(reading.refusal, (Refusal{"project.unreadable", "cannot be read"}));
+    EXPECT_TRUE(reading.unreadable);
 }
 
 TEST_F(ReadProject, TellsOfADevice) {

@@ -1,11 +1,9 @@
 #include "tools/project/project_writer.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <array>
-#include <csignal>
 #include <filesystem>
 #include <new>
 #include <optional>
@@ -16,6 +14,7 @@
 #include "engine/signature_engine.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/limits.h"
 #include "tests/support/open_files.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
@@ -23,26 +22,6 @@
 #include "tools/project/new_project.h"
 
 namespace {
-
-/// While it lives, files cannot grow beyond a size.
-class ScopedFileSizeLimit {
-public:
-    explicit ScopedFileSizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limited{.rlim_cur = size, .rlim_max = before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~ScopedFileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    ScopedFileSizeLimit(const ScopedFileSizeLimit&) = delete;
-    ScopedFileSizeLimit& operator=(const ScopedFileSizeLimit&) = delete;
-
-private:
-    void (*handler_)(int);
-    rlimit before_{};
-};
 
 class WriteProjectFile : public testing::Test {
 protected:
@@ -150,12 +129,17 @@ TEST_F(WriteProjectFile, LeavesNothingWhenTheFileCannotBeWrittenWhole) {
     for (const rlim_t size : {0U, 10U, 200U}) {
         std::optional<std::string> message;
         {
-            const ScopedFileSizeLimit limit(size);
+            const ScopedLimit limit(RLIMIT_FSIZE, size);
             message = writeProjectFile(project, path);
         }
         expectMessage(message, path + ": File too large");
         EXPECT_TRUE(folder.names().empty()) << "limit " << size;
     }
+    // More than the stream's buffer holds.
+    ProjectFile large;
+    large.insertAttribute(1, Bytes(100'000));
+    const ScopedLimit limit(RLIMIT_FSIZE, 1000);
+    expectMessage(writeProjectFile(large, path), path + ": File too large");
 }
 
 /// A project whose values share the bytes of a file of 1 MiB. A new file would have `size` bytes.

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/random_operands.h"
@@ -264,6 +265,24 @@ TEST_F(ReadingAndVerifying, AgreeWhateverStandsForAnA) {
         valid += verdict ? 1 : 0;
     }
     EXPECT_EQ(valid, 255 - 63 - 1) << "all but 63 others of the alphabet and the \"=\"";
+}
+
+TEST(SignatureRemarks, TellOfEachCharacterOutsideTheAlphabet) {
+    const std::string alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
+    for (int character = 1; character < 256; ++character) {
+        const std::string strange(2, static_cast<char>(character));
+        const bool isKnown = alphabet.find(strange[0]) != std::string::npos;
+        EXPECT_EQ(signatureRemarks("AA" + strange),
+                  isKnown
+                      ? std::vector<std::string>{}
+                      : std::vector<
+                            std::string>{"2 characters of the signature outside its alphabet: each "
+                                         "counts as \"A\""})
+            << character;
+    }
+    EXPECT_EQ(signatureRemarks("AA!"), std::vector<std::string>{})
+        << "of this length nothing is decoded";
 }
 
 /// A key under which (r, s) is a signature of `someData` made with a point whose x is r + n.

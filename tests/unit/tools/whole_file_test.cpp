@@ -14,6 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/failing_calls.h"
+#include "tests/support/limits.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/file_calls.h"
 
@@ -48,35 +51,19 @@ int statusOfChild(const std::function<void()>& action) {
     return status;
 }
 
-/// While it lives, the process may do no more than anybody.
-class ScopedOrdinaryUser {
-public:
-    ScopedOrdinaryUser() {
-        constexpr uid_t nobody = 65534;
-        if (before_ == 0) {
-            changed_ = ::seteuid(nobody) == 0;
-        }
-    }
-    ~ScopedOrdinaryUser() {
-        if (changed_ && ::seteuid(before_) != 0) {
-            std::abort();
-        }
-    }
-    ScopedOrdinaryUser(const ScopedOrdinaryUser&) = delete;
-    ScopedOrdinaryUser& operator=(const ScopedOrdinaryUser&) = delete;
-
-private:
-    uid_t before_ = ::geteuid();
-    bool changed_ = false;
+/// Where it can be had a file without a name; elsewhere with one, as the error of this call tells.
+struct Ground {
+    const char* name;
+    std::optional<FileCall> call = std::nullopt;
+    int error = 0;
 };
 
-/// With true, on a file system where every file has a name.
-class WholeFile : public testing::TestWithParam<bool> {
+class WholeFile : public testing::TestWithParam<Ground> {
 protected:
     WholeFile() {
         sigprocmask(SIG_BLOCK, nullptr, &maskBefore_);
-        if (GetParam()) {
-            calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
+        if (isNamed()) {
+            calls.errors[*GetParam().call] = GetParam().error;
         }
     }
     ~WholeFile() override { sigprocmask(SIG_SETMASK, &maskBefore_, nullptr); }
@@ -86,7 +73,9 @@ protected:
     }
 
     /// The call that gives the file its name.
-    static FileCall publishing() { return GetParam() ? FileCall::rename : FileCall::linkUnnamed; }
+    static FileCall publishing() { return isNamed() ? FileCall::rename : FileCall::linkUnnamed; }
+
+    static bool isNamed() { return GetParam().call.has_value(); }
 
     TemporaryFolder folder;
     const std::string path = folder.file("new");
@@ -147,6 +136,25 @@ TEST_P(WholeFile, LeavesNothingOnAFullDisk) {
     EXPECT_EQ(folder.names(), Names{});
 }
 
+TEST_P(WholeFile, LeavesNothingWhenTheLastBytesDoNotFit) {
+    const ScopedLimit limit(RLIMIT_FSIZE, content.size() - 1);
+    EXPECT_EQ(write(), path + ": File too large");
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, LeavesNothingWithoutAStream) {
+    ScopedFailingCalls streams;
+    streams.failingStreamCall = 1;
+    write();
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_P(WholeFile, NeedsNoFolderThatCanBeFlushed) {
+    calls.errors[FileCall::openFolder] = EACCES;
+    EXPECT_EQ(write(), std::nullopt);
+    EXPECT_EQ(fileBytes(path), content);
+}
+
 TEST_P(WholeFile, LeavesNothingWhenItCannotBeNamed) {
     calls.errors[publishing()] = EIO;
     EXPECT_EQ(write(), path + ": Input/output error");
@@ -175,7 +183,7 @@ TEST_P(WholeFile, IsCompleteOnceItHasItsName) {
 TEST_P(WholeFile, IsOnTheDiskBeforeItHasItsNameAndItsFolderAfterwards) {
     EXPECT_EQ(write(), std::nullopt);
     std::vector<FileCall> expected = {FileCall::flush, publishing(), FileCall::flushFolder};
-    if (!GetParam()) {
+    if (!isNamed()) {
         expected.insert(expected.begin(), FileCall::openUnnamed);
     }
     EXPECT_EQ(calls.made, expected);
@@ -226,6 +234,18 @@ TEST_P(WholeFile, IsMadeWhenWhatArrivesIsIgnored) {
     }
 }
 
+TEST_P(WholeFile, IsNotMadeWhenWhatArrivesIsHandled) {
+    const auto before = std::signal(SIGTERM, [](int) {});
+    EXPECT_EQ(writeWholeFile(path, FileAudience::owner,
+                             [](std::FILE* stream) {
+                                 std::raise(SIGTERM);
+                                 return writeContent(stream);
+                             }),
+              path + ": Interrupted system call");
+    std::signal(SIGTERM, before);
+    EXPECT_EQ(folder.names(), Names{});
+}
+
 TEST_P(WholeFile, LeavesTerminationsAsTheyWereWhenItFails) {
     folder.write("new", {1});
     const int status = statusOfChild([this] {
@@ -235,7 +255,14 @@ TEST_P(WholeFile, LeavesTerminationsAsTheyWereWhenItFails) {
     EXPECT_TRUE(WIFSIGNALED(status));
 }
 
-INSTANTIATE_TEST_SUITE_P(Named, WholeFile, testing::Bool(), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(
+    On, WholeFile,
+    testing::Values(Ground{.name = "AnyFileSystem"},
+                    Ground{"OneWithNames", FileCall::openUnnamed, EOPNOTSUPP},
+                    Ground{"AnOldKernel", FileCall::openUnnamed, EISDIR},
+                    Ground{"AnOlderFileSystem", FileCall::openUnnamed, EINVAL},
+                    Ground{"AMachineWithoutProc", FileCall::lookUpProc, ENOENT}),
+    [](const testing::TestParamInfo<Ground>& ground) { return std::string(ground.param.name); });
 
 using KilledWholeFile = testing::TestWithParam<FileCall>;
 
