@@ -95,14 +95,28 @@ void curveSignDigest(const CurveDomain& domain, const CoreInteger& privateScalar
     integerClear(pair.s);
 }
 
+PairFault zeroFault(const CoreInteger& r, const CoreInteger& s) {
+    if (allLimbsZero(r)) {
+        return PairFault::rZero;
+    }
+    return allLimbsZero(s) ? PairFault::sZero : PairFault::none;
+}
+
+PairFault rangeFault(const CoreInteger& r, const CoreInteger& s, const CoreInteger& order) {
+    if (integerCompare(r, order) != -1) {
+        return PairFault::rRange;
+    }
+    return integerCompare(s, order) != -1 ? PairFault::sRange : PairFault::none;
+}
+
 std::uint8_t curveVerifyDigest(const CurveDomain& domain, const CurvePoint& publicPoint,
                                const std::uint8_t* digest, const SignaturePair& pair) {
-    if (allLimbsZero(pair.r) || allLimbsZero(pair.s)) {
+    if (zeroFault(pair.r, pair.s) != PairFault::none) {
         return 0;
     }
     const std::uint64_t bits = 16 * domain.degree;
     const OrderScope order(domain);
-    if (integerCompare(pair.r, *order) != -1 || integerCompare(pair.s, *order) != -1) {
+    if (rangeFault(pair.r, pair.s, *order) != PairFault::none) {
         return 0;
     }
     const IntegerTemporary e(integerAlloc(bits));

@@ -25,11 +25,27 @@ inline constexpr int signatureAttemptLimit = 32;
 void curveSign(const CurveDomain& domain, const CoreInteger& privateScalar,
                const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair);
 
+/// The rule that keeps r and s, whatever is signed and by whom, from being a signature: the first
+/// one, in this order.
+enum class PairFault : std::uint8_t {
+    none,
+    rZero,
+    sZero,
+    rRange,  ///< not below n
+    sRange
+};
+
+/// The faults of zeros, which need no arithmetic; r and s need not be normal.
+PairFault zeroFault(const CoreInteger& r, const CoreInteger& s);
+
+/// The faults behind those, with n as a normal integer. Zero limbs at the top of r or s count.
+PairFault rangeFault(const CoreInteger& r, const CoreInteger& s, const CoreInteger& order);
+
 /// Whether r and s are a signature of `length` bytes under the public point; 1 or 0.
 ///
-/// r or s of zero, or not below n, gives 0. The limb counts of r and of the recomputed value must
-/// agree too, and the latter keeps its zero top limbs: with a normal r, a signature whose point has
-/// an x below 2^128 gives 0, which meets one signature in 2^35.
+/// A pair with a fault gives 0. The limb counts of r and of the recomputed value must agree too,
+/// and the latter keeps its zero top limbs: with a normal r, a signature whose point has an x below
+/// 2^128 gives 0, which meets one signature in 2^35.
 std::uint8_t curveVerify(const CurveDomain& domain, const CurvePoint& publicPoint,
                          const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair);
 

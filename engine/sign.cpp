@@ -1,13 +1,12 @@
 #include "engine/sign.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <span>
 
-#include "core/entry.h"
 #include "curve/entry.h"
 #include "engine/mapped_file.h"
 #include "engine/signature_engine.h"
+#include "engine/signature_text.h"
 #include "engine/working_domain.h"
 #include "project/project_key_record.h"
 
@@ -72,14 +71,5 @@ void renderSignature(const std::uint8_t* data, std::uint32_t length,
     core::CoreInteger r{.capacity = signatureLimbs};
     core::CoreInteger s{.capacity = signatureLimbs};
     coreEntry::curveSign(workingDomain(point), scalar, data, length, {.r = r, .s = s});
-    const std::uint64_t half =
-        std::max(coreEntry::integerByteLength(r), coreEntry::integerByteLength(s));
-    if (half == 0) {
-        return;
-    }
-    // The zero bytes behind the halves settle the high bits of the last character.
-    std::array<std::uint8_t, 64> raw{};
-    std::memcpy(raw.data(), coreEntry::integerLimbs(r), half);
-    std::memcpy(raw.data() + half, coreEntry::integerLimbs(s), half);
-    coreEntry::coreBase64Encode(raw.data(), 2 * half, signature);
+    writeSignatureText(r, s, signature);
 }

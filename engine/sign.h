@@ -12,11 +12,8 @@
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                     char* signature);
 
-/// Signs with these key values and writes the text.
-///
-/// With L the larger of the byte lengths of r and s, the L bytes of r and then those of s, each
-/// least significant first, become the core's radix-64 text, without a terminator. A pair of zeros,
-/// which is no signature, writes nothing.
+/// Signs with these key values and writes the text as `writeSignatureText` does. Where the base
+/// point yields no signature, it writes nothing.
 void renderSignature(const std::uint8_t* data, std::uint32_t length,
                      const core::CoreInteger& scalar, const core::CurvePoint& point,
                      char* signature);

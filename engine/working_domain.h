@@ -8,9 +8,6 @@
 /// Bytes of `words` in use in the coordinates of one call.
 inline constexpr std::uint64_t workingElementCapacity = 112;
 
-/// Limbs of each half of a signature.
-inline constexpr std::uint32_t signatureLimbs = 3;
-
 /// The domain of one call: the curve sect163r2 with the project's base point in the place of the
 /// published one. It refers to `basePoint`.
 core::CurveDomain workingDomain(const core::CurvePoint& basePoint);

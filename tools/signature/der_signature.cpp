@@ -5,15 +5,14 @@
 #include <string>
 
 #include "core/integer.h"
+#include "engine/signature_text.h"
 #include "tools/counted_text.h"
 #include "tools/signature/der.h"
 
 namespace {
 
-constexpr std::uint32_t halfLimbs = 3;
-
 /// Bytes of a number in the limbs of a half, which have room for more than the order.
-constexpr std::size_t longestNumber = std::size_t{8} * halfLimbs;
+constexpr std::size_t longestNumber = std::size_t{8} * signatureLimbs;
 
 constexpr std::uint8_t longForm = 0x80;
 constexpr std::uint8_t signBit = 0x80;
@@ -77,7 +76,8 @@ public:
         } else if (content.size() > longestNumber) {
             refuse(name + " is not below the order");
         }
-        return refusal_.has_value() ? core::CoreInteger{} : integerFromBytes(content, halfLimbs);
+        return refusal_.has_value() ? core::CoreInteger{}
+                                    : integerFromBytes(content, signatureLimbs);
     }
 
     void expectEnd(const std::string& name) {

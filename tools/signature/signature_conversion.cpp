@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/signature_text.h"
 #include "tools/counted_text.h"
 #include "tools/hexadecimal_digit.h"
 #include "tools/signature/byte_string.h"
@@ -16,10 +17,9 @@
 namespace {
 
 /// Bytes that the order, and so each number, is written in.
-constexpr std::size_t numberSize = 21;
+constexpr std::size_t numberSize = longestSignature / 2;
 
-constexpr std::uint32_t halfLimbs = 3;
-constexpr std::size_t longestDigits = std::size_t{16} * halfLimbs;
+constexpr std::size_t longestDigits = std::size_t{16} * signatureLimbs;
 
 constexpr std::string_view whiteSpace = " \t\n\v\f\r";
 
@@ -65,7 +65,7 @@ std::optional<Refusal> readNumber(std::string_view word, const std::string& name
         std::uint8_t& byte = bytes[bytes.size() - 1 - i / 2];
         byte = static_cast<std::uint8_t>(byte | value << 4 * (i % 2));
     }
-    number = integerFromBytes(bytes, halfLimbs);
+    number = integerFromBytes(bytes, signatureLimbs);
     return std::nullopt;
 }
 

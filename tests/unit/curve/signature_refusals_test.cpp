@@ -226,4 +226,27 @@ TEST_F(VerifyRefuses, AndSigningReturnsUnderBasePointsThatAreNotSound) {
     }
 }
 
+TEST(ZeroFault, NamesTheFirstZeroOfAnyLength) {
+    const core::CoreInteger one = BigNumber(1).toInteger(3);
+    for (std::uint32_t limbs = 0; limbs <= 3; ++limbs) {
+        const core::CoreInteger zero = zeroOfLength(limbs);
+        EXPECT_EQ(core::zeroFault(zero, one), core::PairFault::rZero) << limbs;
+        EXPECT_EQ(core::zeroFault(one, zero), core::PairFault::sZero) << limbs;
+        EXPECT_EQ(core::zeroFault(zero, zero), core::PairFault::rZero) << limbs;
+    }
+    EXPECT_EQ(core::zeroFault(one, one), core::PairFault::none);
+}
+
+TEST(RangeFault, NamesTheFirstNumberThatIsNotBelowTheOrder) {
+    const core::CoreInteger order = curveOrder().toInteger(3);
+    const core::CoreInteger below = (curveOrder() - BigNumber(1)).toInteger(3);
+    const core::CoreInteger above = (curveOrder() + BigNumber(1)).toInteger(3);
+    EXPECT_EQ(core::rangeFault(below, below, order), core::PairFault::none);
+    for (const core::CoreInteger& large : {order, above}) {
+        EXPECT_EQ(core::rangeFault(large, below, order), core::PairFault::rRange);
+        EXPECT_EQ(core::rangeFault(below, large, order), core::PairFault::sRange);
+        EXPECT_EQ(core::rangeFault(large, large, order), core::PairFault::rRange);
+    }
+}
+
 }  // namespace

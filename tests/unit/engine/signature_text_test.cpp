@@ -1,6 +1,8 @@
-#include "tests/support/signature_text.h"
+#include "engine/signature_text.h"
 
+#include "tests/support/big_number.h"
 #include "tests/support/random_operands.h"
+#include "tests/support/signature_text.h"
 #include "tests/unit/engine/engine_test.h"
 
 namespace {
@@ -157,6 +159,95 @@ TEST_F(SignatureText, IsRefusedWhenItStandsForZeros) {
     for (std::size_t half = 1; half <= 21; ++half) {
         EXPECT_FALSE(accepts(textFromBytes(Bytes(2 * half)))) << "halves of " << half;
     }
+}
+
+/// A text and what stands against it.
+struct JudgedText {
+    std::string text;
+    SignatureFault fault;
+    std::int64_t bytes;  ///< that it stands for
+};
+
+std::string repeated(char character, std::size_t count) {
+    return std::string(count, character);
+}
+
+TEST(ParseSignatureText, TellsTheFirstRuleThatATextBreaks) {
+    const std::vector<JudgedText> texts{
+        {"", SignatureFault::empty, 0},
+        {repeated('B', 128), SignatureFault::tooManyBytes, 96},
+        {repeated('B', 72) + repeated('=', 56), SignatureFault::none, 40},
+        {repeated('B', 72) + repeated('=', 57), SignatureFault::tooLong, 0},
+        {repeated('B', 72) + repeated('=', 60), SignatureFault::tooLong, 0},
+        {repeated('=', 132), SignatureFault::tooLong, 0},
+        {"B", SignatureFault::groups, 0},
+        {"BBB", SignatureFault::groups, 0},
+        {repeated('=', 5), SignatureFault::groups, 0},
+        {repeated('B', 127), SignatureFault::groups, 0},
+        {"====", SignatureFault::padding, -1},
+        {repeated('=', 128), SignatureFault::padding, -32},
+        {repeated('B', 57) + "===", SignatureFault::none, 42},
+        {repeated('B', 58) + "==", SignatureFault::tooManyBytes, 43},
+        {repeated('B', 60), SignatureFault::tooManyBytes, 45},
+        {"B===", SignatureFault::noBytes, 0},
+        {"=B==", SignatureFault::noBytes, 0},
+        {"BB==", SignatureFault::odd, 1},
+        {repeated('B', 55) + "=", SignatureFault::odd, 41},
+        {"BBB=", SignatureFault::none, 2},
+        {repeated('B', 56), SignatureFault::none, 42},
+        {repeated('\n', 56), SignatureFault::none, 42},
+    };
+    for (const auto& [text, fault, bytes] : texts) {
+        const ParsedSignature parsed = parseSignatureText(text);
+        EXPECT_EQ(parsed.fault, fault) << text;
+        EXPECT_EQ(parsed.bytes, bytes) << text;
+        EXPECT_TRUE(fault == SignatureFault::none ||
+                    (parsed.r.lengthAndSign == 0 && parsed.s.lengthAndSign == 0))
+            << text;
+    }
+}
+
+TEST(ParseSignatureText, GivesTheHalvesWithOneZeroLimbLessAtTheMost) {
+    for (std::size_t half = 1; half <= 21; ++half) {
+        for (std::size_t digits = 1; digits <= half; ++digits) {
+            const SignatureNumbers numbers{.r = randomNumber(digits), .s = randomNumber(half)};
+            const ParsedSignature parsed = parseSignatureText(signatureText(numbers, half));
+            const auto limbsOf = [](std::size_t bytes) {
+                return static_cast<std::uint32_t>((bytes + 7) / 8);
+            };
+            EXPECT_EQ(parsed.bytes, static_cast<std::int64_t>(2 * half));
+            EXPECT_EQ(parsed.r.lengthAndSign, std::max(limbsOf(digits), limbsOf(half) - 1));
+            EXPECT_EQ(BigNumber::fromInteger(parsed.r), BigNumber::fromHexadecimal(numbers.r));
+            EXPECT_EQ(BigNumber::fromInteger(parsed.s), BigNumber::fromHexadecimal(numbers.s));
+        }
+    }
+}
+
+TEST(WriteSignatureText, WritesTheShortestHalvesAndNothingBehindThem) {
+    for (const auto& [r, s] :
+         std::vector<std::pair<std::string, std::string>>{{"1", "0"},
+                                                          {"0", "1"},
+                                                          {randomNumber(21), "5"},
+                                                          {"FF", randomNumber(20)},
+                                                          {randomNumber(19), randomNumber(19)},
+                                                          {randomNumber(24), randomNumber(24)}}) {
+        const SignatureNumbers numbers{.r = r, .s = s};
+        SignatureBuffer buffer;
+        buffer.fill('~');
+        const std::size_t length = writeSignatureText(
+            BigNumber::fromHexadecimal(r).toInteger(signatureLimbs),
+            BigNumber::fromHexadecimal(s).toInteger(signatureLimbs), buffer.data());
+        EXPECT_EQ(std::string(buffer.data(), length), signatureText(numbers));
+        EXPECT_TRUE(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(length), buffer.end(),
+                                [](char c) { return c == '~'; }));
+    }
+}
+
+TEST(WriteSignatureText, WritesNothingForAPairOfZeros) {
+    const core::CoreInteger zero{.capacity = signatureLimbs};
+    char untouched = '~';
+    EXPECT_EQ(writeSignatureText(zero, zero, &untouched), 0U);
+    EXPECT_EQ(untouched, '~');
 }
 
 }  // namespace
