@@ -4,11 +4,21 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 
 #include "project/open_to_read.h"
 
 namespace {
+
+/// What the system knows of an open file; zeros for a descriptor that is none.
+struct stat statusOf(int descriptor) {
+    struct stat status;
+    if (::fstat(descriptor, &status) != 0) {
+        status = {};
+    }
+    return status;
+}
 
 /// A length widened with its sign: of a negative one, no mapping has room for the size.
 std::size_t mappingLength(std::uint32_t size) {
@@ -37,6 +47,39 @@ void endMapping(const std::uint8_t* address, std::size_t length) {
     ::munmap(const_cast<std::uint8_t*>(address), length);
 }
 
+/// What the rule on sizes has against a file of so many bytes.
+FileFault sizeFault(std::uint64_t size) {
+    const auto length = static_cast<std::int32_t>(size);
+    if (length < 0) {
+        return FileFault::tooLarge;
+    }
+    if (length == 0) {
+        return size == 0 ? FileFault::empty : FileFault::noBytes;
+    }
+    return FileFault::none;
+}
+
+/// Maps an open file of this size, unless there is a fault.
+FileFault mapBytes(MappedInput& input) {
+    if (const FileFault fault = sizeFault(input.size); fault != FileFault::none) {
+        return fault;
+    }
+    MappedFile& file = input.file;
+    const auto length = static_cast<std::uint32_t>(input.size);
+    const std::uint32_t mapped = mapAtItsSize(file);
+    if (mapped >= length) {
+        input.bytes = {file.address, length};
+        return FileFault::none;
+    }
+    // The mapping has the size of its moment: nothing behind it is taken for the file's.
+    if (mapped != 0) {
+        endMapping(file.address, mapped);
+        file.address = nullptr;
+        return FileFault::changed;
+    }
+    return file.size() < length ? FileFault::changed : FileFault::mapping;
+}
+
 }  // namespace
 
 MappedFile::~MappedFile() {
@@ -56,11 +99,7 @@ bool MappedFile::open(const char* path) {
 }
 
 std::uint32_t MappedFile::size() const {
-    struct stat status;
-    if (descriptor == -1 || ::fstat(descriptor, &status) != 0) {
-        return 0;
-    }
-    return static_cast<std::uint32_t>(status.st_size);
+    return static_cast<std::uint32_t>(statusOf(descriptor).st_size);
 }
 
 bool MappedFile::map() {
@@ -97,27 +136,20 @@ MappedInput::~MappedInput() {
 
 bool MappedInput::isWhole() const {
     // All 64 bits of the size, of which `size` knows the low half.
-    struct stat status;
-    return ::fstat(file.descriptor, &status) == 0 &&
-           static_cast<std::uint64_t>(status.st_size) >= bytes.size();
+    return static_cast<std::uint64_t>(statusOf(file.descriptor).st_size) >= bytes.size();
 }
 
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path) {
-    MappedFile& file = input.file;
-    if (!file.open(path)) {
+    if (!input.file.open(path)) {
+        input.openError = errno;
+        input.fault = FileFault::open;
         return {};
     }
-    const auto length = static_cast<std::int32_t>(file.size());
-    const std::uint32_t mapped = length < 1 ? 0 : mapAtItsSize(file);
-    if (mapped == 0) {
-        return {};
+    const struct stat status = statusOf(input.file.descriptor);
+    input.size = static_cast<std::uint64_t>(status.st_size);
+    input.fault = mapBytes(input);
+    if (input.fault != FileFault::none && !S_ISREG(status.st_mode)) {
+        input.fault = S_ISDIR(status.st_mode) ? FileFault::directory : FileFault::notRegular;
     }
-    // The mapping has the size of its moment: nothing behind it is taken for the file's.
-    if (mapped < static_cast<std::uint32_t>(length)) {
-        endMapping(file.address, mapped);
-        file.address = nullptr;
-        return {};
-    }
-    input.bytes = {file.address, static_cast<std::size_t>(length)};
     return input.bytes;
 }

@@ -38,10 +38,26 @@ struct MappedFile {
     bool close();
 };
 
+/// Why a file has no bytes to sign or verify.
+enum class FileFault : std::uint8_t {
+    none,
+    open,        ///< it cannot be opened
+    directory,   ///< told in place of the faults below, as `notRegular` is
+    notRegular,  ///< neither a regular file nor a directory
+    empty,
+    noBytes,   ///< not empty, but its size is a multiple of 2^32
+    tooLarge,  ///< its size, taken as 32 bits with a sign, is negative
+    mapping,   ///< the system does not map it
+    changed    ///< it has become shorter while it was mapped
+};
+
 /// A mapped file whose bytes are being signed or verified.
 struct MappedInput {
     MappedFile file;
-    std::span<const std::uint8_t> bytes;  ///< what counts of the file
+    std::span<const std::uint8_t> bytes;  ///< what counts of the file; empty if there is a fault
+    FileFault fault = FileFault::none;
+    int openError = 0;       ///< `errno` of the fault `open`
+    std::uint64_t size = 0;  ///< of the file in full, once it is open
 
     MappedInput() = default;
     MappedInput(const MappedInput&) = delete;
@@ -56,7 +72,6 @@ struct MappedInput {
     bool isWhole() const;
 };
 
-/// Opens and maps the file at `path` into a fresh `input`, and returns its bytes. Empty when the
-/// file cannot be opened or mapped, when its size, taken as 32 bits with a sign, is not positive,
-/// or when it changes meanwhile and less than that is mapped.
+/// Opens and maps the file at `path`, once, into a fresh `input`, and returns its bytes; none if
+/// there is a fault, which `input` tells.
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path);

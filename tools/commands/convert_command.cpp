@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <span>
 #include <string>
 
 #include "core/hash.h"
@@ -58,18 +57,13 @@ int convertSignature(const ConvertOptions& options) {
 }
 
 int writeDigest(const std::string& path, bool json) {
-    InputFile file;
-    if (const auto failure = prepareFile(path, file)) {
+    MappedInput input;
+    if (const auto failure = mapSignedFile(path, input)) {
         return reportFailure(*failure);
     }
-    MappedInput mapped;
-    const std::span<const std::uint8_t> bytes = mapInputFile(mapped, file.path.c_str());
-    if (bytes.empty()) {
-        return reportFailure(inputName(path) + ": has changed meanwhile");
-    }
     ByteString digest(core::ripemd160DigestSize);
-    core::ripemd160Digest(bytes.data(), bytes.size(), digest.data());
-    if (const auto failure = cutFailure(path, mapped)) {
+    core::ripemd160Digest(input.bytes.data(), input.bytes.size(), digest.data());
+    if (const auto failure = cutFailure(path, input)) {
         return reportFailure(*failure);
     }
     std::reverse(digest.begin(), digest.end());

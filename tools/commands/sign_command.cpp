@@ -27,11 +27,12 @@ int signCommand(const SignOptions& options) {
     std::array<char, signatureBufferSize> signature{};
     bool made = false;
     {
-        const MappingProgress progress(operation.bytes.size());
-        made = signWithRecord(operation.project, operation.bytes.data(),
-                              static_cast<std::uint32_t>(operation.bytes.size()), signature.data());
+        const MappingProgress progress(operation.input.bytes.size());
+        made = signWithRecord(operation.project, operation.input.bytes.data(),
+                              static_cast<std::uint32_t>(operation.input.bytes.size()),
+                              signature.data());
     }
-    if (const auto failure = cutFailure(options.file, operation.mapping)) {
+    if (const auto failure = cutFailure(options.file, operation.input)) {
         return reportFailure(*failure);
     }
     if (!made) {

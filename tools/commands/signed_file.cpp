@@ -3,25 +3,29 @@
 #include <utility>
 
 #include "tools/files/cut_file.h"
+#include "tools/files/input_file.h"
 #include "tools/project/project_reading.h"
 #include "tools/report.h"
 
-std::optional<std::string> prepareFile(const std::string& path, InputFile& file) {
+std::optional<std::string> mapSignedFile(const std::string& path, MappedInput& input) {
+    // A copy of standard input has no name: the mapping keeps it.
+    InputFile file;
     if (auto failure = openInputFile(path, file)) {
         return failure;
     }
-    if (const auto refusal = inputFileRefusal(file.path)) {
+    mapInputFile(input, file.path.c_str());
+    if (const auto refusal = inputFileRefusal(input)) {
         return inputName(path) + ": " + refusal->text;
     }
-    if (const auto remark = inputFileRemark(file.path)) {
+    if (const auto remark = inputFileRemark(input)) {
         reportRemark(inputName(path) + ": " + *remark);
     }
     nameReadFile(inputName(path));
     return std::nullopt;
 }
 
-std::optional<std::string> cutFailure(const std::string& path, const MappedInput& mapping) {
-    return mapping.isWhole() ? std::nullopt : std::optional(cutFileMessage(inputName(path)));
+std::optional<std::string> cutFailure(const std::string& path, const MappedInput& input) {
+    return input.isWhole() ? std::nullopt : std::optional(cutFileMessage(inputName(path)));
 }
 
 std::optional<std::string> prepareOperation(
@@ -35,13 +39,6 @@ std::optional<std::string> prepareOperation(
     if (const auto refusal = keyRefusal(reading.project)) {
         return projectPath + ": " + refusal->text;
     }
-    if (auto failure = prepareFile(filePath, operation.input)) {
-        return failure;
-    }
-    operation.bytes = mapInputFile(operation.mapping, operation.input.path.c_str());
-    if (operation.bytes.empty()) {
-        return inputName(filePath) + ": has changed meanwhile";
-    }
     operation.project = std::move(reading.project);
-    return std::nullopt;
+    return mapSignedFile(filePath, operation.input);
 }

@@ -19,12 +19,12 @@ int verifyCommand(const VerifyOptions& options) {
     }
     bool valid = false;
     {
-        const MappingProgress progress(operation.bytes.size());
-        valid = verifyWithRecord(operation.project, operation.bytes.data(),
-                                 static_cast<std::uint32_t>(operation.bytes.size()),
+        const MappingProgress progress(operation.input.bytes.size());
+        valid = verifyWithRecord(operation.project, operation.input.bytes.data(),
+                                 static_cast<std::uint32_t>(operation.input.bytes.size()),
                                  options.signature.c_str());
     }
-    if (const auto failure = cutFailure(options.file, operation.mapping)) {
+    if (const auto failure = cutFailure(options.file, operation.input)) {
         return reportFailure(*failure);
     }
     if (options.json) {

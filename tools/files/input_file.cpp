@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "engine/mapped_file.h"
 #include "tools/counted_text.h"
 #include "tools/files/write_all.h"
 
@@ -62,13 +61,6 @@ std::optional<std::string> copyStandardInput(int descriptor, const std::string& 
     }
 }
 
-/// The size of the file; 0 when it is not known.
-std::uint64_t fileSize(const std::string& path) {
-    struct stat status {};
-    ::stat(path.c_str(), &status);
-    return static_cast<std::uint64_t>(status.st_size);
-}
-
 }  // namespace
 
 InputFile::~InputFile() {
@@ -100,41 +92,49 @@ std::optional<std::string> openInputFile(const std::string& path, InputFile& fil
     return copyStandardInput(file.descriptor, folder);
 }
 
-std::optional<Refusal> inputFileRefusal(const std::string& path) {
-    MappedFile file;
-    if (!file.open(path.c_str())) {
-        return Refusal{"file.open", std::string("cannot be opened: ") + std::strerror(errno)};
+std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
+    const std::string size = "has " + counted(input.size, "byte");
+    switch (input.fault) {
+        case FileFault::none:
+            break;
+        case FileFault::open:
+            return Refusal{"file.open",
+                           std::string("cannot be opened: ") + std::strerror(input.openError)};
+        case FileFault::directory:
+            return Refusal{"file.directory", "is a directory"};
+        case FileFault::notRegular:
+            return Refusal{"file.no-regular", "is no regular file"};
+        case FileFault::empty:
+            return Refusal{"file.empty", "is empty"};
+        case FileFault::noBytes:
+            return Refusal{"file.no-bytes",
+                           size + ", a multiple of 4294967296: nothing of it counts"};
+        case FileFault::tooLarge:
+            return Refusal{"file.too-large", size + ": at most 2147483647 can be signed"};
+        case FileFault::mapping:
+            return Refusal{"file.mapping", "cannot be mapped into memory"};
+        case FileFault::changed:
+            return Refusal{"file.changed", "has changed meanwhile"};
     }
-    MappedInput mapped;
-    if (!mapInputFile(mapped, path.c_str()).empty()) {
+    return std::nullopt;
+}
+
+std::optional<std::string> inputFileRemark(const MappedInput& input) {
+    if (input.fault != FileFault::none || input.bytes.size() == input.size) {
         return std::nullopt;
     }
-    struct stat status {};
-    ::fstat(file.descriptor, &status);
-    if (!S_ISREG(status.st_mode)) {
-        return S_ISDIR(status.st_mode) ? Refusal{"file.directory", "is a directory"}
-                                       : Refusal{"file.no-regular", "is no regular file"};
-    }
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    if (size == 0) {
-        return Refusal{"file.empty", "is empty"};
-    }
-    if (file.size() == 0) {
-        return Refusal{"file.no-bytes", "has " + counted(size, "byte") +
-                                            ", a multiple of 4294967296: nothing of it counts"};
-    }
-    if (static_cast<std::int32_t>(file.size()) < 0) {
-        return Refusal{"file.too-large",
-                       "has " + counted(size, "byte") + ": at most 2147483647 can be signed"};
-    }
-    return Refusal{"file.mapping", "cannot be mapped into memory"};
+    return "only the first " + counted(input.bytes.size(), "byte") + " of " +
+           std::to_string(input.size) + " count";
+}
+
+std::optional<Refusal> inputFileRefusal(const std::string& path) {
+    MappedInput input;
+    mapInputFile(input, path.c_str());
+    return inputFileRefusal(input);
 }
 
 std::optional<std::string> inputFileRemark(const std::string& path) {
-    const std::uint64_t size = fileSize(path);
-    const auto used = static_cast<std::uint32_t>(size);
-    if (used == size) {
-        return std::nullopt;
-    }
-    return "only the first " + counted(used, "byte") + " of " + std::to_string(size) + " count";
+    MappedInput input;
+    mapInputFile(input, path.c_str());
+    return inputFileRemark(input);
 }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/mapped_file.h"
 #include "tools/refusal.h"
 
 /// A file to sign, as the engine takes it.
@@ -27,10 +28,14 @@ std::string inputName(const std::string& path);
 /// and can be opened once more is taken as it stands.
 std::optional<std::string> openInputFile(const std::string& path, InputFile& file);
 
-/// Why the file at `path` cannot be signed or verified, by the rules of `mapInputFile`, in words
-/// that follow the path and a colon; nothing when it can.
-std::optional<Refusal> inputFileRefusal(const std::string& path);
+/// Why `mapInputFile` gave no bytes, in words that follow the path and a colon; nothing when it
+/// did.
+std::optional<Refusal> inputFileRefusal(const MappedInput& input);
 
-/// Says how much of the file is left out, of which only the size modulo 2^32 counts; nothing when
-/// it is taken whole.
+/// Says how much of a mapped file is left out, of which only the size modulo 2^32 counts; nothing
+/// when it is taken whole.
+std::optional<std::string> inputFileRemark(const MappedInput& input);
+
+/// The same two of the file at `path`, which is mapped for them.
+std::optional<Refusal> inputFileRefusal(const std::string& path);
 std::optional<std::string> inputFileRemark(const std::string& path);

@@ -147,7 +147,30 @@ TEST_F(EngineFiles, AreRefusedWhenTheMappingHasLessThanTheirSize) {
         MappedInput input;
         EXPECT_TRUE(mapInputFile(input, path.c_str()).empty()) << size;
         EXPECT_EQ(input.file.address, nullptr) << size;
+        EXPECT_EQ(input.fault, FileFault::changed) << size;
     }
+}
+
+TEST_F(EngineFiles, AreToldAsChangedWhenTheyAreEmptiedWhileTheyAreMapped) {
+    ScopedFailingCalls calls;
+    calls.beforeStatus = [&](unsigned number) {
+        if (number == 2) {
+            EXPECT_EQ(::truncate(file.c_str(), 0), 0);
+        }
+    };
+    MappedInput input;
+    EXPECT_TRUE(mapInputFile(input, file.c_str()).empty());
+    EXPECT_EQ(input.fault, FileFault::changed);
+}
+
+TEST_F(EngineFiles, AreAskedForTheirSizeThreeTimes) {
+    ScopedFailingCalls calls;
+    calls.beforeStatus = [](unsigned /*number*/) {};
+    MappedInput input;
+    mapInputFile(input, file.c_str());
+    EXPECT_EQ(calls.statusCalls, 2U);
+    EXPECT_TRUE(input.isWhole());
+    EXPECT_EQ(calls.statusCalls, 3U);
 }
 
 TEST_F(EngineFiles, TakeNoMemoryInProportionToTheirSize) {

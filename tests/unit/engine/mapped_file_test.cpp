@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <span>
@@ -13,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/limits.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
 
@@ -269,12 +272,71 @@ TEST_F(MappedFileTest, GivesTheWholeFile) {
     EXPECT_EQ(bytes.data(), input.bytes.data());
 }
 
-TEST_F(MappedFileTest, GivesNothingOfWhatCannotBeMapped) {
-    for (const std::string& bad : {folder.file("missing"), empty, folder.path()}) {
+/// A path, what stands against what is there, and its size.
+struct JudgedFile {
+    std::string path;
+    FileFault fault;
+    std::uint64_t size;
+};
+
+TEST_F(MappedFileTest, GivesNothingOfWhatCannotBeMappedAndTellsWhy) {
+    const std::string fifo = folder.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    std::vector<JudgedFile> files{
+        {folder.file("missing"), FileFault::open, 0}, {path + "/x", FileFault::open, 0},
+        {"/proc/self", FileFault::directory, 0},      {fifo, FileFault::notRegular, 0},
+        {"/dev/null", FileFault::notRegular, 0},      {empty, FileFault::empty, 0},
+    };
+    for (const auto& [size, fault] :
+         {std::pair{std::uint64_t{1} << 31, FileFault::tooLarge},
+          {(std::uint64_t{1} << 32) - 1, FileFault::tooLarge},
+          {std::uint64_t{1} << 32, FileFault::noBytes},
+          {(std::uint64_t{7} << 32) + (std::uint64_t{1} << 31), FileFault::tooLarge},
+          {std::uint64_t{8} << 32, FileFault::noBytes}}) {
+        files.push_back({folder.write(std::to_string(size), {}), fault, size});
+        std::filesystem::resize_file(files.back().path, size);
+    }
+    for (const auto& [bad, fault, size] : files) {
         MappedInput input;
         EXPECT_TRUE(mapInputFile(input, bad.c_str()).empty()) << bad;
         EXPECT_EQ(input.file.address, nullptr) << bad;
+        EXPECT_EQ(input.fault, fault) << bad;
+        EXPECT_EQ(input.size, size) << bad;
     }
+    // With a size, which some file systems give and some do not.
+    MappedInput input;
+    EXPECT_TRUE(mapInputFile(input, folder.path().c_str()).empty());
+    EXPECT_EQ(input.fault, FileFault::directory);
+}
+
+TEST_F(MappedFileTest, TellsWhatTheSystemHasAgainstOpening) {
+    for (const auto& [bad, error] :
+         {std::pair{folder.file("missing"), ENOENT}, {path + "/x", ENOTDIR}}) {
+        MappedInput input;
+        mapInputFile(input, bad.c_str());
+        EXPECT_EQ(input.openError, error) << bad;
+    }
+}
+
+TEST_F(MappedFileTest, TellsOfAFileThatTheSystemDoesNotMap) {
+    std::filesystem::resize_file(path, (std::uint64_t{1} << 31) - 1);
+    MappedInput input;
+    {
+        const ScopedLimit limit(RLIMIT_AS, 1U << 30);
+        mapInputFile(input, path.c_str());
+    }
+    EXPECT_TRUE(input.bytes.empty());
+    EXPECT_EQ(input.fault, FileFault::mapping);
+}
+
+TEST_F(MappedFileTest, TellsTheWholeSizeOfAFileOfWhichAPartCounts) {
+    const std::uint64_t size = (std::uint64_t{3} << 32) + content.size();
+    std::filesystem::resize_file(path, size);
+    MappedInput input;
+    const std::span<const std::uint8_t> bytes = mapInputFile(input, path.c_str());
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), content);
+    EXPECT_EQ(input.fault, FileFault::none);
+    EXPECT_EQ(input.size, size);
 }
 
 TEST_F(MappedFileTest, EndsTheMappingOfAnInput) {
