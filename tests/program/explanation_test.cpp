@@ -5,7 +5,6 @@
 #include <map>
 #include <string>
 
-#include "core/entry.h"
 #include "tests/program/explained_requests.h"
 #include "tests/support/request_answer.h"
 
@@ -16,24 +15,17 @@ RequestAnswer answerOfProgram(const RawRequest& request) {
     return answerOf(runProgram(programCall(request)));
 }
 
-/// Explanations need the core, and so does the driver in this process.
-class ExplanationComparison : public testing::Test {
-protected:
-    ExplanationComparison() { coreEntry::coreStart(); }
-    ~ExplanationComparison() override { coreEntry::coreStop(); }
-};
-
 }  // namespace
 
-TEST_F(ExplanationComparison, FindsTheAnswersOfTheProgram) {
+TEST(ExplanationComparison, FindsTheAnswersOfTheProgram) {
     compareRequests(SIGN_REQUESTS_TO_PROGRAM, answerOfProgram);
 }
 
-TEST_F(ExplanationComparison, FindsTheAnswersOfTheDriverAndMeetsEveryRule) {
+TEST(ExplanationComparison, FindsTheAnswersOfTheDriverAndMeetsEveryRule) {
     const std::map<std::string, int> rules = compareRequests(6000, answerOfDriver);
     // The others: key.no-bits is too rare; form.length-memory, json.length-memory, json.memory,
-    // project.memory and file.mapping need memory to run out, project.unreadable a file that fails,
-    // and request.mode-unknown a record that no reader of the program makes.
+    // project.memory and file.mapping need memory to run out, project.unreadable and file.changed a
+    // file that fails, and request.mode-unknown a record that no reader of the program makes.
     for (const char* rule : {"base64.character",
                              "base64.length",
                              "base64.padding",

@@ -3,7 +3,6 @@
 #include <csignal>
 #include <iostream>
 
-#include "core/entry.h"
 #include "tests/program/explained_requests.h"
 #include "tests/program/sign_program.h"
 #include "tests/support/long_run.h"
@@ -79,11 +78,9 @@ TEST(ProgramAbort, IsTheEndWhenThereIsNoMemoryForTheBody) {
 // Fifty requests, in tests that may run side by side, and random ones.
 
 TEST(ProgramUnderValgrind, AnswersRandomRequests) {
-    coreEntry::coreStart();
     const int requests = roundsOf(10, 1000);
     compareRequests(requests, answerUnderValgrind);
     std::cout << requests << " random requests under valgrind" << std::endl;
-    coreEntry::coreStop();
 }
 
 TEST(ProgramUnderValgrind, SignsAndVerifiesData) {

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "core/entry.h"
 #include "tests/support/random_operands.h"
 
 namespace {
@@ -25,5 +26,8 @@ int main(int argumentCount, char** arguments) {
     testing::InitGoogleTest(&argumentCount, arguments);
     testing::Test::RecordProperty("seed", std::to_string(testSeed()));
     testing::UnitTest::GetInstance()->listeners().Append(new SeedReporter);
-    return RUN_ALL_TESTS();
+    coreEntry::coreStart();
+    const int status = RUN_ALL_TESTS();
+    coreEntry::coreStop();
+    return status;
 }

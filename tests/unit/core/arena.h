@@ -8,6 +8,7 @@
 #include "core/memory.h"
 #include "core/state.h"
 #include "tests/support/leak_check.h"
+#include "tests/support/stopped_core.h"
 
 /// A stretch of memory by its place in the arena.
 struct Stretch {
@@ -22,8 +23,8 @@ inline std::ostream& operator<<(std::ostream& stream, const Stretch& stretch) {
     return stream << stretch.size << " bytes at " << stretch.offset;
 }
 
-/// A started core of which the arena can be carved, as it never is outside of tests.
-class ArenaTest : public LeakCheckedTest {
+/// A core of its own of which the arena can be carved, as it never is outside of tests.
+class ArenaTest : StoppedCore, public LeakCheckedTest {
 protected:
     void SetUp() override { core::coreStart(); }
 

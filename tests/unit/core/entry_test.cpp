@@ -8,6 +8,7 @@
 #include "core/state.h"
 #include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
+#include "tests/support/stopped_core.h"
 #include "tests/unit/core/integer_operands.h"
 
 namespace {
@@ -18,6 +19,8 @@ using core::CoreInteger;
 using CoreEntry = LeakCheckedTest;
 
 TEST_F(CoreEntry, StartsAndStopsTheCore) {
+    const StoppedCore stopped;
+    core::squareSpreadTable = {};
     coreEntry::coreStart();
     EXPECT_NE(core::coreArena, nullptr);
     EXPECT_EQ(core::squareSpreadTable[3], 5);

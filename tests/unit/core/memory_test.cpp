@@ -7,6 +7,8 @@
 #include <functional>
 
 #include "core/host.h"
+#include "tests/support/leak_check.h"
+#include "tests/support/stopped_core.h"
 #include "tests/unit/core/arena.h"
 
 namespace {
@@ -16,7 +18,7 @@ using core::coreAllocZero;
 using core::coreFree;
 
 using CoreAlloc = ArenaTest;
-using CoreAllocWithoutCore = LeakCheckedTest;
+class CoreAllocWithoutCore : StoppedCore, public LeakCheckedTest {};
 
 bool isInArena(const void* block) {
     const std::less<> below;

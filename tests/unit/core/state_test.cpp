@@ -7,13 +7,14 @@
 
 #include "core/memory.h"
 #include "tests/support/leak_check.h"
+#include "tests/support/stopped_core.h"
 
 namespace {
 
 using core::coreStart;
 using core::coreStop;
 
-// Taken while the program's static data is set up, before any test starts the core.
+// Taken while the program's static data is set up, before anything starts the core.
 const auto spreadTableBeforeStart = core::squareSpreadTable;
 
 bool isEmpty(const core::BlockTable& table) {
@@ -21,9 +22,11 @@ bool isEmpty(const core::BlockTable& table) {
         table, [](const core::CoreBlock& b) { return b.address == nullptr && b.size == 0; });
 }
 
-using CoreStart = LeakCheckedTest;
-using CoreStop = LeakCheckedTest;
-using SquareSpreadTable = LeakCheckedTest;
+class StoppedCoreTest : StoppedCore, public LeakCheckedTest {};
+
+using CoreStart = StoppedCoreTest;
+using CoreStop = StoppedCoreTest;
+using SquareSpreadTable = StoppedCoreTest;
 
 TEST_F(CoreStart, ObtainsOneZeroedBlockForTheArena) {
     const std::uint64_t before = testHostAllocations();

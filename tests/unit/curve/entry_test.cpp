@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
-using CurveEntry = CurveTest;
+using CurveEntry = LeakCheckedTest;
 
 TEST_F(CurveEntry, LoadsAndCopiesElements) {
     const BigNumber value = randomPolynomial(163);

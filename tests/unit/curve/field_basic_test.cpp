@@ -9,22 +9,22 @@
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
 #include "tests/support/field_judge.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using FieldNew = CurveTest;
-using FieldCopy = CurveTest;
-using FieldClear = CurveTest;
-using FieldIsZero = CurveTest;
-using FieldIsOne = CurveTest;
-using FieldCompare = CurveTest;
-using FieldDegree = CurveTest;
-using FieldAdd = CurveTest;
-using FieldShift = CurveTest;
+using FieldNew = LeakCheckedTest;
+using FieldCopy = LeakCheckedTest;
+using FieldClear = LeakCheckedTest;
+using FieldIsZero = LeakCheckedTest;
+using FieldIsOne = LeakCheckedTest;
+using FieldCompare = LeakCheckedTest;
+using FieldDegree = LeakCheckedTest;
+using FieldAdd = LeakCheckedTest;
+using FieldShift = LeakCheckedTest;
 
 /// Degrees on both sides of word borders, up to the largest that elements have room for.
 constexpr std::array<std::uint64_t, 22> degrees = {1,   5,   31,  32,  33,  63,  64,  65,

@@ -10,18 +10,18 @@
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
 #include "tests/support/field_judge.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using FieldRandom = CurveTest;
-using FieldToInteger = CurveTest;
-using FieldFromInteger = CurveTest;
-using FieldLoad = CurveTest;
+using FieldRandom = LeakCheckedTest;
+using FieldToInteger = LeakCheckedTest;
+using FieldFromInteger = LeakCheckedTest;
+using FieldLoad = LeakCheckedTest;
 
 /// The 32-bit words of an element.
 std::uint32_t halfWord(const FieldElement& e, std::size_t index) {

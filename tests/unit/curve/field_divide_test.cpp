@@ -7,14 +7,14 @@
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
 #include "tests/support/field_judge.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using FieldDivide = CurveTest;
+using FieldDivide = LeakCheckedTest;
 
 const FieldElement& curveField() {
     static const FieldElement f = elementFrom(curvePolynomial());

@@ -8,15 +8,15 @@
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
 #include "tests/support/field_judge.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using FieldMultiply = CurveTest;
-using FieldSquare = CurveTest;
+using FieldMultiply = LeakCheckedTest;
+using FieldSquare = LeakCheckedTest;
 
 /// Degrees below, at and above word borders.
 constexpr std::array<std::uint64_t, 22> degrees = {1,   5,   31,  32,  33,  63,  64,  65,

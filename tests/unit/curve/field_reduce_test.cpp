@@ -8,14 +8,14 @@
 #include "curve/field.h"
 #include "tests/support/capacity_guard.h"
 #include "tests/support/field_judge.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using FieldReduce = CurveTest;
+using FieldReduce = LeakCheckedTest;
 
 /// A field by the exponents of its polynomial.
 using Exponents = std::vector<std::uint64_t>;

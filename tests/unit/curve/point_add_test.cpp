@@ -6,16 +6,16 @@
 #include "curve/field.h"
 #include "curve/point.h"
 #include "curve/sect163r2.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using PointAdd = CurveTest;
-using PointDouble = CurveTest;
+using PointAdd = LeakCheckedTest;
+using PointDouble = LeakCheckedTest;
 
 constexpr std::uint64_t otherFlags = 0xF0;
 

@@ -5,22 +5,24 @@
 #include <optional>
 #include <vector>
 
+#include "core/state.h"
 #include "curve/field.h"
 #include "curve/point.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
+#include "tests/support/stopped_core.h"
 
 namespace {
 
 using core::CurvePoint;
 using core::pointCompare;
 
-using PointNew = CurveTest;
-using PointRelease = CurveTest;
-using PointCopy = CurveTest;
-using PointNegate = CurveTest;
-using PointCompare = CurveTest;
+using PointNew = LeakCheckedTest;
+using PointRelease = LeakCheckedTest;
+using PointCopy = LeakCheckedTest;
+using PointNegate = LeakCheckedTest;
+using PointCompare = LeakCheckedTest;
 
 /// Flags beside the one that marks infinity.
 constexpr std::uint64_t otherFlags = 0xF0;
@@ -43,6 +45,8 @@ TEST_F(PointNew, MakesXFirst) {
     core::pointNew(163, point);
     EXPECT_EQ(static_cast<void*>(point.x), core::coreArena);
     core::pointRelease(point);
+    // The next test has an arena that is not carved.
+    const StoppedCore restarted;
 }
 
 TEST_F(PointRelease, GivesBothElementsBackAndZeroesTheRecord) {

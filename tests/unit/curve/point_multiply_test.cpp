@@ -9,16 +9,16 @@
 #include "curve/point.h"
 #include "curve/sect163r2.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using NafEncode = CurveTest;
-using PointMultiply = CurveTest;
+using NafEncode = LeakCheckedTest;
+using PointMultiply = LeakCheckedTest;
 
 /// What nafEncode wrote for one scalar: its digits in order, and how many bytes.
 struct NafDigits {

@@ -7,15 +7,15 @@
 #include "curve/point.h"
 #include "curve/sect163r2.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 using core::FieldElement;
 
-using PointMultiplyTwin = CurveTest;
+using PointMultiplyTwin = LeakCheckedTest;
 
 AffinePoint twin(const FieldElement& u1, const AffinePoint& P, const FieldElement& u2,
                  const AffinePoint& Q) {

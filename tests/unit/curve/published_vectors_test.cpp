@@ -16,12 +16,12 @@
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
 #include "tests/support/hexadecimal.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/vector_file.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
-using PublishedVectors = CurveTest;
+using PublishedVectors = LeakCheckedTest;
 
 constexpr const char* keyPairs = "fips186-2_KeyPair_B-163.rsp";
 constexpr const char* publicKeys = "fips186-2_PKV_B-163.rsp";

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
-using DrawScalar = CurveTest;
+using DrawScalar = LeakCheckedTest;
 
 /// Draws from these numbers, one after the other.
 BigNumber drawFrom(const std::vector<BigNumber>& candidates) {

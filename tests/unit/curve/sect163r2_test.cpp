@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "curve/point.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/libcrypto_curve.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ using core::CurveDomain;
 using core::FieldElement;
 using core::sect163r2;
 
-using Sect163r2 = CurveTest;
+using Sect163r2 = LeakCheckedTest;
 
 TEST_F(Sect163r2, HoldsTheCurveThatTheJudgeKnows) {
     const CurveDomain& domain = sect163r2.domain;

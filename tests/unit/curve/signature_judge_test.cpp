@@ -5,8 +5,8 @@
 
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
@@ -15,10 +15,9 @@ constexpr int keysInPart = 25;
 constexpr int signaturesOfKey = 100;
 
 /// Signatures of the core and of libcrypto under random keys, in parts that can run side by side.
-class Signatures : public CurveTest, public testing::WithParamInterface<int> {
+class Signatures : public LeakCheckedTest, public testing::WithParamInterface<int> {
 protected:
     void SetUp() override {
-        CurveTest::SetUp();
         testRandom().seed(testSeed() + static_cast<std::uint64_t>(GetParam()));
     }
 };

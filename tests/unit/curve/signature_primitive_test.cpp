@@ -10,13 +10,13 @@
 
 #include "core/montgomery.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
-using CurveSign = CurveTest;
-using CurveVerify = CurveTest;
+using CurveSign = LeakCheckedTest;
+using CurveVerify = LeakCheckedTest;
 
 constexpr std::size_t digestSize = 20;
 constexpr std::size_t drawSize = 24;

@@ -6,18 +6,17 @@
 #include "core/montgomery.h"
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
 constexpr std::size_t digestSize = 20;
 
 /// A key with a digest and its signature.
-class VerifyRefuses : public CurveTest {
+class VerifyRefuses : public LeakCheckedTest {
 protected:
     void SetUp() override {
-        CurveTest::SetUp();
         key_ = randomProjectKey();
         digest_ = randomBytes(digestSize);
         const SignatureNumbers signature = signDigestWith(KeyRecords(key_), digest_);
@@ -28,7 +27,7 @@ protected:
 
     void TearDown() override {
         EXPECT_EQ(core::montgomeryContext.montgomeryRadix, nullptr);
-        CurveTest::TearDown();
+        LeakCheckedTest::TearDown();
     }
 
     bool accepts(const BigNumber& r, const BigNumber& s) const {

@@ -1,4 +1,5 @@
 #include "tests/unit/curve/small_curve.h"
+#include "tests/support/leak_check.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +7,6 @@
 
 #include "curve/point.h"
 #include "tests/support/libcrypto_curve.h"
-#include "tests/unit/curve/curve_test.h"
 
 namespace {
 
@@ -57,7 +57,7 @@ private:
     PointRecord record_;
 };
 
-class SmallCurves : public CurveTest, public testing::WithParamInterface<unsigned> {
+class SmallCurves : public LeakCheckedTest, public testing::WithParamInterface<unsigned> {
 protected:
     /// u1 * P + u2 * Q for all scalars up to the order.
     static void checkTwinMultiples(const CoreCurve& core, const OddSubgroup& group, std::size_t P,

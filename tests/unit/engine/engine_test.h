@@ -7,19 +7,15 @@
 #include <cstdint>
 #include <string>
 
-#include "core/entry.h"
 #include "engine/signature_engine.h"
 #include "random/random_generator.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
 
-/// A test with the core started and a folder for projects and files.
+/// A test with a folder for projects and files.
 class EngineTest : public testing::Test {
 protected:
-    EngineTest() { coreEntry::coreStart(); }
-    ~EngineTest() override { coreEntry::coreStop(); }
-
     /// The path of a project with these attributes.
     std::string project(const AttributeValues& attributes) const {
         return folder.write("project", projectBytes(attributes));

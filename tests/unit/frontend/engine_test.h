@@ -7,7 +7,6 @@
 #include <ostream>
 #include <string>
 
-#include "core/entry.h"
 #include "frontend/request_record.h"
 #include "tests/support/expected_response.h"
 #include "tests/support/signature_vectors.h"
@@ -35,12 +34,9 @@ inline Answer refusal(std::string_view message) {
     return {-1, expectedRefusal(message)};
 }
 
-/// Tests on the real engine, with a message that has a known signature.
-class EngineTest : public testing::Test {
+/// A message with a known signature, in requests to the real engine.
+class KnownRequest : public testing::Test {
 protected:
-    EngineTest() { coreEntry::coreStart(); }
-    ~EngineTest() override { coreEntry::coreStop(); }
-
     const SignatureCase& known = signatureCases().front();
     const std::string message{known.message.begin(), known.message.end()};
 

@@ -9,11 +9,15 @@
 #include "tests/support/expected_response.h"
 #include "tests/support/signature_vectors.h"
 #include "tests/support/standard_streams.h"
+#include "tests/support/stopped_core.h"
 
 /// The program's entry.
 int signMain(int argumentCount, char** arguments);
 
 namespace {
+
+class Main : StoppedCore, public testing::Test {};
+using MainDeathTest = Main;
 
 constexpr const char* modeMissing = "'mode' parameter missing or invalid";
 
@@ -38,7 +42,7 @@ Outcome runMain(std::string name, const std::string& body) {
 
 }  // namespace
 
-TEST(Main, LeavesTheCoreStoppedAfterSuccess) {
+TEST_F(Main, LeavesTheCoreStoppedAfterSuccess) {
     const SignatureCase& known = signatureCases().front();
     const Outcome run =
         runMain("sign.cgi", "sig_create=true&sig_data=abc&project=" + known.project);
@@ -47,20 +51,20 @@ TEST(Main, LeavesTheCoreStoppedAfterSuccess) {
     EXPECT_EQ(core::coreArena, nullptr);
 }
 
-TEST(Main, LeavesTheCoreStoppedAfterARefusal) {
+TEST_F(Main, LeavesTheCoreStoppedAfterARefusal) {
     const Outcome run = runMain("sign.cgi", "a=1");
     EXPECT_EQ(run.status, -1);
     EXPECT_EQ(run.output, expectedRefusal(modeMissing));
     EXPECT_EQ(core::coreArena, nullptr);
 }
 
-TEST(Main, StartsTheCoreForEveryRequest) {
+TEST_F(Main, StartsTheCoreForEveryRequest) {
     core::squareSpreadTable.fill(0);
     runMain("sign.cgi", "a=1");
     EXPECT_EQ(core::squareSpreadTable[255], 0x5555);
 }
 
-TEST(Main, FramesTheResponseByTheNameOfTheProgram) {
+TEST_F(Main, FramesTheResponseByTheNameOfTheProgram) {
     EXPECT_EQ(runMain("/srv/bin/nph-sign.cgi", "a=1").output,
               expectedResponse(FirstLine::forClient, "400 Bad Request", "text/plain", modeMissing));
     EXPECT_TRUE(nphOutput);
@@ -68,14 +72,14 @@ TEST(Main, FramesTheResponseByTheNameOfTheProgram) {
     EXPECT_FALSE(nphOutput);
 }
 
-TEST(Main, TakesAnEmptyArgumentVectorForAnEmptyName) {
+TEST_F(Main, TakesAnEmptyArgumentVectorForAnEmptyName) {
     nphOutput = true;
     std::array<char*, 1> none{};
     EXPECT_EQ(runMain(0, none.data(), "a=1", "3").output, expectedRefusal(modeMissing));
     EXPECT_FALSE(nphOutput);
 }
 
-TEST(MainDeathTest, AbortsInSilenceOnAnExceptionThatNothingCatches) {
+TEST_F(MainDeathTest, AbortsInSilenceOnAnExceptionThatNothingCatches) {
     std::array<char, 9> name{"sign.cgi"};
     std::array<char*, 2> arguments{name.data(), nullptr};
     // Nothing may pass it, as nothing passes the start of a program.

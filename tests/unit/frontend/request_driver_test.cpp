@@ -30,7 +30,7 @@ Answer serveJson(std::string_view body) {
     return serve({{"CONTENT_TYPE", "application/json"}}, body);
 }
 
-class RunRequest : public EngineTest {
+class RunRequest : public KnownRequest {
 protected:
     /// Form and JSON bodies that sign "abc"; `more` follows the parameters, or the members.
     std::string form(const std::string& more) const {
@@ -60,7 +60,7 @@ protected:
     }
 };
 
-class DispatchRequest : public EngineTest {};
+class DispatchRequest : public KnownRequest {};
 
 }  // namespace
 

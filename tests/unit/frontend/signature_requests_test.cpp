@@ -34,7 +34,7 @@ std::string signatureIn(const Answer& answer) {
     return text;
 }
 
-class SignatureRequests : public EngineTest {};
+class SignatureRequests : public KnownRequest {};
 
 }  // namespace
 

@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "core/entry.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
@@ -16,9 +15,6 @@ namespace {
 
 class CheckCommand : public testing::Test {
 protected:
-    CheckCommand() { coreEntry::coreStart(); }
-    ~CheckCommand() override { coreEntry::coreStop(); }
-
     /// The path of a project with these attributes, which its owner alone can use.
     std::string project(const AttributeValues& values) const {
         std::string path = folder.write("project", projectBytes(values));

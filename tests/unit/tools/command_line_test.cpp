@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "core/entry.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/standard_streams.h"
@@ -15,7 +14,6 @@
 namespace {
 
 TEST(RunCommandLine, TellsWhenMemoryRunsOutInACommand) {
-    coreEntry::coreStart();
     // What is to be said of each of them takes more than the limit.
     ProjectImage image;
     for (std::uint32_t id = 0; id < 100; ++id) {
@@ -34,7 +32,6 @@ TEST(RunCommandLine, TellsWhenMemoryRunsOutInACommand) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "projectctl: there is not enough memory\n");
     EXPECT_EQ(status, exitFailed);
     EXPECT_EQ(output, "");
-    coreEntry::coreStop();
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 
-#include "core/entry.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/request_answer.h"
 #include "tests/support/signature_vectors.h"
@@ -17,9 +16,6 @@
 /// Tests on requests around a message that has a known signature.
 class ExplanationTest : public testing::Test {
 protected:
-    ExplanationTest() { coreEntry::coreStart(); }
-    ~ExplanationTest() override { coreEntry::coreStop(); }
-
     /// A file of the folder that its owner alone may read.
     std::string write(const std::string& name, const Bytes& bytes) const {
         const std::string path = folder.write(name, bytes);

@@ -7,7 +7,6 @@
 #include <string>
 #include <tuple>
 
-#include "core/entry.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
@@ -19,9 +18,6 @@ namespace {
 
 class ExportCommand : public testing::Test {
 protected:
-    ExportCommand() { coreEntry::coreStart(); }
-    ~ExportCommand() override { coreEntry::coreStop(); }
-
     CommandEnd runOn(const Bytes& bytes, bool privateKey = false) const {
         folder.write("project", bytes);
         return runCommand(exportCommand, {.file = path, .privateKey = privateKey});

@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 
-#include "core/entry.h"
 #include "engine/sign.h"
 #include "engine/signature_engine.h"
 #include "engine/verify.h"
@@ -22,9 +21,6 @@ const Bytes data = {'d', 'a', 't', 'a'};
 
 class KeyReading : public testing::Test {
 protected:
-    KeyReading() { coreEntry::coreStart(); }
-    ~KeyReading() override { coreEntry::coreStop(); }
-
     static ProjectFile projectOf(const AttributeValues& values) {
         ProjectFile project;
         for (const auto& [id, value] : values) {

@@ -3,7 +3,6 @@
 #include <set>
 #include <string>
 
-#include "core/entry.h"
 #include "random/random_generator.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
@@ -15,9 +14,6 @@ namespace {
 
 class NewProject : public testing::Test {
 protected:
-    NewProject() { coreEntry::coreStart(); }
-    ~NewProject() override { coreEntry::coreStop(); }
-
     static AttributeValues made() {
         return attributesOf(newProject(BasePoint::random, std::nullopt));
     }

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "core/entry.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
@@ -25,9 +24,6 @@ const std::string rootOfB = "2C25B85BADF8927593D21C366DA89C03969F34DA5";
 
 class CheckProject : public testing::Test {
 protected:
-    CheckProject() { coreEntry::coreStart(); }
-    ~CheckProject() override { coreEntry::coreStop(); }
-
     ProjectCheck checkOf(const Bytes& bytes, mode_t mode = 0600) const {
         const std::string path = folder.write("project", bytes);
         ::chmod(path.c_str(), mode);

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "core/entry.h"
 #include "engine/signature_engine.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/failing_calls.h"
@@ -25,9 +24,6 @@ namespace {
 
 class WriteProjectFile : public testing::Test {
 protected:
-    WriteProjectFile() { coreEntry::coreStart(); }
-    ~WriteProjectFile() override { coreEntry::coreStop(); }
-
     static void expectMessage(const std::optional<std::string>& message,
                               const std::string& reason) {
         ASSERT_TRUE(message.has_value());

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <string>
 
-#include "core/entry.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
@@ -48,11 +47,9 @@ TEST(RandomDeviceRefusal, NamesEachFaultAndWhatToDo) {
 class UselessDevice : public testing::Test {
 protected:
     UselessDevice() {
-        coreEntry::coreStart();
         std::filesystem::permissions(project, std::filesystem::perms{0600});
         calls.openedInstead["/dev/urandom"] = "/dev/zero";
     }
-    ~UselessDevice() override { coreEntry::coreStop(); }
 
     const TemporaryFolder folder;
     const std::string project =

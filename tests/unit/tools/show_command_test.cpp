@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "core/entry.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
@@ -18,9 +17,6 @@ const std::string baseY = "D51FBC6C71A0094FA2CDD545B11C5C0C797324F1";
 
 class ShowCommand : public testing::Test {
 protected:
-    ShowCommand() { coreEntry::coreStart(); }
-    ~ShowCommand() override { coreEntry::coreStop(); }
-
     std::string project(const AttributeValues& values) const {
         return folder.write("project", projectBytes(values));
     }

@@ -7,7 +7,6 @@
 #include <map>
 #include <string>
 
-#include "core/entry.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/project_key.h"
 #include "tests/support/signature_judge.h"
@@ -23,9 +22,6 @@ namespace {
 
 class SignedFile : public testing::Test {
 protected:
-    SignedFile() { coreEntry::coreStart(); }
-    ~SignedFile() override { coreEntry::coreStop(); }
-
     /// The run in which the file is cut before the system is asked this number of times about it.
     CommandEnd runAndCut(const std::function<CommandEnd()>& command, unsigned number) const {
         folder.write("letter", letter);
