@@ -9,7 +9,7 @@ set -euo pipefail
 declare -A packages=(
     [build]="git g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
-    [test]="libgtest-dev libssl-dev openssl valgrind python3 curl mandoc
+    [test]="libgtest-dev libssl-dev openssl valgrind strace python3 curl mandoc
             apache2-bin lighttpd nginx fcgiwrap
             chromium chromium-driver python3-selenium nodejs
             python3-jsonschema openapi-specification util-linux mount"
