@@ -1,7 +1,8 @@
 // Property: a project file of any bytes, and the same file with its magic and its MD5 digest put
 // right, loads exactly when a slow reader over the bytes in memory accepts it, with the same
-// attributes. What was in the table before is gone either way, and the path that is kept is the one
-// told at `ProjectFile::load`. Sealing a loaded file changes the count of entries and the digest
+// attributes, and has a fault in its directory exactly when that reader finds one there. What was
+// in the table before is gone either way, and the path that is kept is the one told at
+// `ProjectFile::loadReporting`. Sealing a loaded file changes the count of entries and the digest
 // and nothing else.
 
 #include <cstdio>
@@ -32,9 +33,11 @@ ProjectFile checkLoad(const MemoryFile& file, const Bytes& bytes, bool populated
     if (populated) {
         project.insertAttribute(7, {1});
     }
-    const bool loaded = project.load(file.path().c_str());
+    const ProjectFault fault = project.loadReporting(file.path().c_str()).fault;
     const ReferenceProject expected = referenceProject(bytes);
-    require(loaded == expected.loaded, "both readers accept or both refuse");
+    require((fault == ProjectFault::none) == expected.loaded, "both accept or both refuse");
+    require((fault >= ProjectFault::directory) == expected.directoryRefused,
+            "both refuse the directory or both something in front of it");
     require(valuesOf(project) == expected.attributes, "the attributes are the slow reader's");
     for (const auto& [id, value] : expected.attributes) {
         require(project.getBytes(id) == value, "each attribute is found");

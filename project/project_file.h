@@ -27,6 +27,30 @@ struct ProjectEntry {
     std::uint32_t size = 0;    ///< of the value in bytes
 };
 
+/// Why a file does not load. From `directory` on, all in front of the directory was in order.
+enum class ProjectFault : std::uint8_t {
+    none,
+    open,        ///< it cannot be opened
+    header,      ///< it is shorter than a header
+    magic,       ///< it begins with another magic
+    unreadable,  ///< reading fails, or the file is shorter by then than its size was
+    noBody,      ///< its header counts entries, and nothing is behind it
+    digest,      ///< the digest in its header is not that of its body
+    directory,   ///< it has no room for as many entries as its header counts
+    emptyValue,  ///< an entry has a size of 0
+    valueRange   ///< an entry's value runs past the end
+};
+
+/// How the loading of a file ended. A number that it did not get to is 0.
+struct ProjectLoading {
+    ProjectFault fault = ProjectFault::none;
+    int error = 0;                   ///< errno of `open`; of `unreadable`, if the system gave one
+    std::uint64_t fileSize = 0;      ///< in bytes: of `header`, or once the body was read
+    std::uint32_t entryCount = 0;    ///< as the header counts them
+    std::uint32_t refusedEntry = 0;  ///< from 0, from `directory` on: the first one that is refused
+    ProjectEntry entry{};            ///< that one, if there is room for it
+};
+
 /// One attribute of a table, which owns the bytes of the value.
 struct ProjectAttribute {
     ProjectAttributeId id = 0;
@@ -84,9 +108,8 @@ struct ProjectFile {
     // start of the file, size), and the values. Only populated files have a digest that means
     // anything.
 
-    /// Replaces the content with that of the file. False when it cannot be opened, is too short,
-    /// has another magic, a digest that differs, a short directory, an empty value or one that runs
-    /// past the end; the table is then empty. Of two entries with one id the first is kept.
+    /// Replaces the content with that of the file, and tells the first `ProjectFault` if it has
+    /// one; the table is then empty. Of two entries with one id the first is kept.
     ///
     /// A file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
     /// path; that of a populated table is emptied in any case.
@@ -94,7 +117,10 @@ struct ProjectFile {
     /// The bytes that were digested are those that the values are taken from. Takes memory of twice
     /// the file's size and a time that grows with the size alone, whatever the directory says.
     /// Memory exhaustion passes as std::bad_alloc.
-    bool load(const char* filePath);
+    ProjectLoading loadReporting(const char* filePath);
+
+    /// Whether `loadReporting` meets no fault.
+    bool load(const char* filePath) { return loadReporting(filePath).fault == ProjectFault::none; }
 
     /// Makes or truncates the file so that it holds an empty project: the magic and 20 zero bytes.
     /// False when it cannot be opened, or when the device does not take these bytes.
@@ -113,13 +139,13 @@ private:
     /// The value of an entry of the directory.
     std::span<const std::uint8_t> valueOf(const ProjectEntry& entry) const;
 
-    /// Steps of `load`; `sealHeader` shares the first. It gives all bytes of the stream's file,
-    /// zeros in the place of the header, and the digest of the body. The second takes the bytes
-    /// over, unless an entry is not sound.
-    static bool digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
-                           std::array<std::uint8_t, 16>& digest);
-    bool readDirectory(std::vector<std::uint8_t> bytes, std::uint32_t entryCount);
-    bool loadStream(std::FILE* stream);
+    /// Steps of `loadReporting`, which give the fault that they meet; `sealHeader` shares the
+    /// first. It gives all bytes of the stream's file, zeros in the place of the header, and the
+    /// digest of the body. The second takes the bytes over, unless an entry is refused.
+    static ProjectFault digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
+                                   std::array<std::uint8_t, 16>& digest);
+    ProjectFault readDirectory(std::vector<std::uint8_t>&& bytes, ProjectLoading& loading);
+    ProjectFault loadStream(std::FILE* stream, ProjectLoading& loading);
 
     std::vector<std::uint8_t> bytes_;      ///< the whole file that was loaded, header included
     std::vector<ProjectEntry> directory_;  ///< each value lies within `bytes_`

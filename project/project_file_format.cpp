@@ -1,6 +1,8 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
@@ -39,74 +41,104 @@ long streamSize(std::FILE* stream) {
 
 }  // namespace
 
-bool ProjectFile::load(const char* filePath) {
+ProjectLoading ProjectFile::loadReporting(const char* filePath) {
     if (!isEmpty()) {
         clear();
     }
+    ProjectLoading loading;
     const Stream stream = openForReading(filePath);
-    if (stream == nullptr || !loadStream(stream.get())) {
-        return false;
+    if (stream == nullptr) {
+        loading.fault = ProjectFault::open;
+        loading.error = errno;
+        return loading;
     }
+    loading.fault = loadStream(stream.get(), loading);
     if (!isEmpty()) {
         path = filePath;
+    } else if (std::ferror(stream.get()) != 0) {
+        loading.error = errno;
     }
-    return true;
+    return loading;
 }
 
-bool ProjectFile::loadStream(std::FILE* stream) {
+ProjectFault ProjectFile::loadStream(std::FILE* stream, ProjectLoading& loading) {
     ProjectFileHeader header;
-    if (std::fread(&header, sizeof header, 1, stream) != 1 || header.magic != magic) {
-        return false;
+    const std::size_t headerBytes = std::fread(&header, 1, sizeof header, stream);
+    if (headerBytes != sizeof header) {
+        if (std::ferror(stream) != 0) {
+            return ProjectFault::unreadable;
+        }
+        loading.fileSize = headerBytes;
+        return ProjectFault::header;
     }
+    if (header.magic != magic) {
+        return ProjectFault::magic;
+    }
+    loading.entryCount = header.entryCount;
     if (header.entryCount == 0) {
-        return true;
+        return ProjectFault::none;
     }
     std::vector<std::uint8_t> bytes;
     std::array<std::uint8_t, 16> digest{};
-    if (!digestBody(stream, bytes, digest) || digest != header.bodyDigest) {
-        return false;
+    const ProjectFault bodyFault = digestBody(stream, bytes, digest);
+    if (bodyFault != ProjectFault::none) {
+        return bodyFault;
+    }
+    loading.fileSize = bytes.size();
+    if (digest != header.bodyDigest) {
+        return ProjectFault::digest;
     }
     std::memcpy(bytes.data(), &header, sizeof header);
-    if (!readDirectory(std::move(bytes), header.entryCount)) {
+    const ProjectFault directoryFault = readDirectory(std::move(bytes), loading);
+    if (directoryFault != ProjectFault::none) {
         clear();
-        return false;
     }
-    return true;
+    return directoryFault;
 }
 
-bool ProjectFile::digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
-                             std::array<std::uint8_t, 16>& digest) {
+ProjectFault ProjectFile::digestBody(std::FILE* stream, std::vector<std::uint8_t>& bytes,
+                                     std::array<std::uint8_t, 16>& digest) {
     const long size = streamSize(stream);
-    if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0 || size <= headerSize) {
-        return false;
+    if (size < 0 || std::fseek(stream, headerSize, SEEK_SET) != 0) {
+        return ProjectFault::unreadable;
+    }
+    if (size <= headerSize) {
+        return ProjectFault::noBody;
     }
     bytes.resize(static_cast<std::size_t>(size));
     const std::size_t bodySize = bytes.size() - headerSize;
     std::uint8_t* body = bytes.data() + headerSize;
     if (std::fread(body, bodySize, 1, stream) != 1) {
-        return false;
+        return ProjectFault::unreadable;
     }
     coreEntry::md5Digest(body, bodySize, digest.data());
-    return true;
+    return ProjectFault::none;
 }
 
-bool ProjectFile::readDirectory(std::vector<std::uint8_t> bytes, std::uint32_t entryCount) {
+ProjectFault ProjectFile::readDirectory(std::vector<std::uint8_t>&& bytes,
+                                        ProjectLoading& loading) {
     // Of a directory that is longer than the file, nothing is read.
-    if (entryCount > (bytes.size() - headerSize) / sizeof(ProjectEntry)) {
-        return false;
+    const std::size_t room = (bytes.size() - headerSize) / sizeof(ProjectEntry);
+    if (loading.entryCount > room) {
+        loading.refusedEntry = static_cast<std::uint32_t>(room);
+        return ProjectFault::directory;
     }
+    std::vector<ProjectEntry> directory(loading.entryCount);
     const auto stored =
-        std::span(bytes).subspan(headerSize, std::size_t{entryCount} * sizeof(ProjectEntry));
-    std::vector<ProjectEntry> directory(entryCount);
+        std::span(bytes).subspan(headerSize, directory.size() * sizeof(ProjectEntry));
     std::memcpy(directory.data(), stored.data(), stored.size());
-    for (const ProjectEntry& entry : directory) {
-        if (entry.size == 0 || std::uint64_t{entry.offset} + entry.size > bytes.size()) {
-            return false;
-        }
+    const auto refused = std::find_if(
+        directory.begin(), directory.end(), [size = bytes.size()](const ProjectEntry& entry) {
+            return entry.size == 0 || std::uint64_t{entry.offset} + entry.size > size;
+        });
+    if (refused != directory.end()) {
+        loading.refusedEntry = static_cast<std::uint32_t>(refused - directory.begin());
+        loading.entry = *refused;
+        return refused->size == 0 ? ProjectFault::emptyValue : ProjectFault::valueRange;
     }
     bytes_ = std::move(bytes);
     directory_ = std::move(directory);
-    return true;
+    return ProjectFault::none;
 }
 
 bool ProjectFile::create(const char* filePath) {
@@ -132,7 +164,7 @@ bool ProjectFile::create(const char* filePath) {
 bool ProjectFile::sealHeader(std::FILE* stream) const {
     ProjectFileHeader header;
     std::vector<std::uint8_t> bytes;
-    if (!digestBody(stream, bytes, header.bodyDigest)) {
+    if (digestBody(stream, bytes, header.bodyDigest) != ProjectFault::none) {
         return false;
     }
     header.magic = magic;

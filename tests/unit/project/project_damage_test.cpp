@@ -14,11 +14,13 @@ namespace {
 
 const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}, {3, {30, 31, 32}}};
 
-/// A file that `load` refuses, and whether the refusal comes from the directory.
+/// A file that `load` refuses, and what stops it.
 struct DamagedFile {
     const char* name;
     std::function<Bytes()> bytes;
-    bool inDirectory = false;
+    ProjectLoading loading;
+
+    bool isRefusedInDirectory() const { return loading.fault >= ProjectFault::directory; }
 };
 
 /// The image of `someValues` with one thing changed; the digest fits unless it is what changed.
@@ -30,56 +32,99 @@ std::function<Bytes()> changed(const std::function<void(ProjectImage&)>& change)
     };
 }
 
+/// The same with one entry changed, which `load` refuses for this fault.
+DamagedFile withEntry(const char* name, std::uint32_t number, ImageEntry entry,
+                      ProjectFault fault) {
+    return {name, changed([=](ProjectImage& image) { image.directory.at(number) = entry; }),
+            ProjectLoading{.fault = fault,
+                           .fileSize = 66,
+                           .entryCount = 3,
+                           .refusedEntry = number,
+                           .entry = {.id = entry.id, .offset = entry.offset, .size = entry.size}}};
+}
+
 const std::vector<DamagedFile>& damagedFiles() {
+    using enum ProjectFault;
     static const std::vector<DamagedFile> files = {
-        {"Empty", [] { return Bytes(); }},
-        {"ShortHeader", [] { return Bytes{'V', 'L', 'T', '2', 0, 0, 0, 0}; }},
-        {"OtherMagic", changed([](ProjectImage& image) { image.magic = "VLT1"; })},
+        {"Empty", [] { return Bytes(); }, {.fault = header}},
+        {"ShortHeader",
+         [] { return Bytes{'V', 'L', 'T', '2', 0, 0, 0, 0}; },
+         {.fault = header, .fileSize = 8}},
+        {"OtherMagic",
+         changed([](ProjectImage& image) { image.magic = "VLT1"; }),
+         {.fault = magic}},
         {"OtherMagicWithoutEntries",
          [] {
              ProjectImage image;
              image.magic = "vlt2";
              return image.bytes();
-         }},
+         },
+         {.fault = magic}},
         {"EmptyBody",
          [] {
              ProjectImage image;
              image.entryCount = 1;
              return image.bytes();
-         }},
-        {"OtherDigest", changed([](ProjectImage& image) { image.bodyDigest = Bytes(16); })},
+         },
+         {.fault = noBody, .entryCount = 1}},
+        {"OtherDigest",
+         changed([](ProjectImage& image) { image.bodyDigest = Bytes(16); }),
+         {.fault = digest, .fileSize = 66, .entryCount = 3}},
+        {"OtherDigestThatHidesAShortDirectory",
+         changed([](ProjectImage& image) {
+             image.bodyDigest = Bytes(16);
+             image.entryCount = 9;
+         }),
+         {.fault = digest, .fileSize = 66, .entryCount = 9}},
         {"ShortDirectory",
          [] {
              ProjectImage image = projectImage({{1, {10}}});
              image.entryCount = 2;
              return image.bytes();
          },
-         true},
+         {.fault = directory, .fileSize = 37, .entryCount = 2, .refusedEntry = 1}},
+        {"ShortDirectoryThatHidesAnEmptyValue",
+         changed([](ProjectImage& image) {
+             image.directory[0].size = 0;
+             image.entryCount = 4;
+         }),
+         {.fault = directory, .fileSize = 66, .entryCount = 4, .refusedEntry = 3}},
         {"CountOfTheLargestNumber",
-         changed([](ProjectImage& image) { image.entryCount = 0xFFFFFFFF; }), true},
-        {"EmptyValueFirst", changed([](ProjectImage& image) { image.directory[0].size = 0; }),
-         true},
-        {"EmptyValueInTheMiddle", changed([](ProjectImage& image) { image.directory[1].size = 0; }),
-         true},
-        {"EmptyValueLast", changed([](ProjectImage& image) { image.directory[2].size = 0; }), true},
-        {"ValueOneByteTooLong", changed([](ProjectImage& image) { ++image.directory[2].size; }),
-         true},
-        {"OffsetAtTheEnd", changed([](ProjectImage& image) { image.directory[1].offset = 66; }),
-         true},
-        {"OffsetBeyondTheEnd",
-         changed([](ProjectImage& image) { image.directory[1].offset = 0xFFFFFFFF; }), true},
-        {"SizeOfTheLargestNumber",
-         changed([](ProjectImage& image) { image.directory[1].size = 0xFFFFFFFF; }), true},
-        {"OffsetAndSizeOfTheLargestNumber", changed([](ProjectImage& image) {
-             image.directory[1] = {2, 0xFFFFFFFF, 0xFFFFFFFF};
+         changed([](ProjectImage& image) { image.entryCount = 0xFFFFFFFF; }),
+         {.fault = directory, .fileSize = 66, .entryCount = 0xFFFFFFFF, .refusedEntry = 3}},
+        withEntry("EmptyValueFirst", 0, {1, 60, 0}, emptyValue),
+        withEntry("EmptyValueInTheMiddle", 1, {2, 61, 0}, emptyValue),
+        withEntry("EmptyValueLast", 2, {3, 63, 0}, emptyValue),
+        withEntry("EmptyValueBeyondTheEnd", 2, {3, 0xFFFFFFFF, 0}, emptyValue),
+        withEntry("ValueOneByteTooLong", 2, {3, 63, 4}, valueRange),
+        withEntry("OffsetAtTheEnd", 1, {2, 66, 2}, valueRange),
+        withEntry("OffsetBeyondTheEnd", 1, {2, 0xFFFFFFFF, 2}, valueRange),
+        withEntry("SizeOfTheLargestNumber", 1, {2, 61, 0xFFFFFFFF}, valueRange),
+        withEntry("OffsetAndSizeOfTheLargestNumber", 1, {2, 0xFFFFFFFF, 0xFFFFFFFF}, valueRange),
+        withEntry("EndThatFitsModulo32Bits", 1, {2, 0xFFFFFFF0, 0x20}, valueRange),
+        {"TwoWrongEntries",
+         changed([](ProjectImage& image) {
+             image.directory[2].size = 0;
+             image.directory[1].size = 1000;
          }),
-         true},
-        {"EndThatFitsModulo32Bits", changed([](ProjectImage& image) {
-             image.directory[1] = {2, 0xFFFFFFF0, 0x20};
-         }),
-         true},
+         {.fault = valueRange,
+          .fileSize = 66,
+          .entryCount = 3,
+          .refusedEntry = 1,
+          .entry = {.id = 2, .offset = 61, .size = 1000}}},
     };
     return files;
+}
+
+void expectLoading(const ProjectLoading& loading, const ProjectLoading& expected) {
+    EXPECT_EQ(loading.fault, expected.fault);
+    EXPECT_EQ(loading.error, expected.error);
+    EXPECT_EQ(loading.fileSize, expected.fileSize);
+    EXPECT_EQ(loading.entryCount, expected.entryCount);
+    EXPECT_EQ(loading.refusedEntry, expected.refusedEntry);
+    EXPECT_EQ(loading.entry.id, expected.entry.id);
+    EXPECT_EQ(loading.entry.offset, expected.entry.offset);
+    EXPECT_EQ(loading.entry.size, expected.entry.size);
 }
 
 class ProjectDamage : public testing::TestWithParam<DamagedFile> {
@@ -96,6 +141,10 @@ TEST_P(ProjectDamage, IsRefusedByAnEmptyStore) {
     EXPECT_EQ(file.path, "");
 }
 
+TEST_P(ProjectDamage, IsToldWithWhatStopsTheLoading) {
+    expectLoading(file.loadReporting(damaged().c_str()), GetParam().loading);
+}
+
 TEST_P(ProjectDamage, EmptiesAStoreThatHeldAttributes) {
     ASSERT_TRUE(file.load(folder.write("good", projectBytes(someValues)).c_str()));
     EXPECT_FALSE(file.load(damaged().c_str()));
@@ -108,7 +157,7 @@ TEST_P(ProjectDamage, EmptiesThePathOfAnEmptyStoreOnlyFromTheDirectoryOn) {
     ASSERT_TRUE(file.create(created.c_str()));
     EXPECT_FALSE(file.load(damaged().c_str()));
     EXPECT_TRUE(file.isEmpty());
-    EXPECT_EQ(file.path, GetParam().inDirectory ? "" : created);
+    EXPECT_EQ(file.path, GetParam().isRefusedInDirectory() ? "" : created);
 }
 
 TEST_P(ProjectDamage, TakesNoRoomForWhatTheFileCannotHold) {
