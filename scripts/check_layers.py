@@ -94,7 +94,6 @@ LAYERS = {
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},
             "files/write_all.cpp": {"unistd.h"},
             "project/project_protection.cpp": {"sys/stat.h", "unistd.h"},
-            "project/project_reading.cpp": {"sys/stat.h", "unistd.h"},
             "projectctl.cpp": {"fcntl.h", "unistd.h"},
             "request/raw_request.cpp": {"fcntl.h", "stdlib.h", "sys/mman.h", "unistd.h"},
         },

@@ -35,7 +35,7 @@ auto watched(FileCall name, const Function& call) -> decltype(call()) {
         return -1;
     }
     const auto result = call();
-    constexpr std::array readers = {FileCall::lookUpProc, FileCall::read, FileCall::openFolder};
+    constexpr std::array readers = {FileCall::lookUpProc, FileCall::openFolder};
     if (std::find(readers.begin(), readers.end(), name) == readers.end()) {
         current->made.push_back(name);
     }
@@ -58,9 +58,6 @@ int systemOpen(const char* path, int flags, mode_t mode) asm("__real_open");
 int replacedOpen(const char* path, int flags, ...) asm("__wrap_open");
 int systemAccess(const char* path, int mode) asm("__real_access");
 int replacedAccess(const char* path, int mode) asm("__wrap_access");
-ssize_t systemRead(int descriptor, void* data, std::size_t size, off_t offset) asm("__real_pread");
-ssize_t replacedRead(int descriptor, void* data, std::size_t size,
-                     off_t offset) asm("__wrap_pread");
 int systemFlush(int descriptor) asm("__real_fsync");
 int replacedFlush(int descriptor) asm("__wrap_fsync");
 int systemLinkAt(int oldFolder, const char* oldPath, int newFolder, const char* newPath,
@@ -91,10 +88,6 @@ int replacedOpen(const char* path, int flags, ...) {  // NOLINT(cert-dcl50-cpp)
         return watched(FileCall::openUnnamed, call);
     }
     return (flags & O_DIRECTORY) != 0 ? watched(FileCall::openFolder, call) : call();
-}
-
-ssize_t replacedRead(int descriptor, void* data, std::size_t size, off_t offset) {
-    return watched(FileCall::read, [=] { return systemRead(descriptor, data, size, offset); });
 }
 
 int replacedAccess(const char* path, int mode) {

@@ -8,7 +8,6 @@
 /// Calls by which a file is written whole, in their usual order.
 enum class FileCall {
     lookUpProc,   ///< access
-    read,         ///< pread
     openUnnamed,  ///< open with O_TMPFILE
     flush,        ///< fsync of a file
     openFolder,   ///< open with O_DIRECTORY
