@@ -3,6 +3,15 @@
 #include "project/project_file.h"
 #include "tests/support/project_builder.h"
 
+/// A table of these values.
+inline ProjectFile projectOf(const AttributeValues& values) {
+    ProjectFile file;
+    for (const auto& [id, value] : values) {
+        file.insertAttribute(id, value);
+    }
+    return file;
+}
+
 /// The values of a table, copied.
 inline AttributeValues valuesOf(const ProjectFile& file) {
     AttributeValues values;

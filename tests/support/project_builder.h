@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-using Bytes = std::vector<std::uint8_t>;
+#include "tests/support/bytes.h"
 
 /// Attribute values by id.
 using AttributeValues = std::map<std::uint32_t, Bytes>;

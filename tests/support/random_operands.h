@@ -2,7 +2,8 @@
 
 #include <cstdint>
 #include <random>
-#include <vector>
+
+#include "tests/support/bytes.h"
 
 /// The seed of this run: SIGN_TEST_SEED of the environment, or a fresh one. It is printed when a
 /// test of the executable fails and stands in the report of every test, so that a run can be
@@ -16,4 +17,4 @@ std::mt19937_64& testRandom();
 /// A number in [0, bound).
 std::uint64_t randomBelow(std::uint64_t bound);
 
-std::vector<std::uint8_t> randomBytes(std::size_t length);
+Bytes randomBytes(std::size_t length);

@@ -11,6 +11,8 @@
 
 #include <stdlib.h>
 
+#include "tests/support/bytes.h"
+
 /// A new folder that is removed, with everything in it, at the end of the scope.
 class TemporaryFolder {
 public:
@@ -43,7 +45,7 @@ public:
     }
 
     /// Writes a file and returns its path.
-    std::string write(std::string_view name, const std::vector<std::uint8_t>& bytes) const {
+    std::string write(std::string_view name, const Bytes& bytes) const {
         std::ofstream stream(path_ / name, std::ios::binary | std::ios::trunc);
         stream.write(reinterpret_cast<const char*>(bytes.data()),
                      static_cast<std::streamsize>(bytes.size()));
@@ -58,7 +60,7 @@ private:
 };
 
 /// All bytes of a file; throws std::runtime_error when it cannot be opened.
-inline std::vector<std::uint8_t> fileBytes(const std::string& path) {
+inline Bytes fileBytes(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     if (!stream) {
         throw std::runtime_error("cannot read " + path);

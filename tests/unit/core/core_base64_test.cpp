@@ -10,8 +10,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 // RFC 4648, section 4, table 1.
 const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 

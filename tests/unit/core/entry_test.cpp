@@ -13,7 +13,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
 using core::CoreInteger;
 
 using CoreEntry = LeakCheckedTest;

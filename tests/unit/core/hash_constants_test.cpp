@@ -12,8 +12,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 std::vector<std::uint32_t> firstPrimes(std::size_t count) {
     std::vector<std::uint32_t> primes;
     for (std::uint32_t n = 2; primes.size() < count; ++n) {

@@ -21,8 +21,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 bool isOpen(int descriptor) {
     return ::fcntl(descriptor, F_GETFD) != -1;
 }

@@ -6,6 +6,7 @@
 #include "curve/random_scalar.h"
 #include "curve/sect163r2.h"
 #include "project/project_key_record.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/hexadecimal.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/signature_text.h"
@@ -145,10 +146,7 @@ TEST_F(SignData, DrawsAnotherNonceWhenSIsZero) {
 }
 
 TEST_F(SignData, WritesNoTerminator) {
-    ProjectFile file;
-    for (const auto& [id, value] : keyAttributes(randomProjectKey())) {
-        file.insertAttribute(id, value);
-    }
+    const ProjectFile file = projectOf(keyAttributes(randomProjectKey()));
     SignatureBuffer buffer;
     buffer.fill('~');
     EXPECT_TRUE(signWithRecord(file, someData.data(), 9, buffer.data()));

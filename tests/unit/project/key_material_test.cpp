@@ -4,6 +4,7 @@
 #include <string>
 
 #include "project/project_key_record.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 
@@ -35,12 +36,8 @@ bool isUntouched(const core::CoreInteger& value) {
 }
 
 ProjectKeyRecord recordOf(const AttributeValues& values) {
-    ProjectFile file;
-    for (const auto& [id, value] : values) {
-        file.insertAttribute(id, value);
-    }
     ProjectKeyRecord record;
-    record.loadFromAttributes(file);
+    record.loadFromAttributes(projectOf(values));
     return record;
 }
 

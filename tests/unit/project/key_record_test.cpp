@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "project/project_key_record.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/random_operands.h"
@@ -27,17 +28,9 @@ Words elementWords(const Bytes& bytes) {
     return {words.begin(), words.end()};
 }
 
-ProjectFile fileWith(const AttributeValues& values) {
-    ProjectFile file;
-    for (const auto& [id, value] : values) {
-        file.insertAttribute(id, value);
-    }
-    return file;
-}
-
 ProjectKeyRecord recordOf(const AttributeValues& values) {
     ProjectKeyRecord record;
-    record.loadFromAttributes(fileWith(values));
+    record.loadFromAttributes(projectOf(values));
     return record;
 }
 
@@ -96,7 +89,7 @@ TEST(LoadFromAttributes, IsEmptyForAProjectWithoutKey) {
 
 TEST(LoadFromAttributes, ReplacesWhatTheRecordHeld) {
     ProjectKeyRecord record = recordOf(keyAttributes(randomProjectKey()));
-    record.loadFromAttributes(fileWith({{72, elementValue(32, "7")}}));
+    record.loadFromAttributes(projectOf({{72, elementValue(32, "7")}}));
     EXPECT_EQ(record.basePointX.degree, 32U);
     EXPECT_EQ(wordsOf(record.basePointX), elementWords({7}));
     expectEmpty(record.basePointY);

@@ -12,8 +12,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr std::array<std::uint8_t, 64> zeroState{};
 
 void fillPool(RandomGenerator& generator, std::size_t length) {

@@ -14,8 +14,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr std::time_t someTime = 0x123456789A;
 const Bytes someTimeBytes = {0x56, 0x9A, 0x34, 0x78};
 

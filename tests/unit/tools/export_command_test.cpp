@@ -7,6 +7,8 @@
 #include <string>
 #include <tuple>
 
+#include "core/entry.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
@@ -36,10 +38,7 @@ protected:
 };
 
 TEST_F(ExportCommand, WritesTheKeyThatIsAskedFor) {
-    ProjectFile project;
-    for (const auto& [id, value] : attributes) {
-        project.insertAttribute(id, value);
-    }
+    const ProjectFile project = projectOf(attributes);
     EXPECT_EQ(runOn(projectBytes(attributes)),
               (CommandEnd{exitDone, exportPublicKey(project).pem, ""}));
     EXPECT_EQ(runOn(projectBytes(attributes), true),

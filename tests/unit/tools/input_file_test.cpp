@@ -23,8 +23,6 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 /// What the engine would sign.
 Bytes mappedBytes(const InputFile& file) {
     MappedInput mapped;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <utility>
 
+#include "tests/support/attribute_values.h"
 #include "tests/support/big_number.h"
 #include "tests/support/hexadecimal.h"
 #include "tests/support/project_key.h"
@@ -25,14 +26,6 @@ using LibcryptoKey = std::unique_ptr<EVP_PKEY, void (*)(EVP_PKEY*)>;
 using Context = std::unique_ptr<EVP_PKEY_CTX, void (*)(EVP_PKEY_CTX*)>;
 
 const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
-ProjectFile projectOf(const AttributeValues& attributes) {
-    ProjectFile project;
-    for (const auto& [id, value] : attributes) {
-        project.insertAttribute(id, value);
-    }
-    return project;
-}
 
 LibcryptoKey readKey(const std::string& pem,
                      EVP_PKEY* (*read)(BIO*, EVP_PKEY**, pem_password_cb*, void*)) {

@@ -105,10 +105,7 @@ TEST_F(NewProject, ThatOnlyVerifiesHasTheCoordinatesThatTheProgramReads) {
     values[73].resize(296, 0xFF);
     values[75][31] = 0xFF;
     values[200] = {1};
-    ProjectFile project;
-    for (const auto& [id, value] : values) {
-        project.insertAttribute(id, Bytes(value));
-    }
+    const ProjectFile project = projectOf(values);
     AttributeValues expected = values;
     expected.erase(74);
     expected.erase(200);

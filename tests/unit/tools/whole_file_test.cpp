@@ -23,8 +23,6 @@
 namespace {
 
 using Names = std::vector<std::string>;
-using Bytes = std::vector<std::uint8_t>;
-
 const Bytes content = {'w', 'h', 'o', 'l', 'e'};
 
 bool writeContent(std::FILE* stream) {
