@@ -4,11 +4,11 @@
 #include <span>
 
 #include "curve/entry.h"
+#include "engine/key_rules.h"
 #include "engine/mapped_file.h"
 #include "engine/signature_engine.h"
 #include "engine/signature_text.h"
 #include "engine/working_domain.h"
-#include "project/project_key_record.h"
 
 namespace {
 
@@ -49,18 +49,13 @@ bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::u
                     char* signature) {
     ProjectKeyRecord record;
     record.loadFromAttributes(project);
-    // The base point comes only with a complete key, so a project without a public point cannot
-    // sign.
-    if (!record.hasPrivateScalar() || !record.hasPublicPoint()) {
+    if (signingFault(record).fault != KeyFault::none) {
         return false;
     }
     core::FieldElement x{.capacity = workingElementCapacity};
     core::FieldElement y{.capacity = workingElementCapacity};
     core::CoreInteger scalar{.capacity = scalarLimbs};
     record.copyKeyMaterial(&x, &y, nullptr, nullptr, &scalar);
-    if (!isOnCurveField(x) || !isOnCurveField(y)) {
-        return false;
-    }
     renderSignature(data, length, scalar, {.x = &x, .y = &y}, signature);
     return signature[0] != '\0';
 }

@@ -3,11 +3,11 @@
 #include <span>
 
 #include "curve/entry.h"
+#include "engine/key_rules.h"
 #include "engine/mapped_file.h"
 #include "engine/signature_engine.h"
 #include "engine/signature_text.h"
 #include "engine/working_domain.h"
-#include "project/project_key_record.h"
 
 bool verifyData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
                 const char* signature) {
@@ -36,7 +36,7 @@ bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std:
                       const char* signature) {
     ProjectKeyRecord record;
     record.loadFromAttributes(project);
-    if (!record.hasPublicPoint()) {
+    if (verifyingFault(record).fault != KeyFault::none) {
         return false;
     }
     core::FieldElement baseX{.capacity = workingElementCapacity};
@@ -44,11 +44,6 @@ bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std:
     core::FieldElement publicX{.capacity = workingElementCapacity};
     core::FieldElement publicY{.capacity = workingElementCapacity};
     record.copyKeyMaterial(&baseX, &baseY, &publicX, &publicY, nullptr);
-    for (const core::FieldElement* coordinate : {&baseX, &baseY, &publicX, &publicY}) {
-        if (!isOnCurveField(*coordinate)) {
-            return false;
-        }
-    }
     return checkSignatureText(data, length, {.x = &publicX, .y = &publicY},
                               {.x = &baseX, .y = &baseY}, signature);
 }

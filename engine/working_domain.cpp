@@ -12,7 +12,3 @@ core::CurveDomain workingDomain(const core::CurvePoint& basePoint) {
             .order = curve.order,
             .cofactor = curve.cofactor};
 }
-
-bool isOnCurveField(const core::FieldElement& coordinate) {
-    return coordinate.degree == core::sect163r2.domain.degree;
-}

@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include "curve/curve_domain.h"
-#include "curve/field_element.h"
 
 /// Bytes of `words` in use in the coordinates of one call.
 inline constexpr std::uint64_t workingElementCapacity = 112;
@@ -11,7 +10,3 @@ inline constexpr std::uint64_t workingElementCapacity = 112;
 /// The domain of one call: the curve sect163r2 with the project's base point in the place of the
 /// published one. It refers to `basePoint`.
 core::CurveDomain workingDomain(const core::CurvePoint& basePoint);
-
-/// Whether a coordinate has the degree of the curve's field. Only such a value is a coordinate at
-/// all; that it belongs to a point of the curve is taken for granted.
-bool isOnCurveField(const core::FieldElement& coordinate);

@@ -1,7 +1,7 @@
 // Property: whatever bytes stand under the ids of a key, or none, the key record holds what a slow
 // reader takes from them, with an attribute that is too long, or claims more bits than there is
-// room for, counted as absent. Its two tests and the copies of its values follow from that, for
-// each choice of outputs, and what is not copied stays as it was.
+// room for, counted as absent and told of. Its two tests and the copies of its values follow from
+// that, for each choice of outputs, and what is not copied stays as it was.
 //
 // Input: a byte for the choice of outputs, then for each id from 72 to 76 a byte for the length of
 // the value (255: absent) and the value; lengths of 250 and more stand for those around 296 bytes.
@@ -75,6 +75,19 @@ core::CoreInteger expectedScalar(const Value& value) {
         scalar.limbs[i / 8] |= std::uint64_t{(*bytes)[4 + i]} << 8 * (i % 8);
     }
     return scalar;
+}
+
+/// What the loading of a value meets.
+KeyFault expectedFault(const Value& value, bool isScalar) {
+    if (!value.has_value()) {
+        return KeyFault::absent;
+    }
+    const auto bytes = readable(value);
+    if (!bytes.has_value()) {
+        return KeyFault::tooLarge;
+    }
+    const bool fits = isScalar ? bitCount(*bytes) % 0x80000000 <= 320 : bitCount(*bytes) <= 512;
+    return fits ? KeyFault::none : KeyFault::tooManyBits;
 }
 
 bool same(const core::FieldElement& a, const core::FieldElement& b) {
@@ -163,6 +176,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "the elements are the slow reader's");
     require(same(record.privateScalar.value_or(core::CoreInteger()), expected.scalar),
             "the scalar is the slow reader's");
+    for (std::uint32_t i = 0; i < values.size(); ++i) {
+        require(record.loadingOf(72 + i).fault == expectedFault(values.at(i), i == 2),
+                "each attribute meets what the slow reader finds");
+    }
     require(record.hasPublicPoint() == expected.hasPublicPoint(), "the public point is told of");
     require(record.hasPrivateScalar() == expected.hasPrivateScalar(), "the scalar is told of");
     checkCopies(record, expected, outputs);

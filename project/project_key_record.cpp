@@ -10,19 +10,48 @@ namespace {
 
 using AttributeScratch = std::array<std::uint8_t, keyAttributeRoom>;
 
-/// The bit count at the start of both value forms; bit 31 of an integer's is no part of it.
-std::uint32_t storedBitCount(const AttributeScratch& attributeScratch) {
+/// Copies the attribute into the zero-filled scratch and tells what it met. A value that is shorter
+/// than its bit count counts as filled up with zeros.
+KeyReport readAttribute(const ProjectFile& file, ProjectAttributeId id, std::uint32_t bitRoom,
+                        AttributeScratch& attributeScratch) {
+    if (!file.getAttribute(id, attributeScratch.data(), keyAttributeRoom)) {
+        const std::uint32_t size = file.attributeSize(id);
+        return size == 0 ? KeyReport{.fault = KeyFault::absent, .attribute = id}
+                         : KeyReport{.fault = KeyFault::tooLarge,
+                                     .attribute = id,
+                                     .found = size,
+                                     .allowed = keyAttributeRoom};
+    }
     std::uint32_t bits = 0;
     std::memcpy(&bits, attributeScratch.data(), sizeof bits);
-    return bits;
+    if (id == privateScalarAttribute) {
+        bits &= ~core::integerSignBit;
+    }
+    return {.fault = bits > bitRoom ? KeyFault::tooManyBits : KeyFault::none,
+            .attribute = id,
+            .found = bits,
+            .allowed = bitRoom};
 }
 
-void loadElement(const ProjectFile& file, ProjectAttributeId id, core::FieldElement& e) {
+KeyReport loadElement(const ProjectFile& file, ProjectAttributeId id, core::FieldElement& e) {
+    e = {.capacity = keyElementCapacity};
     AttributeScratch attributeScratch{};
-    if (file.getAttribute(id, attributeScratch.data(), attributeScratch.size()) &&
-        storedBitCount(attributeScratch) <= elementBitRoom) {
+    const KeyReport report = readAttribute(file, id, elementBitRoom, attributeScratch);
+    if (report.fault == KeyFault::none) {
         coreEntry::fieldLoad(attributeScratch.data(), e);
     }
+    return report;
+}
+
+KeyReport loadScalar(const ProjectFile& file, std::optional<core::CoreInteger>& scalar) {
+    scalar.reset();
+    AttributeScratch attributeScratch{};
+    const KeyReport report =
+        readAttribute(file, privateScalarAttribute, scalarBitRoom, attributeScratch);
+    if (report.fault == KeyFault::none) {
+        coreEntry::integerImport(attributeScratch.data(), scalar.emplace());
+    }
+    return report;
 }
 
 void copyElement(const core::FieldElement& source, core::FieldElement* destination) {
@@ -34,29 +63,41 @@ void copyElement(const core::FieldElement& source, core::FieldElement* destinati
 }  // namespace
 
 void ProjectKeyRecord::loadFromAttributes(const ProjectFile& file) {
-    *this = {};
-    loadElement(file, basePointXAttribute, basePointX);
-    loadElement(file, basePointYAttribute, basePointY);
-    loadElement(file, publicPointXAttribute, publicPointX);
-    loadElement(file, publicPointYAttribute, publicPointY);
-
-    AttributeScratch attributeScratch{};
-    if (file.getAttribute(privateScalarAttribute, attributeScratch.data(),
-                          attributeScratch.size()) &&
-        (storedBitCount(attributeScratch) & ~core::integerSignBit) <= scalarBitRoom) {
-        coreEntry::integerImport(attributeScratch.data(), privateScalar.emplace());
-    }
+    loading[0] = loadElement(file, basePointXAttribute, basePointX);
+    loading[1] = loadElement(file, basePointYAttribute, basePointY);
+    loading[2] = loadScalar(file, privateScalar);
+    loading[3] = loadElement(file, publicPointXAttribute, publicPointX);
+    loading[4] = loadElement(file, publicPointYAttribute, publicPointY);
 }
 
-bool ProjectKeyRecord::hasPrivateScalar() const {
-    if (!privateScalar.has_value() || privateScalar->lengthAndSign == 0) {
-        return false;
+KeyReport ProjectKeyRecord::privateScalarFault() const {
+    KeyReport report = loadingOf(privateScalarAttribute);
+    if (privateScalar.has_value() && privateScalar->lengthAndSign <= 1 &&
+        privateScalar->limbs[0] == 0) {
+        report.fault = KeyFault::zeroScalar;
     }
-    return privateScalar->lengthAndSign != 1 || privateScalar->limbs[0] != 0;
+    return report;
 }
 
-bool ProjectKeyRecord::hasPublicPoint() const {
-    return publicPointX.degree != 0 && publicPointX.degree == publicPointY.degree;
+KeyReport ProjectKeyRecord::publicPointFault() const {
+    const KeyReport& x = loadingOf(publicPointXAttribute);
+    const KeyReport& y = loadingOf(publicPointYAttribute);
+    if (x.fault != KeyFault::none) {
+        return x;
+    }
+    if (y.fault != KeyFault::none) {
+        return y;
+    }
+    if (x.found != y.found) {
+        return {.fault = KeyFault::bitsDiffer,
+                .attribute = publicPointYAttribute,
+                .found = y.found,
+                .allowed = x.found};
+    }
+    if (x.found == 0) {
+        return {.fault = KeyFault::noBits, .attribute = publicPointXAttribute};
+    }
+    return {};
 }
 
 void ProjectKeyRecord::copyKeyMaterial(core::FieldElement* x, core::FieldElement* y,

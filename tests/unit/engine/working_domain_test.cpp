@@ -21,15 +21,4 @@ TEST(WorkingDomain, IsTheCurveWithAnotherBasePoint) {
     EXPECT_EQ(&domain.cofactor, &curve.cofactor);
 }
 
-TEST(IsOnCurveField, AsksForTheDegreeAlone) {
-    core::FieldElement e{.degree = 163, .capacity = 112};
-    EXPECT_TRUE(isOnCurveField(e));
-    e.words.fill(~0UL);
-    EXPECT_TRUE(isOnCurveField(e));
-    for (const std::uint64_t degree : {0UL, 162UL, 164UL, 512UL, 163UL << 32}) {
-        e.degree = degree;
-        EXPECT_FALSE(isOnCurveField(e)) << degree;
-    }
-}
-
 }  // namespace
