@@ -4,32 +4,18 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
-#include <vector>
 
 #include "core/integer.h"
 #include "curve/field.h"
 #include "curve/point.h"
 #include "curve/random_scalar.h"
-#include "curve/sect163r2.h"
 #include "project/project_key_record.h"
 #include "tools/hexadecimal_digit.h"
 #include "tools/project/point_product.h"
+#include "tools/project/stored_bytes.h"
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-
-const core::CurveDomain& curve() {
-    return core::sect163r2.domain;
-}
-
-void appendWord(Bytes& bytes, std::uint64_t value) {
-    const auto word = static_cast<std::uint32_t>(value);
-    bytes.resize(bytes.size() + sizeof word);
-    std::memcpy(bytes.data() + bytes.size() - sizeof word, &word, sizeof word);
-}
 
 /// The stored form of an element: its degree, four zero bytes, its bits in 32-bit words.
 Bytes storedElement(const core::FieldElement& e) {
@@ -56,8 +42,8 @@ Bytes storedScalar(const core::FieldElement& k) {
 }
 
 core::FieldElement randomScalar() {
-    const core::FieldTemporary k(core::fieldNew(curve().degree));
-    core::drawScalar(*k, curve().order);
+    const core::FieldTemporary k(core::fieldNew(projectCurve.degree));
+    core::drawScalar(*k, projectCurve.order);
     return *k;
 }
 
@@ -71,7 +57,7 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool isBelowOrder(const core::FieldElement& k) {
-    const auto& order = curve().order.words;
+    const auto& order = projectCurve.order.words;
     return std::lexicographical_compare(k.words.rbegin(), k.words.rend(), order.rbegin(),
                                         order.rend());
 }
@@ -79,14 +65,14 @@ bool isBelowOrder(const core::FieldElement& k) {
 }  // namespace
 
 ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& scalar) {
-    core::PointTemporary basePoint(curve().degree);
-    core::PointTemporary publicPoint(curve().degree);
+    core::PointTemporary basePoint(projectCurve.degree);
+    core::PointTemporary publicPoint(projectCurve.degree);
     if (base == BasePoint::standard) {
-        core::pointCopy(curve().basePoint, *basePoint);
+        core::pointCopy(projectCurve.basePoint, *basePoint);
     } else {
         // The order is prime, so every multiple of the published base point but infinity has that
         // order.
-        pointProduct(randomScalar(), curve().basePoint, *basePoint);
+        pointProduct(randomScalar(), projectCurve.basePoint, *basePoint);
     }
     const core::FieldElement k = scalar.has_value() ? *scalar : randomScalar();
     pointProduct(k, *basePoint, *publicPoint);
@@ -128,7 +114,8 @@ ScalarReading readScalar(std::string_view text) {
     if (digits.empty()) {
         return {.refusal = "the scalar is zero", .scalar = {}};
     }
-    core::FieldElement scalar{.degree = curve().order.degree, .capacity = curve().order.capacity};
+    core::FieldElement scalar{.degree = projectCurve.order.degree,
+                              .capacity = projectCurve.order.capacity};
     constexpr std::size_t digitsOfWord = 16;
     constexpr std::size_t longestScalar = 41;  // digits of 163 bits
     if (digits.size() <= longestScalar) {

@@ -7,7 +7,6 @@
 #include "core/integer.h"
 #include "curve/field.h"
 #include "curve/point.h"
-#include "curve/sect163r2.h"
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/project/attribute_meaning.h"
@@ -17,10 +16,6 @@
 #include "tools/project/project_reading.h"
 
 namespace {
-
-const core::CurveDomain& curve() {
-    return core::sect163r2.domain;
-}
 
 /// Bytes of an attribute whose value has this many bits, behind its own header.
 std::uint32_t elementSize(std::uint64_t degree) {
@@ -120,13 +115,13 @@ bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldE
 /// out := a * b, reduced.
 void multiply(const core::FieldElement& a, const core::FieldElement& b, core::FieldElement& out) {
     core::fieldMultiply(a, b, out);
-    core::fieldReduce(out, curve().reductionPolynomial);
+    core::fieldReduce(out, projectCurve.reductionPolynomial);
 }
 
 /// Whether y^2 + xy = x^3 + ax^2 + b, that is y(y + x) = x^2 (x + a) + b.
 bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
     constexpr std::uint64_t capacity = 8 * core::fieldWordRoom;
-    const core::FieldElement zero{.degree = curve().degree, .capacity = capacity};
+    const core::FieldElement zero{.degree = projectCurve.degree, .capacity = capacity};
     core::FieldElement sum = zero;
     core::FieldElement left = zero;
     core::FieldElement square = zero;
@@ -134,9 +129,9 @@ bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
     core::fieldAdd(y, x, sum);
     multiply(y, sum, left);
     multiply(x, x, square);
-    core::fieldAdd(x, curve().coefficientA, sum);
+    core::fieldAdd(x, projectCurve.coefficientA, sum);
     multiply(square, sum, right);
-    core::fieldAddTo(right, curve().coefficientB);
+    core::fieldAddTo(right, projectCurve.coefficientB);
     return core::fieldCompare(left, right) == 0;
 }
 
@@ -144,9 +139,9 @@ bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
 /// is -P, since (n - 2) * P is infinity for no point of an order among 2, n and 2n. The product n *
 /// P would tell nothing: `pointAdd` takes -P for P where x has a zero top word, and doubles.
 bool isOfOrder(const core::CurvePoint& P) {
-    core::FieldElement factor = curve().order;
+    core::FieldElement factor = projectCurve.order;
     factor.words[0] -= 1;
-    core::PointTemporary product(curve().degree);
+    core::PointTemporary product(projectCurve.degree);
     pointProduct(factor, P, *product);
     return core::fieldCompare(*product->x, *P.x) == 0;
 }
@@ -213,7 +208,7 @@ bool checkScalar(Checked& checked) {
                          std::to_string(sizeof(std::uint32_t) + (bits + 7) / 8));
     }
     core::CoreInteger order{.capacity = core::integerLimbRoom};
-    core::fieldToInteger(curve().order, order);
+    core::fieldToInteger(projectCurve.order, order);
     if (scalar.lengthAndSign == 0) {
         checked.find("scalar-out-of-range", id, KeyDamage::scalar, namedAttribute(id) + " is zero");
         return false;
@@ -228,11 +223,12 @@ bool checkScalar(Checked& checked) {
 
 /// Compares the public point with the product of scalar and base point, all of them sound.
 void checkProduct(Checked& checked, const StoredPoint& base, const StoredPoint& publicPoint) {
-    core::FieldElement scalar{.degree = curve().degree, .capacity = curve().order.capacity};
+    core::FieldElement scalar{.degree = projectCurve.degree,
+                              .capacity = projectCurve.order.capacity};
     core::CoreInteger value = *checked.key.privateScalar;
     core::integerNormalise(value);
     core::fieldFromInteger(value, scalar);
-    core::PointTemporary product(curve().degree);
+    core::PointTemporary product(projectCurve.degree);
     pointProduct(scalar, base.point(), *product);
     if (core::fieldCompare(*product->x, publicPoint.x) != 0 ||
         core::fieldCompare(*product->y, publicPoint.y) != 0) {

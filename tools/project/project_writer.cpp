@@ -1,26 +1,14 @@
 #include "tools/project/project_writer.h"
 
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <vector>
 
 #include "project/project_key_record.h"
 #include "tools/files/whole_file.h"
+#include "tools/project/stored_bytes.h"
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-
-void append(Bytes& bytes, const void* data, std::size_t size) {
-    bytes.resize(bytes.size() + size);
-    std::memcpy(bytes.data() + bytes.size() - size, data, size);
-}
-
-void appendWord(Bytes& bytes, std::size_t value) {
-    const auto word = static_cast<std::uint32_t>(value);
-    append(bytes, &word, sizeof word);
-}
 
 /// Where the values begin.
 std::size_t valuesOffset(const std::vector<ProjectAttribute>& attributes) {
@@ -48,7 +36,7 @@ Bytes projectImage(const std::vector<ProjectAttribute>& attributes) {
         offset += value.size();
     }
     for (const ProjectAttribute& attribute : attributes) {
-        append(image, attribute.value.data(), attribute.value.size());
+        appendBytes(image, attribute.value.data(), attribute.value.size());
     }
     return image;
 }
