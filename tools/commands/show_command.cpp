@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/key_rules.h"
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/exit_status.h"
@@ -37,8 +38,7 @@ std::string digitsOf(std::span<const std::uint64_t> words, std::uint64_t bits) {
 }
 
 /// The number that the program takes from a key attribute; empty if it takes none.
-std::string valueOf(const ProjectFile& project, const ProjectKeyRecord& key,
-                    ProjectAttributeId id) {
+std::string valueOf(const ProjectKeyRecord& key, ProjectAttributeId id) {
     switch (id) {
         case basePointXAttribute:
             return digitsOf(key.basePointX.words, key.basePointX.degree);
@@ -50,7 +50,7 @@ std::string valueOf(const ProjectFile& project, const ProjectKeyRecord& key,
             return digitsOf(key.publicPointY.words, key.publicPointY.degree);
         default:
             return key.privateScalar.has_value()
-                       ? digitsOf(key.privateScalar->limbs, statedBits(project, id))
+                       ? digitsOf(key.privateScalar->limbs, key.loadingOf(id).found)
                        : "";
     }
 }
@@ -91,10 +91,9 @@ void showEntries(const ProjectFile& project, bool secret,
         } else if (isScalar && !secret) {
             next.remark = "hidden: --secret shows it";
         } else {
-            next.value = valueOf(project, key, id);
-            next.remark = (isScalar ? scalarRefusal(project) : coordinateRefusal(project, id))
-                              .value_or(Refusal{})
-                              .text;
+            next.value = valueOf(key, id);
+            const KeyReport report = isScalar ? key.privateScalarFault() : coordinateFault(key, id);
+            next.remark = keyRefusal(report).value_or(Refusal{}).text;
         }
         show(next);
     }

@@ -1,10 +1,5 @@
 #include "tools/project/attribute_meaning.h"
 
-#include <algorithm>
-#include <cstring>
-#include <vector>
-
-#include "core/core_integer.h"
 #include "project/project_key_record.h"
 
 std::string attributeMeaning(ProjectAttributeId id) {
@@ -27,12 +22,4 @@ std::string attributeMeaning(ProjectAttributeId id) {
 std::string namedAttribute(ProjectAttributeId id) {
     const std::string meaning = attributeMeaning(id);
     return "attribute " + std::to_string(id) + (meaning.empty() ? "" : " (" + meaning + ")");
-}
-
-std::uint32_t statedBits(const ProjectFile& project, ProjectAttributeId id) {
-    std::vector<std::uint8_t> value = project.getBytes(id);
-    std::uint32_t bits = 0;
-    value.resize(std::max(value.size(), sizeof bits));
-    std::memcpy(&bits, value.data(), sizeof bits);
-    return id == privateScalarAttribute ? bits & ~core::integerSignBit : bits;
 }

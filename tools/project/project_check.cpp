@@ -7,6 +7,7 @@
 #include "core/integer.h"
 #include "curve/field.h"
 #include "curve/point.h"
+#include "engine/key_rules.h"
 #include "project/project_key_record.h"
 #include "tools/counted_text.h"
 #include "tools/project/attribute_meaning.h"
@@ -88,7 +89,7 @@ void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& finding
 
 /// Whether the attribute is an honest, reduced coordinate.
 bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldElement& e) {
-    if (const auto refusal = coordinateRefusal(checked.project, id)) {
+    if (const auto refusal = keyRefusal(coordinateFault(checked.key, id))) {
         checked.find("no-coordinate", id, KeyDamage::points, refusal->text);
         return false;
     }
@@ -189,17 +190,17 @@ bool checkScalar(Checked& checked) {
         checked.find("negative-scalar", id, KeyDamage::none,
                      namedAttribute(id) + " is marked as negative, which the program ignores");
     }
-    if (const auto refusal = scalarRefusal(checked.project)) {
+    if (const auto refusal = keyRefusal(checked.key.privateScalarFault())) {
         checked.find("no-scalar", id, KeyDamage::none, refusal->text);
         return false;
     }
     core::CoreInteger scalar = *checked.key.privateScalar;
     core::integerNormalise(scalar);
     const std::uint64_t bits = core::integerBitLength(scalar);
-    if (statedBits(checked.project, id) != bits) {
+    const std::uint32_t statedBits = checked.key.loadingOf(id).found;
+    if (statedBits != bits) {
         checked.find("dishonest-length", id, KeyDamage::none,
-                     namedAttribute(id) + " states " +
-                         counted(statedBits(checked.project, id), "bit") + ", but has " +
+                     namedAttribute(id) + " states " + counted(statedBits, "bit") + ", but has " +
                          std::to_string(bits));
     } else if (checked.project.attributeSize(id) != sizeof(std::uint32_t) + (bits + 7) / 8) {
         checked.find("dishonest-length", id, KeyDamage::none,
