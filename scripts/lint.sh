@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks the formatting of all sources and runs shellcheck, cppcheck and clang-tidy; any finding is an
-# error.
+# Checks the messages of commits and the formatting of all sources and runs shellcheck, cppcheck and
+# clang-tidy; any finding is an error.
 #
 #   scripts/lint.sh [FOLDER...]      clang-tidy in these folders alone
 set -euo pipefail
@@ -21,6 +21,9 @@ if [[ $# -gt 0 ]]; then
 fi
 
 scripts/install-packages.sh build test bench clang lint
+
+echo "commits"
+/usr/bin/python3 -B scripts/check_commits.py
 
 echo "clang-format"
 sources -name '*.h' -o -name '*.cpp' | xargs -0 clang-format-14 --dry-run -Werror
