@@ -19,26 +19,40 @@ constexpr std::uint32_t scalarLimbs = 15;
 
 bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
               char* signature) {
+    EngineReport report;
+    return signData(projectPath, data, length, signature, report);
+}
+
+bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
+              char* signature, EngineReport& report) {
     if (data == nullptr || length == 0) {
         return false;
     }
     if (projectPath == nullptr || signature == nullptr) {
         return false;
     }
-    ProjectFile project;
-    return project.load(projectPath) && signWithRecord(project, data, length, signature);
+    report.hasData = true;
+    report.loading = report.project.loadReporting(projectPath);
+    return report.loading.fault == ProjectFault::none &&
+           signWithRecord(report.project, data, length, signature, report.key);
 }
 
 bool signFile(const char* projectPath, const char* filePath, char* signature) {
+    EngineReport report;
+    return signFile(projectPath, filePath, signature, report);
+}
+
+bool signFile(const char* projectPath, const char* filePath, char* signature,
+              EngineReport& report) {
     if (projectPath == nullptr || filePath == nullptr || signature == nullptr) {
         return false;
     }
-    MappedInput input;
-    const std::span<const std::uint8_t> bytes = mapInputFile(input, filePath);
-    if (!signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature)) {
+    const std::span<const std::uint8_t> bytes = mapInputFile(report.input, filePath);
+    if (!signData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()), signature,
+                  report)) {
         return false;
     }
-    if (!input.isWhole()) {
+    if (!report.input.isWhole()) {
         std::fill_n(signature, signatureBufferSize, '\0');
         return false;
     }
@@ -46,10 +60,11 @@ bool signFile(const char* projectPath, const char* filePath, char* signature) {
 }
 
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
-                    char* signature) {
+                    char* signature, KeyReport& key) {
     ProjectKeyRecord record;
     record.loadFromAttributes(project);
-    if (signingFault(record).fault != KeyFault::none) {
+    key = signingFault(record);
+    if (key.fault != KeyFault::none) {
         return false;
     }
     core::FieldElement x{.capacity = workingElementCapacity};

@@ -5,12 +5,14 @@
 #include "core/core_integer.h"
 #include "curve/curve_domain.h"
 #include "project/project_file.h"
+#include "project/project_key_record.h"
 
 // The steps of `signData` behind the loading of the project.
 
-/// Signs under the key of a loaded project; `data` and `signature` as in `signData`.
+/// Signs under the key of a loaded project; `data` and `signature` as in `signData`. `key`
+/// tells what stands against it, if anything does.
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
-                    char* signature);
+                    char* signature, KeyReport& key);
 
 /// Signs with these key values and writes the text as `writeSignatureText` does. Where the base
 /// point yields no signature, it writes nothing.

@@ -11,32 +11,46 @@
 
 bool verifyData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
                 const char* signature) {
+    EngineReport report;
+    return verifyData(projectPath, data, length, signature, report);
+}
+
+bool verifyData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
+                const char* signature, EngineReport& report) {
     if (data == nullptr || length == 0) {
         return false;
     }
     if (projectPath == nullptr || signature == nullptr) {
         return false;
     }
-    ProjectFile project;
-    return project.load(projectPath) && verifyWithRecord(project, data, length, signature);
+    report.hasData = true;
+    report.loading = report.project.loadReporting(projectPath);
+    return report.loading.fault == ProjectFault::none &&
+           verifyWithRecord(report.project, data, length, signature, report.key);
 }
 
 bool verifyFile(const char* projectPath, const char* filePath, const char* signature) {
+    EngineReport report;
+    return verifyFile(projectPath, filePath, signature, report);
+}
+
+bool verifyFile(const char* projectPath, const char* filePath, const char* signature,
+                EngineReport& report) {
     if (projectPath == nullptr || filePath == nullptr || signature == nullptr) {
         return false;
     }
-    MappedInput input;
-    const std::span<const std::uint8_t> bytes = mapInputFile(input, filePath);
+    const std::span<const std::uint8_t> bytes = mapInputFile(report.input, filePath);
     return verifyData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                      signature) &&
-           input.isWhole();
+                      signature, report) &&
+           report.input.isWhole();
 }
 
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
-                      const char* signature) {
+                      const char* signature, KeyReport& key) {
     ProjectKeyRecord record;
     record.loadFromAttributes(project);
-    if (verifyingFault(record).fault != KeyFault::none) {
+    key = verifyingFault(record);
+    if (key.fault != KeyFault::none) {
         return false;
     }
     core::FieldElement baseX{.capacity = workingElementCapacity};

@@ -4,12 +4,14 @@
 
 #include "curve/curve_domain.h"
 #include "project/project_file.h"
+#include "project/project_key_record.h"
 
 // The steps of `verifyData` behind the loading of the project.
 
-/// Whether the text verifies under the key of a loaded project.
+/// Whether the text verifies under the key of a loaded project. `key` tells what stands against the
+/// key, if anything does.
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
-                      const char* signature);
+                      const char* signature, KeyReport& key);
 
 /// Whether the text verifies under these points. False for a text with a fault.
 bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,

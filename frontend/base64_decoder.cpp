@@ -37,12 +37,17 @@ void storeBits(std::uint8_t* bytes, std::size_t position, std::uint8_t value) {
     }
 }
 
-bool decodeLeadingGroups(std::string_view text, std::vector<std::uint8_t>& out) {
+/// Why a character that has no value is refused.
+Base64Fault faultOf(char character) {
+    return character == '=' ? Base64Fault::padding : Base64Fault::character;
+}
+
+Base64Decoding decodeLeadingGroups(std::string_view text, std::vector<std::uint8_t>& out) {
     std::size_t position = 0;
     for (const char character : text) {
         const std::uint8_t value = valueOf(character);
         if (value == invalid) {
-            return false;
+            return {.fault = faultOf(character), .place = position / bitsOfCharacter};
         }
         // Up to the byte behind the six bits: after whole groups, one byte more than they hold.
         while (out.size() <= (position + bitsOfCharacter + 1) / 8) {
@@ -51,37 +56,44 @@ bool decodeLeadingGroups(std::string_view text, std::vector<std::uint8_t>& out) 
         storeBits(out.data(), position, value);
         position += bitsOfCharacter;
     }
-    return true;
+    return {};
 }
 
-bool decodeFinalGroup(std::string_view group, std::vector<std::uint8_t>& out) {
+Base64Decoding decodeFinalGroup(std::string_view group, std::vector<std::uint8_t>& out) {
     std::array<std::uint8_t, 3> bytes{};
-    std::size_t bits = 0;
-    for (const char character : group) {
-        if (character == '=') {
-            break;
-        }
+    std::size_t count = 0;
+    for (const char character : group.substr(0, group.find('='))) {
         const std::uint8_t value = valueOf(character);
         if (value == invalid) {
-            return false;
+            return {.fault = Base64Fault::character, .place = count};
         }
-        storeBits(bytes.data(), bits, value);
-        bits += bitsOfCharacter;
+        storeBits(bytes.data(), count * bitsOfCharacter, value);
+        ++count;
     }
-    if (group.find_first_not_of('=', bits / bitsOfCharacter) != std::string_view::npos) {
-        return false;
+    const std::size_t behind = group.find_first_not_of('=', count);
+    if (behind != std::string_view::npos) {
+        return {.fault = Base64Fault::padding, .place = behind};
     }
-    out.insert(out.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(bits / 8));
-    return true;
+    out.insert(out.end(), bytes.begin(),
+               bytes.begin() + static_cast<std::ptrdiff_t>(count * bitsOfCharacter / 8));
+    return {};
 }
 
 }  // namespace
 
-bool base64Decode(std::string_view text, std::vector<std::uint8_t>& out) {
+Base64Decoding base64DecodeReporting(std::string_view text, std::vector<std::uint8_t>& out) {
     if (text.empty() || text.size() % groupSize != 0) {
-        return false;
+        return {.fault = Base64Fault::length};
     }
     const std::size_t leading = text.size() - groupSize;
-    return decodeLeadingGroups(text.substr(0, leading), out) &&
-           decodeFinalGroup(text.substr(leading), out);
+    Base64Decoding decoding = decodeLeadingGroups(text.substr(0, leading), out);
+    if (decoding.fault == Base64Fault::none) {
+        decoding = decodeFinalGroup(text.substr(leading), out);
+        decoding.place += leading;
+    }
+    return decoding;
+}
+
+bool base64Decode(std::string_view text, std::vector<std::uint8_t>& out) {
+    return base64DecodeReporting(text, out).fault == Base64Fault::none;
 }

@@ -1,7 +1,6 @@
 #include "frontend/form_input.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -49,28 +48,28 @@ char decodedByte(std::string_view digits) {
     return static_cast<char>(negative ? 0 - value : value);
 }
 
-bool readBody(FormParameters& parameters) {
-    const char* announced = std::getenv("CONTENT_LENGTH");
-    if (announced == nullptr) {
-        return false;
+RequestFault readBody(FormParameters& parameters, const RequestSource& source) {
+    if (source.contentLength == nullptr) {
+        return RequestFault::formLengthUnset;
     }
-    const std::uint64_t length = parseContentLength(announced);
-    if (length == 0 || length == std::numeric_limits<std::uint64_t>::max()) {
-        return false;
+    const std::uint64_t length = parseContentLength(source.contentLength);
+    if (length == 0) {
+        return RequestFault::formLengthZero;
     }
-    const RequestBody body = readRequestBody(length);
+    if (length == std::numeric_limits<std::uint64_t>::max()) {
+        return RequestFault::formLengthRange;
+    }
+    const RequestBody body = readRequestBody(source.body, length);
     if (body.received == 0) {
-        return false;
+        return RequestFault::formBodyEmpty;
     }
-    // The byte behind the body is zero, so the text ends there at the latest.
-    parseFormPairs(parameters, body.bytes.get());
-    return true;
+    parseFormPairs(parameters, formText({body.bytes.get(), body.received}));
+    return RequestFault::none;
 }
 
-bool readQueryString(FormParameters& parameters) {
-    const char* query = std::getenv("QUERY_STRING");
+RequestFault readQueryString(FormParameters& parameters, const char* query) {
     if (query == nullptr || *query == '\0') {
-        return false;
+        return RequestFault::formBodyEmpty;
     }
     std::string_view text = query;
     if (text.size() > 1 && text.starts_with('"') && text.ends_with('"')) {
@@ -78,14 +77,20 @@ bool readQueryString(FormParameters& parameters) {
         text.remove_suffix(1);
     }
     parseFormPairs(parameters, text);
-    return true;
+    return RequestFault::none;
 }
 
 }  // namespace
 
-bool readFormParameters(FormParameters& parameters, bool fromBody) {
+RequestFault readFormParameters(FormParameters& parameters, const RequestSource& source,
+                                bool fromBody) {
     parameters.clear();
-    return fromBody ? readBody(parameters) : readQueryString(parameters);
+    return fromBody ? readBody(parameters, source)
+                    : readQueryString(parameters, source.queryString);
+}
+
+std::string_view formText(std::string_view body) {
+    return body.substr(0, body.find('\0'));
 }
 
 std::uint64_t parseContentLength(std::string_view text) {

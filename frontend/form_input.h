@@ -1,21 +1,29 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
 
 #include "frontend/request_record.h"
+#include "frontend/request_rules.h"
+#include "frontend/request_source.h"
 
 /// Decoded form names and values, which may hold any byte; names in bytewise order.
 using FormParameters = std::map<std::string, std::string>;
 
-/// Replaces `parameters` by those of the request's form text; false when there is none.
+/// Replaces `parameters` by those of the request's form text; tells why there is none.
 ///
 /// With `fromBody` the text is the body alone, as far as CONTENT_LENGTH announces it and up to its
-/// first zero byte: false when the length is unset or 0, is 2^64 - 1 or more, or nothing arrives.
-/// Without, it is QUERY_STRING, less a pair of double quotation marks around it.
-bool readFormParameters(FormParameters& parameters, bool fromBody);
+/// first zero byte: there is none when the length is unset or 0, is 2^64 - 1 or more, or nothing
+/// arrives. Without, it is QUERY_STRING, less a pair of double quotation marks around it.
+RequestFault readFormParameters(FormParameters& parameters, const RequestSource& source,
+                                bool fromBody);
+
+/// The form text in a body, of which no more is announced: what stands in front of its first zero
+/// byte.
+std::string_view formText(std::string_view body);
 
 /// The number at the start of `text` as stream extraction reads an unsigned 64-bit one: white space
 /// and one sign in front, reading stops at the first byte that is no digit, no digits give 0, a "-"
@@ -40,6 +48,11 @@ std::string getFormString(const FormParameters& parameters, const std::string& n
 /// False if the name is absent or its value is "false"; true for any other value, the empty one
 /// too.
 bool getFormBool(const FormParameters& parameters, const std::string& name);
+
+/// The parameters that `fillRecordFromForm` knows.
+inline constexpr std::array<std::string_view, 9> formParameterNames = {
+    "project",  "sig_create",        "sig_verify", "encoding", "genpairs",
+    "sig_data", "sig_data_encoding", "sig_file",   "sig"};
 
 /// Copies the known parameters to `record`. When neither operation is selected, by a value of
 /// exactly "true", `mode` is `none`. Always true.

@@ -1,7 +1,6 @@
 #include "frontend/json_input.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iterator>
@@ -51,25 +50,31 @@ std::string BodyLexer::get_token_string() const {
     return {};
 }
 
-bool fillRecordFromJson(RequestRecord& record) {
-    const char* announced = std::getenv("CONTENT_LENGTH");
-    const std::int64_t length = announced == nullptr ? 0 : parseDecimal(announced);
-    if (length == 0) {
-        return false;
+RequestFault fillRecordFromJson(RequestRecord& record, const RequestSource& source,
+                                JsonNotes* notes) {
+    if (source.contentLength == nullptr) {
+        return RequestFault::jsonLengthUnset;
     }
-    const RequestBody body = readRequestBody(static_cast<std::uint64_t>(length));
+    const std::int64_t length = parseDecimal(source.contentLength);
+    if (length == 0) {
+        return RequestFault::jsonLengthZero;
+    }
+    const RequestBody body = readRequestBody(source.body, static_cast<std::uint64_t>(length));
     // The bytes that did not arrive are zero bytes of the body, and no JSON text holds one. The
     // parser alone would take one behind the value for the end of its input.
+    if (body.received < body.length) {
+        return RequestFault::jsonBodyShort;
+    }
     if (std::memchr(body.bytes.get(), '\0', body.length) != nullptr) {
-        return false;
+        return RequestFault::jsonZeroByte;
     }
     try {
-        JsonMembers members(record);
+        JsonMembers members(record, notes);
         const char* start = body.bytes.get();
-        return json::sax_parse(BodyPlace(start), BodyPlace(start + body.length), &members) &&
-               members.haveTheirTypes();
+        json::sax_parse(BodyPlace(start), BodyPlace(start + body.length), &members);
+        return members.fault();
     } catch (const std::exception&) {
-        return false;
+        return RequestFault::jsonMemory;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "frontend/json_members.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -14,47 +15,68 @@ RequestMode parseMode(std::string_view word) {
     return RequestMode::none;
 }
 
+/// The member of this name; null if none counts.
+template <std::size_t Count>
+const JsonMembers::KnownMember* memberOf(const std::array<JsonMembers::KnownMember, Count>& members,
+                                         std::string_view name) {
+    const auto* known = std::find_if(members.begin(), members.end(),
+                                     [name](const auto& member) { return member.name == name; });
+    return known == members.end() ? nullptr : known;
+}
+
 }  // namespace
 
-JsonMembers::Member JsonMembers::memberOfRequest(std::string_view name) {
-    if (name == "project") {
-        return Member::project;
+RequestFault JsonMembers::fault() const {
+    if (fault_ != RequestFault::none) {
+        return fault_;
     }
-    if (name == "mode") {
-        return Member::mode;
-    }
-    if (name == "encoding") {
-        return Member::encoding;
-    }
-    if (name == "genPairs") {
-        return Member::genPairs;
-    }
-    return name == "signature" ? Member::signature : Member::none;
+    return wrong_.none() ? RequestFault::none : RequestFault::jsonMemberType;
 }
 
-JsonMembers::Member JsonMembers::memberOfSignature(std::string_view name) {
-    if (name == "data") {
-        return Member::data;
+bool JsonMembers::key(const std::string& name) {
+    const bool ofSignature = depth_ == 2 && inSignature_;
+    if (depth_ != 1 && !ofSignature) {
+        return true;
     }
-    if (name == "encoding") {
-        return Member::dataEncoding;
-    }
-    if (name == "file") {
-        return Member::file;
-    }
-    return name == "signature" ? Member::signatureText : Member::none;
-}
-
-bool JsonMembers::key(std::string_view name) {
-    if (depth_ == 1) {
-        member_ = memberOfRequest(name);
-    } else if (depth_ == 2 && inSignature_) {
-        member_ = memberOfSignature(name);
+    const KnownMember* known =
+        ofSignature ? memberOf(signatureMembers, name) : memberOf(requestMembers, name);
+    member_ = known == nullptr ? Member::none : known->member;
+    if (notes_ != nullptr) {
+        noteName(ofSignature ? notes_->signature : notes_->request, known, name);
     }
     return true;
 }
 
+void JsonMembers::noteName(JsonNotes::Object& object, const KnownMember* known,
+                           const std::string& name) {
+    noted_ = known == nullptr ? nullptr : &object.known[known->name];
+    if (member_ == Member::signature) {
+        notes_->signature = {};
+    }
+    const std::string start = name.substr(0, JsonNotes::longestText);
+    std::vector<std::string>& unknown = object.unknown;
+    if (known != nullptr || std::find(unknown.begin(), unknown.end(), start) != unknown.end()) {
+        return;
+    }
+    if (++object.unknownCount <= JsonNotes::mostUnknown) {
+        unknown.push_back(start);
+    }
+}
+
+void JsonMembers::noteValue(const char* type) {
+    if (depth_ == 0 && notes_ != nullptr) {
+        notes_->type = type;
+    }
+    if (noted_ != nullptr) {
+        *noted_ = {.type = type, .times = noted_->times + 1};
+    }
+}
+
 bool JsonMembers::string(std::string& value) {
+    noteValue("string");
+    if (noted_ != nullptr) {
+        noted_->text = value.substr(0, JsonNotes::longestText);
+    }
     switch (member_) {
         case Member::project:
             record_.project = std::move(value);
@@ -78,7 +100,8 @@ bool JsonMembers::string(std::string& value) {
             record_.signature = std::move(value);
             break;
         default:
-            return otherValue();
+            passOver();
+            return isInObject();
     }
     wrong_.reset(static_cast<std::size_t>(member_));
     return true;
@@ -86,8 +109,9 @@ bool JsonMembers::string(std::string& value) {
 
 bool JsonMembers::boolean(bool value) {
     if (member_ != Member::genPairs) {
-        return otherValue();
+        return otherValue("boolean");
     }
+    noteValue("boolean");
     record_.genPairs = value;
     wrong_.reset(static_cast<std::size_t>(member_));
     return true;
@@ -97,20 +121,41 @@ bool JsonMembers::start_object(std::size_t /*elements*/) {
     if (depth_ == 1) {
         inSignature_ = member_ == Member::signature;
     }
+    noteValue("object");
     passOver();
     enter();
     return true;
 }
 
 bool JsonMembers::start_array(std::size_t /*elements*/) {
-    const bool inObject = otherValue();
+    const bool inObject = otherValue("array");
     enter();
     return inObject;
 }
 
-bool JsonMembers::otherValue() {
+bool JsonMembers::otherValue(const char* type) {
+    noteValue(type);
     passOver();
+    return isInObject();
+}
+
+bool JsonMembers::isInObject() {
+    if (depth_ == 0) {
+        fault_ = RequestFault::jsonNoObject;
+    }
     return depth_ != 0;
+}
+
+bool JsonMembers::parse_error(std::size_t place, const std::string& /*read*/,
+                              const nlohmann::json::exception& error) {
+    // A number that no double holds is the one text that is well-formed and cannot be read.
+    const bool malformed = dynamic_cast<const nlohmann::json::parse_error*>(&error) != nullptr;
+    fault_ = malformed ? RequestFault::jsonSyntax : RequestFault::jsonNumber;
+    if (notes_ != nullptr) {
+        notes_->place = place;
+        notes_->complaint = error.what();
+    }
+    return false;
 }
 
 void JsonMembers::passOver() {
@@ -135,6 +180,7 @@ void JsonMembers::forgetSignature() {
 void JsonMembers::enter() {
     // Nothing inside counts before a member's name is read.
     member_ = Member::none;
+    noted_ = nullptr;
     ++depth_;
 }
 

@@ -1,11 +1,10 @@
 #include "frontend/request_body.h"
 
-#include <cstdio>
 #include <limits>
 #include <new>
 #include <stdexcept>
 
-RequestBody readRequestBody(std::uint64_t length) {
+RequestBody readRequestBody(std::FILE* stream, std::uint64_t length) {
     constexpr std::uint64_t longest = std::numeric_limits<std::int64_t>::max();
     if (length >= longest) {
         throw std::length_error("request body");
@@ -17,7 +16,7 @@ RequestBody readRequestBody(std::uint64_t length) {
     }
     body.length = length;
     // Unbuffered, so that the read asks the system for no more than the body.
-    std::setvbuf(stdin, nullptr, _IONBF, 0);
-    body.received = std::fread(body.bytes.get(), 1, length, stdin);
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    body.received = std::fread(body.bytes.get(), 1, length, stream);
     return body;
 }

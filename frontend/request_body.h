@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-/// The body of a request as it came from standard input: `length` bytes as announced and one more,
+/// The body of a request as it came from its stream: `length` bytes as announced and one more,
 /// all zero behind the `received` bytes that arrived.
 struct RequestBody {
     struct Release {
@@ -21,4 +22,4 @@ struct RequestBody {
 ///
 /// Raises std::length_error for 2^63 - 1 bytes or more, and std::bad_alloc when there is no memory
 /// for the body; either ends the process.
-RequestBody readRequestBody(std::uint64_t length);
+RequestBody readRequestBody(std::FILE* stream, std::uint64_t length);

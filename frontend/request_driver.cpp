@@ -1,63 +1,87 @@
 #include "frontend/request_driver.h"
 
-#include <cstdlib>
 #include <string_view>
 
 #include "frontend/form_input.h"
 #include "frontend/json_input.h"
-#include "frontend/response_writer.h"
 #include "frontend/signature_requests.h"
 
 namespace {
 
-bool isJsonRequest() {
-    const char* contentType = std::getenv("CONTENT_TYPE");
-    return contentType != nullptr && std::string_view(contentType) == "application/json";
+bool isJsonRequest(const RequestSource& source) {
+    return source.contentType != nullptr &&
+           std::string_view(source.contentType) == "application/json";
 }
 
-/// Fills the record from the form; on failure returns the message for it, otherwise null.
-const char* readFormRequest(RequestRecord& record) {
+RequestFault readFormRequest(const RequestSource& source, RequestRecord& record) {
     FormParameters parameters;
-    if (!readFormParameters(parameters, true)) {
-        return "Failed to parse input data";
+    const RequestFault fault = readFormParameters(parameters, source, true);
+    if (fault != RequestFault::none) {
+        return fault;
     }
-    return fillRecordFromForm(parameters, record) ? nullptr : "Failed to parse parameters";
+    return fillRecordFromForm(parameters, record) ? RequestFault::none
+                                                  : RequestFault::formParameters;
 }
 
-const char* readJsonRequest(RequestRecord& record) {
-    return fillRecordFromJson(record) ? nullptr : "Invalid JSON data";
+/// Puts the defaults in the place of the encodings that the record leaves open.
+void settleEncodings(RequestRecord& record, TextEncoding byDefault) {
+    if (record.encoding == TextEncoding::none) {
+        record.encoding = byDefault;
+    }
+    if (record.signatureDataEncoding == TextEncoding::none) {
+        record.signatureDataEncoding = TextEncoding::plain;
+    }
+}
+
+Response responseTo(RequestRun& run) {
+    switch (run.fault) {
+        case RequestFault::none:
+            return respondResult(run);
+        case RequestFault::unknownMode:
+            return respondServerError(messageOf(run.fault));
+        default:
+            return respondBadRequest(messageOf(run.fault));
+    }
 }
 
 }  // namespace
 
 std::int32_t runRequest() {
-    RequestRecord record;
-    const bool json = isJsonRequest();
-    if (const char* failure = json ? readJsonRequest(record) : readFormRequest(record)) {
-        return respondBadRequest(failure);
-    }
-    if (record.mode == RequestMode::none) {
-        return respondBadRequest("'mode' parameter missing or invalid");
-    }
-    if (record.project.empty()) {
-        return respondBadRequest("'project' parameter is required");
-    }
-    if (record.encoding == TextEncoding::none) {
-        record.encoding = json ? TextEncoding::json : TextEncoding::urlencode;
-    }
-    if (record.signatureDataEncoding == TextEncoding::none) {
-        record.signatureDataEncoding = TextEncoding::plain;
-    }
-    return dispatchRequest(record);
+    RequestRun run;
+    const Response response = answerRequest(requestOfProcess(), run);
+    writeResponse(response.status, response.contentType, response.body);
+    return response.exitStatus;
 }
 
-std::int32_t dispatchRequest(const RequestRecord& record) {
-    switch (record.mode) {
-        case RequestMode::generateSignature:
-            return handleGenerateSignature(record);
-        case RequestMode::verifySignature:
-            return handleVerifySignature(record);
-        default:
-            return respondServerError("Invalid mode");
+Response answerRequest(const RequestSource& source, RequestRun& run) {
+    run.isJson = isJsonRequest(source);
+    run.fault = run.isJson ? fillRecordFromJson(run.record, source, run.notes)
+                           : readFormRequest(source, run.record);
+    run.isRead = true;
+    return run.fault == RequestFault::none
+               ? answerRecord(run, run.isJson ? TextEncoding::json : TextEncoding::urlencode)
+               : responseTo(run);
+}
+
+Response answerRecord(RequestRun& run, TextEncoding byDefault) {
+    run.fault = selectionFault(run.record);
+    if (run.fault != RequestFault::none) {
+        return responseTo(run);
     }
+    settleEncodings(run.record, byDefault);
+    return dispatchRequest(run);
+}
+
+Response dispatchRequest(RequestRun& run) {
+    switch (run.record.mode) {
+        case RequestMode::generateSignature:
+            run.fault = handleGenerateSignature(run);
+            break;
+        case RequestMode::verifySignature:
+            run.fault = handleVerifySignature(run);
+            break;
+        default:
+            run.fault = RequestFault::unknownMode;
+    }
+    return responseTo(run);
 }

@@ -5,6 +5,25 @@
 
 bool nphOutput = false;
 
+Response respondOk(const ResponseBody& body) {
+    return {.status = "200 OK", .contentType = "text/plain", .body = body, .exitStatus = 0};
+}
+
+Response respondBadRequest(const ResponseBody& body) {
+    return {
+        .status = "400 Bad Request", .contentType = "text/plain", .body = body, .exitStatus = -1};
+}
+
+Response respondServerError(const ResponseBody& body) {
+    return {
+        .status = "500 Server Error", .contentType = "text/plain", .body = body, .exitStatus = -1};
+}
+
+Response respondJson(const nlohmann::json& value, std::string& text) {
+    text = value.dump();
+    return {.status = "200 OK", .contentType = "application/json", .body = text, .exitStatus = 0};
+}
+
 void writeResponse(const char* status, const char* contentType, const ResponseBody& body) {
     std::printf(nphOutput ? "HTTP/1.0 %s\r\n" : "Status: %s\r\n", status);
     if (body.length == 0) {
@@ -14,23 +33,4 @@ void writeResponse(const char* status, const char* contentType, const ResponseBo
     std::printf("Content-Type: %s\r\n", contentType);
     std::printf("Content-Length: %d\r\n\r\n", static_cast<std::int32_t>(body.length));
     std::printf("%s", body.text);
-}
-
-void respondOk(const ResponseBody& body) {
-    writeResponse("200 OK", "text/plain", body);
-}
-
-std::int32_t respondBadRequest(const ResponseBody& body) {
-    writeResponse("400 Bad Request", "text/plain", body);
-    return -1;
-}
-
-std::int32_t respondServerError(const ResponseBody& body) {
-    writeResponse("500 Server Error", "text/plain", body);
-    return -1;
-}
-
-void respondJson(const nlohmann::json& value) {
-    const std::string text = value.dump();
-    writeResponse("200 OK", "application/json", text);
 }

@@ -16,6 +16,23 @@ struct ResponseBody {
     ResponseBody(const char* terminated) : ResponseBody(terminated, std::strlen(terminated)) {}
 };
 
+/// What a request is answered with. It refers to its texts: a refusal takes no memory.
+struct Response {
+    const char* status;
+    const char* contentType;
+    ResponseBody body;
+    std::int32_t exitStatus;  ///< of the program: 0 after a success, -1 after a refusal
+};
+
+// The four kinds of answer.
+
+Response respondOk(const ResponseBody& body);
+Response respondBadRequest(const ResponseBody& body);
+Response respondServerError(const ResponseBody& body);
+
+/// Answers with the compact text of a JSON value, which is written to `text`.
+Response respondJson(const nlohmann::json& value, std::string& text);
+
 /// Whether the response begins with an HTTP status line instead of a "Status:" line for the server.
 /// Written once, before the request is read.
 extern bool nphOutput;
@@ -26,12 +43,3 @@ extern bool nphOutput;
 /// all. Of the announced length only 32 bits are printed, as a signed number; the text ends at its
 /// first zero byte. A write that fails goes unnoticed.
 void writeResponse(const char* status, const char* contentType, const ResponseBody& body);
-
-// The four kinds of answer. A refusal gives -1, the exit status of the program.
-
-void respondOk(const ResponseBody& body);
-std::int32_t respondBadRequest(const ResponseBody& body);
-std::int32_t respondServerError(const ResponseBody& body);
-
-/// Answers with the compact text of a JSON value.
-void respondJson(const nlohmann::json& value);

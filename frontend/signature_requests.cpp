@@ -7,86 +7,75 @@
 
 #include "engine/signature_engine.h"
 #include "frontend/base64_decoder.h"
-#include "frontend/response_writer.h"
 
 namespace {
 
-/// The message of the first rule on data, file and encoding that the record breaks, or null.
-const char* inputRefusal(const RequestRecord& record) {
-    if (record.signatureData.empty() == record.signatureFile.empty()) {
-        return "Either 'data' or 'file' parameter is required";
-    }
-    if (record.signatureDataEncoding != TextEncoding::plain &&
-        record.signatureDataEncoding != TextEncoding::base64) {
-        return "Signature encoding must be 'plain' or 'base64'";
-    }
-    return nullptr;
-}
-
-/// The bytes that `signatureData` stands for; false when its base64 is malformed.
-bool decodeData(const RequestRecord& record, std::vector<std::uint8_t>& bytes) {
+/// The bytes that the data stand for; false when their base64 is malformed.
+bool decodeData(RequestRun& run, std::vector<std::uint8_t>& bytes) {
+    const RequestRecord& record = run.record;
     if (record.signatureDataEncoding == TextEncoding::base64) {
-        return base64Decode(record.signatureData, bytes);
+        run.base64 = base64DecodeReporting(record.signatureData, bytes);
+        return run.base64.fault == Base64Fault::none;
     }
     bytes.assign(record.signatureData.begin(), record.signatureData.end());
     return true;
 }
 
-std::int32_t respondResult(const RequestRecord& record, const char* name,
-                           const nlohmann::json& value, const std::string& text) {
-    if (record.encoding == TextEncoding::json) {
-        nlohmann::json answer;
-        answer[name] = value;
-        respondJson(answer);
-    } else {
-        respondOk(record.genPairs ? name + (":" + text) : text);
+/// The first rule on what the operation works on that the request breaks. `bytes` are the data
+/// then; none are taken where the request names a file.
+RequestFault takeInput(RequestRun& run, std::vector<std::uint8_t>& bytes) {
+    const RequestFault fault = inputFault(run.record);
+    if (fault != RequestFault::none || run.record.signatureData.empty()) {
+        return fault;
     }
-    return 0;
+    return decodeData(run, bytes) ? RequestFault::none : RequestFault::dataBase64;
 }
 
 }  // namespace
 
-std::int32_t handleGenerateSignature(const RequestRecord& record) {
-    if (const char* refusal = inputRefusal(record)) {
-        return respondBadRequest(refusal);
+RequestFault handleGenerateSignature(RequestRun& run) {
+    std::vector<std::uint8_t> bytes;
+    const RequestFault fault = takeInput(run, bytes);
+    if (fault != RequestFault::none) {
+        return fault;
     }
+    const RequestRecord& record = run.record;
     std::array<char, signatureBufferSize> signature{};
-    bool made = false;
-    if (!record.signatureData.empty()) {
-        std::vector<std::uint8_t> bytes;
-        if (!decodeData(record, bytes)) {
-            return respondBadRequest("Invalid base64 data");
-        }
-        made = signData(record.project.c_str(), bytes.data(),
-                        static_cast<std::uint32_t>(bytes.size()), signature.data());
-    } else {
-        made = signFile(record.project.c_str(), record.signatureFile.c_str(), signature.data());
-    }
-    if (!made) {
-        return respondBadRequest("Signature generation failed");
-    }
-    const std::string text = signature.data();
-    return respondResult(record, "signature", text, text);
+    const bool made =
+        record.signatureFile.empty()
+            ? signData(record.project.c_str(), bytes.data(),
+                       static_cast<std::uint32_t>(bytes.size()), signature.data(), run.engine)
+            : signFile(record.project.c_str(), record.signatureFile.c_str(), signature.data(),
+                       run.engine);
+    run.signature = signature.data();
+    return made ? RequestFault::none : RequestFault::generation;
 }
 
-std::int32_t handleVerifySignature(const RequestRecord& record) {
-    if (record.signature.empty()) {
-        return respondBadRequest("'signature' parameter is required");
+RequestFault handleVerifySignature(RequestRun& run) {
+    std::vector<std::uint8_t> bytes;
+    const RequestFault fault = takeInput(run, bytes);
+    if (fault != RequestFault::none) {
+        return fault;
     }
-    if (const char* refusal = inputRefusal(record)) {
-        return respondBadRequest(refusal);
+    const RequestRecord& record = run.record;
+    run.isValid = record.signatureFile.empty()
+                      ? verifyData(record.project.c_str(), bytes.data(),
+                                   static_cast<std::uint32_t>(bytes.size()),
+                                   record.signature.c_str(), run.engine)
+                      : verifyFile(record.project.c_str(), record.signatureFile.c_str(),
+                                   record.signature.c_str(), run.engine);
+    return RequestFault::none;
+}
+
+Response respondResult(RequestRun& run) {
+    const bool verdict = run.record.mode == RequestMode::verifySignature;
+    const std::string name = verdict ? "valid" : "signature";
+    if (run.record.encoding == TextEncoding::json) {
+        nlohmann::json answer;
+        answer[name] = verdict ? nlohmann::json(run.isValid) : nlohmann::json(run.signature);
+        return respondJson(answer, run.result);
     }
-    bool valid = false;
-    if (!record.signatureData.empty()) {
-        std::vector<std::uint8_t> bytes;
-        if (!decodeData(record, bytes)) {
-            return respondBadRequest("Invalid base64 data");
-        }
-        valid = verifyData(record.project.c_str(), bytes.data(),
-                           static_cast<std::uint32_t>(bytes.size()), record.signature.c_str());
-    } else {
-        valid = verifyFile(record.project.c_str(), record.signatureFile.c_str(),
-                           record.signature.c_str());
-    }
-    return respondResult(record, "valid", valid, valid ? "true" : "false");
+    run.result = run.record.genPairs ? name + ":" : "";
+    run.result += verdict ? (run.isValid ? "true" : "false") : run.signature;
+    return respondOk(run.result);
 }

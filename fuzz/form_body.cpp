@@ -15,20 +15,19 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     InputReader input(data, size);
-    const AnnouncedBody request(input);
+    const RawRequest request = announcedBody(input);
     const std::uint64_t announced = referenceLength(request.contentLength.value_or(""));
     const bool noText = announced == std::numeric_limits<std::uint64_t>::max();
     if (announced > longestAnnounced && announced < impossibleLength) {
         return 0;
     }
 
-    setContentLength(request.contentLength);
-    const ScopedRequestStreams streams(request.body);
+    const RawRequestSource source(request);
     FormParameters parameters = {{"of an earlier call", "value"}};
     bool found = false;
     bool raised = false;
     try {
-        found = readFormParameters(parameters, true);
+        found = readFormParameters(parameters, source, true) == RequestFault::none;
     } catch (const std::length_error&) {
         raised = true;
     }
@@ -38,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     const std::size_t taken = noText ? 0 : std::min(request.body.size(), announced);
-    require(ScopedRequestStreams::inputLeft() == request.body.size() - taken,
+    require(source.left() == request.body.size() - taken,
             "what is announced is taken, and no more");
     const auto text = referenceFormText(request.contentLength, request.body);
     require(found == text.has_value(), "a form text is found where there is one");

@@ -15,19 +15,17 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     InputReader input(data, size);
-    const AnnouncedBody request(input);
+    const RawRequest request = announcedBody(input);
     const std::uint64_t announced = referenceDecimal(request.contentLength.value_or("0"));
     if (announced > longestAnnounced && announced < impossibleLength) {
         return 0;
     }
 
-    setContentLength(request.contentLength);
-    const ScopedRequestStreams streams(request.body);
     RequestRecord record;
     bool filled = false;
     bool raised = false;
     try {
-        filled = fillRecordFromJson(record);
+        filled = fillRecordFromJson(record, RawRequestSource(request)) == RequestFault::none;
     } catch (const std::length_error&) {
         raised = true;
     }

@@ -11,17 +11,17 @@
 
 namespace {
 
-bool isJson(const RequestInput& request) {
+bool isJson(const RawRequest& request) {
     return request.contentType == "application/json";
 }
 
-std::uint64_t announcedLength(const RequestInput& request) {
+std::uint64_t announcedLength(const RawRequest& request) {
     const std::string text = request.contentLength.value_or("0");
     return isJson(request) ? referenceDecimal(text) : referenceLength(text);
 }
 
 /// The record out of the body; empty, with the message, when there is none.
-std::optional<RequestRecord> readRecord(const RequestInput& request, std::string& refusal) {
+std::optional<RequestRecord> readRecord(const RawRequest& request, std::string& refusal) {
     if (isJson(request)) {
         refusal = "Invalid JSON data";
         std::string body = request.body;
@@ -58,19 +58,19 @@ std::string refusalOfRecord(const RequestRecord& record) {
 
 }  // namespace
 
-bool announcesMuch(const RequestInput& request) {
+bool announcesMuch(const RawRequest& request) {
     const std::uint64_t length = announcedLength(request);
     return length > longestAnnounced && length < impossibleLength;
 }
 
-bool announcesTheImpossible(const RequestInput& request) {
+bool announcesTheImpossible(const RawRequest& request) {
     const std::uint64_t length = announcedLength(request);
     const bool countsAsNone =
         !isJson(request) && length == std::numeric_limits<std::uint64_t>::max();
     return length >= impossibleLength && !countsAsNone;
 }
 
-RequestCourse referenceCourse(const RequestInput& request) {
+RequestCourse referenceCourse(const RawRequest& request) {
     RequestCourse course;
     std::optional<RequestRecord> record = readRecord(request, course.refusal);
     if (!record.has_value()) {

@@ -1,18 +1,12 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "frontend/request_record.h"
 #include "tests/support/project_builder.h"
+#include "tools/request/raw_request.h"
 
 // The driver and the rules of both operations once more, up to the engine.
-
-struct RequestInput {
-    std::optional<std::string> contentType;
-    std::optional<std::string> contentLength;
-    std::string body;
-};
 
 /// How a request gets as far as the engine, or does not.
 struct RequestCourse {
@@ -22,12 +16,12 @@ struct RequestCourse {
 };
 
 /// Whether the length that is announced is one that a string can have, but beyond 64 KiB.
-bool announcesMuch(const RequestInput& request);
+bool announcesMuch(const RawRequest& request);
 
 /// Whether no string has the length that is announced, which ends the program without an answer.
-bool announcesTheImpossible(const RequestInput& request);
+bool announcesTheImpossible(const RawRequest& request);
 
-RequestCourse referenceCourse(const RequestInput& request);
+RequestCourse referenceCourse(const RawRequest& request);
 
 /// Status, content type and body of a success with these words in it, for a server.
 std::string referenceSuccess(const RequestRecord& record, const std::string& name,

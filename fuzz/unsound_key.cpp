@@ -105,8 +105,9 @@ ProjectFile projectOf(const Coordinates& coordinates, const Bytes& scalar) {
 
 void checkSigning(const ProjectFile& project, const Bytes& message) {
     std::array<char, signatureBufferSize> text{};
+    KeyReport key;
     const bool made = signWithRecord(project, message.data(),
-                                     static_cast<std::uint32_t>(message.size()), text.data());
+                                     static_cast<std::uint32_t>(message.size()), text.data(), key);
     const auto numbers = referenceSignature(text.data());
     require(made == numbers.has_value(), "a signature is made where there is a text");
     require(!made || (numbers->r < curveOrder() && numbers->s < curveOrder()),
@@ -132,8 +133,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (head % 16 < 8) {
         checkSigning(project, message);
     }
+    KeyReport key;
     const bool verdict = verifyWithRecord(
-        project, message.data(), static_cast<std::uint32_t>(message.size()), valid.c_str());
+        project, message.data(), static_cast<std::uint32_t>(message.size()), valid.c_str(), key);
     require(verdict || coordinates != soundCoordinates(), "the sound key has the signature");
     require(!verdict || elementsOf(coordinates) == elementsOf(soundCoordinates()),
             "no other key has the signature");

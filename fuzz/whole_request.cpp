@@ -10,10 +10,12 @@
 // 63 a file of data and 64 an empty one.
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "frontend/request_driver.h"
 #include "frontend/response_writer.h"
@@ -70,15 +72,33 @@ struct Answer {
     std::int32_t exitStatus = 0;
 };
 
+/// The bytes of a response, taken from a stream in the place of standard output: a run takes as
+/// long as the program does.
+std::string written(const Response& response) {
+    static std::string collected;
+    static std::FILE* const stream =
+        ::fopencookie(nullptr, "wb",
+                      {.read = nullptr,
+                       .write = [](void*, const char* bytes, std::size_t count) -> ssize_t {
+                           collected.append(bytes, count);
+                           return static_cast<ssize_t>(count);
+                       },
+                       .seek = nullptr,
+                       .close = nullptr});
+    collected.clear();
+    std::FILE* const standardOutput = std::exchange(stdout, stream);
+    writeResponse(response.status, response.contentType, response.body);
+    (void)std::fflush(stdout);
+    stdout = standardOutput;
+    return collected;
+}
+
 /// Runs the request; the first line is made that for a server once it was found to be right.
-Answer answerTo(const RequestInput& request, bool nph) {
-    setContentType(request.contentType);
-    setContentLength(request.contentLength);
+Answer answerTo(const RawRequest& request, bool nph) {
     nphOutput = nph;
-    const ScopedRequestStreams streams(request.body);
-    Answer answer;
-    answer.exitStatus = runRequest();
-    answer.output = ScopedRequestStreams::output();
+    RequestRun run;
+    const Response response = answerRequest(RawRequestSource(request), run);
+    Answer answer{.output = written(response), .exitStatus = response.exitStatus};
     constexpr std::string_view clientStart = "HTTP/1.0 ";
     const std::string_view start = nph ? clientStart : serverStart;
     require(answer.output.starts_with(start), "the response has its first line");
@@ -135,10 +155,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string head = input.line();
     const bool nph = head.starts_with('n');
     const std::string type = head.substr(head.empty() ? 0 : 1);
-    const AnnouncedBody announced(input);
-    const RequestInput request = {.contentType = variableFrom(type),
-                                  .contentLength = announced.contentLength,
-                                  .body = announced.body};
+    RawRequest request = announcedBody(input);
+    request.contentType = variableFrom(type);
     if (announcesMuch(request)) {
         return 0;
     }

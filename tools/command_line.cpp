@@ -292,11 +292,14 @@ void CommandLine::addExplain() {
     encoding->needs(project);
     file->needs(project);
     signature->needs(project);
+    CLI::Option* rules =
+        addFlag(command, "--rules", explain_.rules, "List all rules, and no request");
+    rules->excludes(body)->excludes(project);
     addJson(command, explain_.json);
     command->callback([=, this] {
         refuseRepetition(*command);
-        if (body->empty() && project->empty()) {
-            throw CLI::RequiredError("--body or --project");
+        if (body->empty() && project->empty() && rules->empty()) {
+            throw CLI::RequiredError("--body, --project or --rules");
         }
         if (!project->empty() && data->empty() && file->empty()) {
             throw CLI::RequiredError("--data or --file");

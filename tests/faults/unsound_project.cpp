@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tests/program/random_choice.h"
+#include "tests/faults/random_choice.h"
 #include "tests/support/big_number.h"
 #include "tests/support/field_judge.h"
 #include "tests/support/libcrypto_curve.h"

@@ -1,11 +1,8 @@
 // What needs a program without sanitizers: its memory at the limit, and under valgrind.
 
 #include <csignal>
-#include <iostream>
 
-#include "tests/program/explained_requests.h"
 #include "tests/program/sign_program.h"
-#include "tests/support/long_run.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_judge.h"
 #include "tests/support/signature_vectors.h"
@@ -34,15 +31,6 @@ ProgramEnd underValgrind(InputKind kind, const std::string& body) {
 
 ProgramEnd underValgrind(InputKind kind, const SignRequest& request) {
     return underValgrind(kind, bodyText(kind, request));
-}
-
-/// The answer of a program in which valgrind finds nothing.
-RequestAnswer answerUnderValgrind(const RawRequest& request) {
-    const ProgramEnd end = underValgrind(programCall(request));
-    if (end.signal == 0) {
-        EXPECT_EQ(end.errors, "");
-    }
-    return answerOf(end);
 }
 
 /// Signs in both kinds of input, and verifies with the signature and with another; 6 requests.
@@ -75,13 +63,7 @@ TEST(ProgramAbort, IsTheEndWhenThereIsNoMemoryForTheBody) {
     }
 }
 
-// Fifty requests, in tests that may run side by side, and random ones.
-
-TEST(ProgramUnderValgrind, AnswersRandomRequests) {
-    const int requests = roundsOf(10, 1000);
-    compareRequests(requests, answerUnderValgrind);
-    std::cout << requests << " random requests under valgrind" << std::endl;
-}
+// Fifty requests, in tests that may run side by side.
 
 TEST(ProgramUnderValgrind, SignsAndVerifiesData) {
     signAndVerify({.project = known().project, .data = "abc"}, "abc");

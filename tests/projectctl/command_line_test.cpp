@@ -56,7 +56,7 @@ TEST(ProjectctlCommandLine, WantsTheArgumentsOfACommand) {
     EXPECT_TRUE(isRefused({"verify", "a"}, "SIGNATURE is required"));
     EXPECT_TRUE(isRefused({"convert"}, "SIGNATURE or --digest-of is required"));
     EXPECT_TRUE(isRefused({"convert", "a"}, "--to or --json is required"));
-    EXPECT_TRUE(isRefused({"explain"}, "--body or --project is required"));
+    EXPECT_TRUE(isRefused({"explain"}, "--body, --project or --rules is required"));
     EXPECT_TRUE(isRefused({"explain", "--project", "a"}, "--data or --file is required"));
     EXPECT_TRUE(isRefused({"explain", "--project"}, "--project: 1 required FILE missing"));
 }

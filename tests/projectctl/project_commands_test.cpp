@@ -257,9 +257,9 @@ TEST_F(ProjectctlCheck, TellsTheSameAsJson) {
     EXPECT_EQ(json::parse(end.output),
               json::parse(R"({"file": ")" + path +
                           R"(", "sound": false, "verifiesOnly": false, "findings": [
-                              {"code": "permissions",
+                              {"code": "project.permissions",
                                "text": "holds a private scalar and is open to others than its owner: mode 0644; chmod it to 600, or to 640 if root owns it"},
-                              {"code": "no-coordinate", "attribute": 76,
+                              {"code": "key.absent", "attribute": 76,
                                "text": "attribute 76 (y of the public point) is absent"}]})"));
     write(attributes);
     EXPECT_TRUE(endedWith(

@@ -64,7 +64,7 @@ TEST_F(ProjectctlSignature, IsVerified) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid, file}), 0, "true\n"));
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid}, letter), 0, "true\n"));
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid, file, "--json"}), 0,
-                          "{\"valid\":true}\n"));
+                          "{\"valid\":true,\"rule\":\"signature.valid\"}\n"));
 }
 
 TEST_F(ProjectctlSignature, IsVerifiedWithoutAScalar) {
@@ -81,7 +81,7 @@ TEST_F(ProjectctlSignature, OfOtherDataOrAnotherKeyIsFalse) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid}, letter + "!"), 1, "false\n",
                           otherData));
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid, "--json"}, letter + "!"), 1,
-                          "{\"valid\":false}\n", otherData));
+                          "{\"valid\":false,\"rule\":\"signature.mismatch\"}\n", otherData));
     const std::string other =
         folder.write("other", projectBytes(keyAttributes(randomProjectKey())));
     EXPECT_TRUE(endedWith(runProjectctl({"verify", other, valid, file}), 1, "false\n", otherData));

@@ -74,7 +74,7 @@ class Completion(unittest.TestCase):
     def test_the_help_has_options(self):
         self.assertEqual(self.options["create"],
                          {"--help": False, "--base": True, "--from-scalar": True})
-        self.assertEqual(len(self.options["explain"]), 11)
+        self.assertEqual(len(self.options["explain"]), 12)
 
     def test_offers_all_commands(self):
         commands = set(re.findall(r"^  ([a-z]+) ", self.help_of().partition("Subcommands")[2],

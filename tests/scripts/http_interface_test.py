@@ -118,9 +118,10 @@ BASE64_TEXTS = "| Text | Bytes |"
 FIRST_LINES = "| The program's file name | First line | Then |"
 RESPONSES = "| Status | Content type | Body | Exit status | When |"
 DIFFERENCES = "| | Signing | Verifying |"
+RULES = "| Message | Rules |"
 # Each has a test that runs its rows, and fails for a row that it cannot run.
 TABLES = (PARAMETERS, FORM_TEXTS, DECODED_VALUES, JSON_BODIES, LENGTHS, BASE64_TEXTS, FIRST_LINES,
-          RESPONSES, DIFFERENCES)
+          RESPONSES, DIFFERENCES, RULES)
 
 
 def table(header):
@@ -294,10 +295,29 @@ class Reference(unittest.TestCase):
         replayed = {response.without_signature() for _, _, response in described_exchanges()}
         self.assertEqual(replayed, {response for response, occurs in rows.items() if occurs})
 
+    def test_the_rules_behind_each_message_are_those_of_projectctl(self):
+        listed = subprocess.run([Exchanges.programs / "projectctl", "explain", "--rules", "--json"],
+                                check=True, capture_output=True, text=True).stdout
+        codes = {rule["code"] for rule in json.loads(listed)}
+        messages = {}
+        for message, rules in table(RULES):
+            for rule in re.findall("`(.+?)`", rules):
+                family = rule.removesuffix("*")
+                covered = {each for each in codes if each == rule or
+                           (family != rule and each.startswith(family))}
+                self.assertTrue(covered, rule)
+                messages.setdefault(code(message), set()).update(covered)
+        self.assertEqual(set(messages), {response.body for response, _, _ in response_rows()
+                                         if response.status != "200 OK"})
+        # The others are those of verdicts, or end the process without a response.
+        left = codes.difference(*messages.values())
+        self.assertEqual({rule for rule in left if not rule.startswith("signature.")},
+                         {f"{kind}.length-{end}" for kind in ("form", "json")
+                          for end in ("impossible", "memory")})
+
     def test_the_table_of_responses_has_every_message_of_the_code(self):
-        source = "".join((ROOT / "frontend" / name).read_text(encoding="utf-8")
-                         for name in ("request_driver.cpp", "signature_requests.cpp"))
-        in_code = {text for text in re.findall(r'"([^"\n]*)"', source) if " " in text}
+        source = (ROOT / "frontend" / "request_rules.cpp").read_text(encoding="utf-8")
+        in_code = set(re.findall(r'return "([^"\n]+)"', source))
         self.assertEqual(in_code, {response.body for response, _, _ in response_rows()
                                    if response.status != "200 OK"})
 

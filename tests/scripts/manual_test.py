@@ -50,6 +50,15 @@ class ManualPages(unittest.TestCase):
             for command in self.commands()}
         self.assertEqual(documented, in_help)
 
+    def test_has_every_rule_in_its_words(self):
+        text = PAGE.read_text(encoding="utf-8")
+        section = text[text.index(".Sh RULES"):text.index(".Sh EXIT STATUS")]
+        documented = re.findall(r"^\.It (\S+)\n(?:\\&)?(.*)$", section, re.MULTILINE)
+        listed = subprocess.run([self.programs / "projectctl", "explain", "--rules"], check=True,
+                                capture_output=True, text=True).stdout
+        self.assertEqual([f"{code}: {sentence}" for code, sentence in documented],
+                         listed.splitlines())
+
     def test_the_synopsis_has_every_option(self):
         text = PAGE.read_text(encoding="utf-8")
         synopsis = text[text.index(".Sh SYNOPSIS"):text.index(".Sh DESCRIPTION")]

@@ -1,5 +1,6 @@
 #include "tests/support/standard_streams.h"
 
+#include <stdio_ext.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,17 +20,23 @@ int exchange(int standard, int descriptor) {
     return saved;
 }
 
+/// Forgets what the stream knows of another file.
+void forgetInput() {
+    ::__fpurge(stdin);
+    std::clearerr(stdin);
+}
+
 }  // namespace
 
 ScopedInput::ScopedInput(std::string_view bytes)
     : saved(exchange(STDIN_FILENO, anonymousFile(bytes))), size(bytes.size()) {
-    std::clearerr(stdin);
+    forgetInput();
 }
 
 ScopedInput::~ScopedInput() {
     ::dup2(saved, STDIN_FILENO);
     ::close(saved);
-    std::clearerr(stdin);
+    forgetInput();
 }
 
 std::size_t ScopedInput::left() const {

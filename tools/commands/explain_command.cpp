@@ -6,12 +6,12 @@
 #include <memory>
 #include <new>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
 #include "tools/exit_status.h"
 #include "tools/files/input_file.h"
 #include "tools/report.h"
 #include "tools/request/request_explanation.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -36,23 +36,23 @@ std::optional<std::string> readBody(const std::string& path, std::string& body) 
     return std::nullopt;
 }
 
-/// The request that the options say, answered in plain text.
-RequestReading readOptions(const ExplainOptions& options) {
-    RequestReading reading{.names = {.project = "--project",
-                                     .data = "--data",
-                                     .dataEncoding = "--data-encoding",
-                                     .file = "--file",
-                                     .signature = "--signature"},
-                           .defaultEncoding = TextEncoding::plain,
-                           .dataEncodingWord = options.dataEncoding.value_or("")};
-    reading.record = {.project = options.project.value_or(""),
-                      .mode = options.signature.has_value() ? RequestMode::verifySignature
-                                                            : RequestMode::generateSignature,
-                      .signatureData = options.data.value_or(""),
-                      .signatureDataEncoding = parseTextEncoding(reading.dataEncodingWord),
-                      .signatureFile = options.file.value_or(""),
-                      .signature = options.signature.value_or("")};
-    return reading;
+/// What the program answers to the record that the options make.
+Explanation explainOptions(const ExplainOptions& options) {
+    const std::string dataEncoding = options.dataEncoding.value_or("");
+    const RequestRecord record{.project = options.project.value_or(""),
+                               .mode = options.signature.has_value()
+                                           ? RequestMode::verifySignature
+                                           : RequestMode::generateSignature,
+                               .signatureData = options.data.value_or(""),
+                               .signatureDataEncoding = parseTextEncoding(dataEncoding),
+                               .signatureFile = options.file.value_or(""),
+                               .signature = options.signature.value_or("")};
+    return explainRecord(record, {.names = {.project = "--project",
+                                            .data = "--data",
+                                            .dataEncoding = "--data-encoding",
+                                            .file = "--file",
+                                            .signature = "--signature"},
+                                  .dataEncoding = dataEncoding});
 }
 
 Explanation explainBody(const ExplainOptions& options, std::string body) {
@@ -88,9 +88,28 @@ void printExplanationJson(const Explanation& explanation) {
     printJson(value);
 }
 
+int listRules(bool json) {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const Rule& rule : rules()) {
+        if (json) {
+            list.push_back(
+                {{"code", rule.code}, {"sentence", rule.sentence}, {"page", pageOf(rule)}});
+        } else {
+            printLine(std::string(rule.code) + ": " + rule.sentence);
+        }
+    }
+    if (json) {
+        printJson(list);
+    }
+    return exitDone;
+}
+
 }  // namespace
 
 int explainCommand(const ExplainOptions& options) {
+    if (options.rules) {
+        return listRules(options.json);
+    }
     std::string body;
     if (options.body.has_value()) {
         try {
@@ -101,13 +120,8 @@ int explainCommand(const ExplainOptions& options) {
             return reportFailure(inputName(*options.body) + ": there is not enough memory");
         }
     }
-    try {
-        const Explanation explanation = options.body.has_value()
-                                            ? explainBody(options, std::move(body))
-                                            : explainReading(readOptions(options));
-        options.json ? printExplanationJson(explanation) : printExplanation(explanation);
-        return exitDone;
-    } catch (const std::system_error& error) {
-        return reportFailure(error.what());
-    }
+    const Explanation explanation =
+        options.body.has_value() ? explainBody(options, std::move(body)) : explainOptions(options);
+    options.json ? printExplanationJson(explanation) : printExplanation(explanation);
+    return exitDone;
 }

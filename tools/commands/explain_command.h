@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-/// Either a raw request or one in options.
+/// A raw request, one in options, or the list of rules.
 struct ExplainOptions {
     // A raw request: the body, and what the server would set.
     std::optional<std::string> body;           ///< path of the body; "-" for standard input
@@ -18,8 +18,10 @@ struct ExplainOptions {
     std::optional<std::string> file;
     std::optional<std::string> signature;
 
+    bool rules = false;
+
     bool json = false;
 };
 
-/// Tells how the program answers the request and which rule makes it so.
+/// Tells how the program answers the request and which rule makes it so, or lists all rules.
 int explainCommand(const ExplainOptions& options);

@@ -30,7 +30,7 @@ int signCommand(const SignOptions& options) {
         const MappingProgress progress(operation.input.bytes.size());
         made = signWithRecord(operation.project, operation.input.bytes.data(),
                               static_cast<std::uint32_t>(operation.input.bytes.size()),
-                              signature.data());
+                              signature.data(), operation.key);
     }
     if (const auto failure = cutFailure(options.file, operation.input)) {
         return reportFailure(*failure);

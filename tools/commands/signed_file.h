@@ -6,6 +6,7 @@
 
 #include "engine/mapped_file.h"
 #include "project/project_file.h"
+#include "project/project_key_record.h"
 #include "tools/refusal.h"
 
 /// Maps the file at `path`, or what standard input holds ("-"), into a fresh `input`, and says it
@@ -20,6 +21,7 @@ std::optional<std::string> cutFailure(const std::string& path, const MappedInput
 /// between what was asked of it and the answer.
 struct PreparedOperation {
     ProjectFile project;
+    KeyReport key;  ///< filled by the operation
     MappedInput input;
 };
 

@@ -13,6 +13,7 @@
 
 #include "tools/counted_text.h"
 #include "tools/files/write_all.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -98,23 +99,23 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
         case FileFault::none:
             break;
         case FileFault::open:
-            return Refusal{"file.open",
-                           std::string("cannot be opened: ") + std::strerror(input.openError)};
+            return refusalBy(FileFault::open,
+                             std::string("cannot be opened: ") + std::strerror(input.openError));
         case FileFault::directory:
-            return Refusal{"file.directory", "is a directory"};
+            return refusalBy(FileFault::directory, "is a directory");
         case FileFault::notRegular:
-            return Refusal{"file.no-regular", "is no regular file"};
+            return refusalBy(FileFault::notRegular, "is no regular file");
         case FileFault::empty:
-            return Refusal{"file.empty", "is empty"};
+            return refusalBy(FileFault::empty, "is empty");
         case FileFault::noBytes:
-            return Refusal{"file.no-bytes",
-                           size + ", a multiple of 4294967296: nothing of it counts"};
+            return refusalBy(FileFault::noBytes,
+                             size + ", a multiple of 4294967296: nothing of it counts");
         case FileFault::tooLarge:
-            return Refusal{"file.too-large", size + ": at most 2147483647 can be signed"};
+            return refusalBy(FileFault::tooLarge, size + ": at most 2147483647 can be signed");
         case FileFault::mapping:
-            return Refusal{"file.mapping", "cannot be mapped into memory"};
+            return refusalBy(FileFault::mapping, "cannot be mapped into memory");
         case FileFault::changed:
-            return Refusal{"file.changed", "has changed meanwhile"};
+            return refusalBy(FileFault::changed, "has changed meanwhile");
     }
     return std::nullopt;
 }
@@ -125,16 +126,4 @@ std::optional<std::string> inputFileRemark(const MappedInput& input) {
     }
     return "only the first " + counted(input.bytes.size(), "byte") + " of " +
            std::to_string(input.size) + " count";
-}
-
-std::optional<Refusal> inputFileRefusal(const std::string& path) {
-    MappedInput input;
-    mapInputFile(input, path.c_str());
-    return inputFileRefusal(input);
-}
-
-std::optional<std::string> inputFileRemark(const std::string& path) {
-    MappedInput input;
-    mapInputFile(input, path.c_str());
-    return inputFileRemark(input);
 }

@@ -35,7 +35,3 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input);
 /// Says how much of a mapped file is left out, of which only the size modulo 2^32 counts; nothing
 /// when it is taken whole.
 std::optional<std::string> inputFileRemark(const MappedInput& input);
-
-/// The same two of the file at `path`, which is mapped for them.
-std::optional<Refusal> inputFileRefusal(const std::string& path);
-std::optional<std::string> inputFileRemark(const std::string& path);

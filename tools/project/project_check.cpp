@@ -15,6 +15,7 @@
 #include "tools/project/point_product.h"
 #include "tools/project/project_protection.h"
 #include "tools/project/project_reading.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -35,12 +36,19 @@ struct Checked {
     ProjectKeyRecord key{};
     Findings findings{};
 
-    void find(const char* code, KeyDamage damage, const std::string& text) {
-        findings.push_back(
-            {.code = code, .attribute = std::nullopt, .text = text, .damage = damage});
+    void find(Finding finding, KeyDamage damage, const std::string& text) {
+        findings.push_back({.code = ruleOf(finding).code,
+                            .attribute = std::nullopt,
+                            .text = text,
+                            .damage = damage});
     }
-    void find(const char* code, ProjectAttributeId id, KeyDamage damage, const std::string& text) {
-        findings.push_back({.code = code, .attribute = id, .text = text, .damage = damage});
+    void find(const Refusal& refusal, ProjectAttributeId id, KeyDamage damage) {
+        findings.push_back(
+            {.code = refusal.code, .attribute = id, .text = refusal.text, .damage = damage});
+    }
+    void find(Finding finding, ProjectAttributeId id, KeyDamage damage, const std::string& text) {
+        findings.push_back(
+            {.code = ruleOf(finding).code, .attribute = id, .text = text, .damage = damage});
     }
 };
 
@@ -62,7 +70,7 @@ void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& finding
         ids.push_back(entry.id);
     }
     std::sort(ids.begin(), ids.end());
-    const char* code = "repeated-attribute";
+    const char* code = ruleOf(Finding::repeatedAttribute).code;
     std::size_t repeated = 0;
     for (auto first = ids.begin(); first != ids.end();) {
         const ProjectAttributeId id = *first;
@@ -90,13 +98,13 @@ void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& finding
 /// Whether the attribute is an honest, reduced coordinate.
 bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldElement& e) {
     if (const auto refusal = keyRefusal(coordinateFault(checked.key, id))) {
-        checked.find("no-coordinate", id, KeyDamage::points, refusal->text);
+        checked.find(*refusal, id, KeyDamage::points);
         return false;
     }
     const std::uint32_t size = checked.project.attributeSize(id);
     if (size != elementSize(e.degree)) {
         const bool isShort = size < elementSize(e.degree);
-        checked.find(isShort ? "short-coordinate" : "dishonest-length", id,
+        checked.find(isShort ? Finding::shortCoordinate : Finding::dishonestLength, id,
                      isShort ? KeyDamage::points : KeyDamage::none,
                      namedAttribute(id) + " has " + counted(size, "byte") + " instead of " +
                          std::to_string(elementSize(e.degree)));
@@ -106,7 +114,7 @@ bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldE
     }
     constexpr std::size_t topWord = 2;
     if (e.words[topWord] >> (e.degree % 64) != 0) {
-        checked.find("not-reduced", id, KeyDamage::points,
+        checked.find(Finding::notReduced, id, KeyDamage::points,
                      namedAttribute(id) + " has bits at or above the degree of the field");
         return false;
     }
@@ -154,23 +162,25 @@ bool checkPoint(Checked& checked, const StoredPoint& stored) {
         return false;
     }
     if (core::fieldIsZero(stored.x) && core::fieldIsZero(stored.y)) {
-        checked.find("infinity", KeyDamage::points,
+        checked.find(Finding::infinity, KeyDamage::points,
                      "the " + stored.name +
                          " is (0, 0), as infinity is written at times: no point of "
                          "the curve");
         return false;
     }
     if (!isOnCurve(stored.x, stored.y)) {
-        checked.find("off-curve", KeyDamage::points, "the " + stored.name + " is not on the curve");
+        checked.find(Finding::offCurve, KeyDamage::points,
+                     "the " + stored.name + " is not on the curve");
         return false;
     }
     if (core::fieldIsZero(stored.x)) {
-        checked.find("x-zero", KeyDamage::points,
+        checked.find(Finding::xZero, KeyDamage::points,
                      "the " + stored.name + " has x = 0: it is the point of order 2");
         return false;
     }
     if (!isOfOrder(stored.point())) {
-        checked.find("wrong-order", KeyDamage::points, "the " + stored.name + " is not of order n");
+        checked.find(Finding::wrongOrder, KeyDamage::points,
+                     "the " + stored.name + " is not of order n");
         return false;
     }
     return true;
@@ -187,11 +197,11 @@ bool isMarkedNegative(const ProjectFile& project) {
 bool checkScalar(Checked& checked) {
     const ProjectAttributeId id = privateScalarAttribute;
     if (isMarkedNegative(checked.project)) {
-        checked.find("negative-scalar", id, KeyDamage::none,
+        checked.find(Finding::negativeScalar, id, KeyDamage::none,
                      namedAttribute(id) + " is marked as negative, which the program ignores");
     }
     if (const auto refusal = keyRefusal(checked.key.privateScalarFault())) {
-        checked.find("no-scalar", id, KeyDamage::none, refusal->text);
+        checked.find(*refusal, id, KeyDamage::none);
         return false;
     }
     core::CoreInteger scalar = *checked.key.privateScalar;
@@ -199,11 +209,11 @@ bool checkScalar(Checked& checked) {
     const std::uint64_t bits = core::integerBitLength(scalar);
     const std::uint32_t statedBits = checked.key.loadingOf(id).found;
     if (statedBits != bits) {
-        checked.find("dishonest-length", id, KeyDamage::none,
+        checked.find(Finding::dishonestLength, id, KeyDamage::none,
                      namedAttribute(id) + " states " + counted(statedBits, "bit") + ", but has " +
                          std::to_string(bits));
     } else if (checked.project.attributeSize(id) != sizeof(std::uint32_t) + (bits + 7) / 8) {
-        checked.find("dishonest-length", id, KeyDamage::none,
+        checked.find(Finding::dishonestLength, id, KeyDamage::none,
                      namedAttribute(id) + " has " +
                          counted(checked.project.attributeSize(id), "byte") + " instead of " +
                          std::to_string(sizeof(std::uint32_t) + (bits + 7) / 8));
@@ -211,11 +221,11 @@ bool checkScalar(Checked& checked) {
     core::CoreInteger order{.capacity = core::integerLimbRoom};
     core::fieldToInteger(projectCurve.order, order);
     if (scalar.lengthAndSign == 0) {
-        checked.find("scalar-out-of-range", id, KeyDamage::scalar, namedAttribute(id) + " is zero");
+        checked.find(Finding::scalarRange, id, KeyDamage::scalar, namedAttribute(id) + " is zero");
         return false;
     }
     if (core::integerCompare(scalar, order) >= 0) {
-        checked.find("scalar-out-of-range", id, KeyDamage::scalar,
+        checked.find(Finding::scalarRange, id, KeyDamage::scalar,
                      namedAttribute(id) + " is not below the order");
         return false;
     }
@@ -233,7 +243,7 @@ void checkProduct(Checked& checked, const StoredPoint& base, const StoredPoint& 
     pointProduct(scalar, base.point(), *product);
     if (core::fieldCompare(*product->x, publicPoint.x) != 0 ||
         core::fieldCompare(*product->y, publicPoint.y) != 0) {
-        checked.find("key-mismatch", KeyDamage::scalar,
+        checked.find(Finding::keyMismatch, KeyDamage::scalar,
                      "the public point is not the product of the private scalar and the base "
                      "point");
     }
@@ -253,8 +263,9 @@ ProjectCheck checkProject(const std::string& path) {
         return check;
     }
     if (reading.refusal.has_value()) {
-        check.findings.push_back(
-            {.code = "container", .attribute = std::nullopt, .text = reading.refusal->text});
+        check.findings.push_back({.code = reading.refusal->code,
+                                  .attribute = std::nullopt,
+                                  .text = reading.refusal->text});
         return check;
     }
     check.verifiesOnly = verifiesOnly(reading.project);

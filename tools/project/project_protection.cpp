@@ -1,4 +1,5 @@
 #include "tools/project/project_protection.h"
+#include "tools/rules.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -34,23 +35,23 @@ std::string modeText(mode_t mode) {
     return text;
 }
 
-void find(Findings& findings, const char* code, const std::string& text) {
-    findings.push_back({.code = code, .attribute = std::nullopt, .text = text});
+void find(Findings& findings, Finding finding, const std::string& text) {
+    findings.push_back({.code = ruleOf(finding).code, .attribute = std::nullopt, .text = text});
 }
 
 void checkFile(const Status& file, bool holdsScalar, Findings& findings) {
     if (!isTrusted(file.st_uid)) {
-        find(findings, "owner",
+        find(findings, Finding::owner,
              "belongs to user " + std::to_string(file.st_uid) +
                  ", who can put another key into it; chown it to root");
     }
     const mode_t ofGroup = file.st_uid == root ? S_IWGRP | S_IXGRP : S_IRWXG;
     if (holdsScalar && (file.st_mode & (ofGroup | S_IRWXO)) != 0) {
-        find(findings, "permissions",
+        find(findings, Finding::permissions,
              "holds a private scalar and is open to others than its owner: mode " +
                  modeText(file.st_mode) + "; chmod it to 600, or to 640 if root owns it");
     } else if ((file.st_mode & writableByOthers) != 0) {
-        find(findings, "permissions",
+        find(findings, Finding::permissions,
              "can be changed by others than its owner: mode " + modeText(file.st_mode) +
                  "; chmod it to 644");
     }
@@ -62,12 +63,12 @@ void checkFolder(const std::string& path, uid_t ownerOfFile, Findings& findings)
         return;
     }
     if (!isTrusted(folder->st_uid) && folder->st_uid != ownerOfFile) {
-        find(findings, "folder",
+        find(findings, Finding::folder,
              "can be replaced by user " + std::to_string(folder->st_uid) +
                  ", who owns the folder " + path + "; chown that to root");
     }
     if ((folder->st_mode & writableByOthers) != 0 && (folder->st_mode & S_ISVTX) == 0) {
-        find(findings, "folder",
+        find(findings, Finding::folder,
              "can be replaced by others, who may write to the folder " + path + ": mode " +
                  modeText(folder->st_mode) + "; chmod that to 755");
     }

@@ -1,5 +1,7 @@
 #include "tools/project/project_reading.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -8,6 +10,7 @@
 #include <utility>
 
 #include "tools/counted_text.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -17,10 +20,10 @@ std::optional<Refusal> kindRefusal(const std::string& path) {
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
     if (fs::is_directory(status)) {
-        return Refusal{"project.directory", "is a directory"};
+        return refusalBy(Verdict::projectDirectory, "is a directory");
     }
     if (fs::is_other(status)) {
-        return Refusal{"project.no-regular", "is no regular file"};
+        return refusalBy(Verdict::projectNotRegular, "is no regular file");
     }
     return std::nullopt;
 }
@@ -35,66 +38,63 @@ std::string namedEntry(const ProjectLoading& loading) {
            std::to_string(loading.entry.id) + ")";
 }
 
-/// The fault in words.
-Refusal refusalOf(const ProjectLoading& loading) {
+std::string wordsOf(const ProjectLoading& loading) {
+    const std::string entries = counted(loading.entryCount, "entry", "entries");
     switch (loading.fault) {
         case ProjectFault::open:
-            return {"project.open", withError("cannot be opened", loading.error)};
+            return withError("cannot be opened", loading.error);
         case ProjectFault::header:
-            return {"project.header",
-                    "has " + counted(loading.fileSize, "byte") + ", fewer than the 24 of a header"};
+            return "has " + counted(loading.fileSize, "byte") + ", fewer than the 24 of a header";
         case ProjectFault::magic:
-            return {"project.magic", "is no project file: it does not begin with VLT2"};
-        case ProjectFault::unreadable:
-            return {"project.unreadable", withError("cannot be read", loading.error)};
+            return "is no project file: it does not begin with VLT2";
         case ProjectFault::noBody:
-            return {"project.no-body", "has a header that counts " +
-                                           counted(loading.entryCount, "entry", "entries") +
-                                           ", and nothing behind it"};
+            return "has a header that counts " + entries + ", and nothing behind it";
         case ProjectFault::digest:
-            return {"project.digest",
-                    "is damaged: the digest in its header is not that of its body"};
+            return "is damaged: the digest in its header is not that of its body";
         case ProjectFault::directory:
-            return {"project.entries", "the directory ends after " +
-                                           std::to_string(loading.refusedEntry) + " of " +
-                                           counted(loading.entryCount, "entry", "entries")};
+            return "the directory ends after " + std::to_string(loading.refusedEntry) + " of " +
+                   entries;
         case ProjectFault::emptyValue:
-            return {"project.entry-empty", namedEntry(loading) + " has a size of 0"};
+            return namedEntry(loading) + " has a size of 0";
         case ProjectFault::valueRange:
-            return {"project.entry-range",
-                    namedEntry(loading) +
-                        " runs past the end of the file: " + counted(loading.entry.size, "byte") +
-                        " at offset " + std::to_string(loading.entry.offset) +
-                        ", and the file has " + std::to_string(loading.fileSize)};
-        case ProjectFault::none:
-            break;
+            return namedEntry(loading) +
+                   " runs past the end of the file: " + counted(loading.entry.size, "byte") +
+                   " at offset " + std::to_string(loading.entry.offset) + ", and the file has " +
+                   std::to_string(loading.fileSize);
+        default:
+            return withError("cannot be read", loading.error);
     }
-    return {};
 }
 
-ProjectReading refusedReading(const ProjectLoading& loading, const std::string& path) {
-    const bool opened = loading.fault != ProjectFault::open;
-    if (auto refusal = opened ? kindRefusal(path) : std::nullopt) {
-        return {.refusal = std::move(refusal), .unreadable = true, .project = {}};
-    }
-    return {.refusal = refusalOf(loading),
-            .unreadable = !opened || loading.fault == ProjectFault::unreadable,
-            .project = {}};
+/// Whether a refusal says nothing of the content.
+bool isUnreadable(const std::string& code) {
+    const std::array<Cause, 4> causes = {ProjectFault::open, ProjectFault::unreadable,
+                                         Verdict::projectDirectory, Verdict::projectNotRegular};
+    return std::any_of(causes.begin(), causes.end(),
+                       [&](const Cause& cause) { return ruleOf(cause).code == code; });
 }
 
 }  // namespace
 
+std::optional<Refusal> loadingRefusal(const ProjectLoading& loading, const std::string& path) {
+    if (loading.fault == ProjectFault::none) {
+        return std::nullopt;
+    }
+    const bool opened = loading.fault != ProjectFault::open;
+    const auto refusal = opened ? kindRefusal(path) : std::nullopt;
+    return refusal.has_value() ? refusal : refusalBy(loading.fault, wordsOf(loading));
+}
+
 ProjectReading readProject(const std::string& path) {
     try {
         ProjectReading reading;
-        const ProjectLoading loading = reading.project.loadReporting(path.c_str());
-        if (loading.fault != ProjectFault::none) {
-            reading = refusedReading(loading, path);
-        }
+        reading.refusal = loadingRefusal(reading.project.loadReporting(path.c_str()), path);
+        reading.unreadable = reading.refusal.has_value() && isUnreadable(reading.refusal->code);
         return reading;
     } catch (const std::bad_alloc&) {
-        return {.refusal = Refusal{"project.memory", "there is not enough memory to load it"},
-                .unreadable = true,
-                .project = {}};
+        return {
+            .refusal = refusalBy(Verdict::projectMemory, "there is not enough memory to load it"),
+            .unreadable = true,
+            .project = {}};
     }
 }

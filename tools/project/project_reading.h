@@ -16,6 +16,9 @@ struct ProjectReading {
     ProjectFile project;  ///< what was loaded; empty after a refusal
 };
 
+/// The fault of a loading in words that follow the path and a colon, if it has one.
+std::optional<Refusal> loadingRefusal(const ProjectLoading& loading, const std::string& path);
+
 /// Loads the project at `path` as the program does, and opens it once. What is no regular file is
 /// unreadable when it does not load, and so is a file that there is no memory for.
 ProjectReading readProject(const std::string& path);

@@ -24,8 +24,12 @@ void remarkZeroByte(const std::string& name, const std::string& text, Remarks& r
     }
 }
 
-void remarkInput(const RequestReading& reading, Remarks& remarks) {
-    const RequestRecord& record = reading.record;
+bool isLoaded(const EngineReport& engine) {
+    return engine.hasData && engine.loading.fault == ProjectFault::none;
+}
+
+void remarkInput(const RequestRun& run, const RequestNames& names, Remarks& remarks) {
+    const RequestRecord& record = run.record;
     const bool base64 = record.signatureDataEncoding == TextEncoding::base64;
     if (base64 && record.signatureData.size() > 4) {
         remarks.push_back(
@@ -34,61 +38,59 @@ void remarkInput(const RequestReading& reading, Remarks& remarks) {
     }
     if (base64 && !record.signatureFile.empty()) {
         remarks.push_back("the content of a file counts as it stands, whatever " +
-                          reading.names.dataEncoding + " says");
+                          names.dataEncoding + " says");
     }
 }
 
-void remarkFileSize(const std::string& path, Remarks& remarks) {
-    if (inputFileRefusal(path).has_value()) {
-        return;
-    }
-    if (const std::optional<std::string> remark = inputFileRemark(path)) {
-        remarks.push_back("the file " + quotation(path) + ": " + *remark);
+void remarkFileSize(const RequestRun& run, Remarks& remarks) {
+    if (const auto remark = inputFileRemark(run.engine.input)) {
+        remarks.push_back("the file " + quotation(beforeZero(run.record.signatureFile)) + ": " +
+                          *remark);
     }
 }
 
-void remarkProtection(const std::string& path, Remarks& remarks) {
-    ProjectFile project;
-    if (!project.load(path.c_str())) {
+void remarkProtection(const RequestRun& run, Remarks& remarks) {
+    if (!isLoaded(run.engine)) {
         return;
     }
-    const bool holdsScalar = project.attributeSize(privateScalarAttribute) != 0;
+    const std::string path = beforeZero(run.record.project);
+    const bool holdsScalar = run.engine.project.attributeSize(privateScalarAttribute) != 0;
     for (const ProjectFinding& finding : checkProtection(path, holdsScalar)) {
         remarks.push_back("the project " + quotation(path) + ": " + finding.text);
     }
 }
 
 /// A remark on an unsound key that signs.
-void remarkUnsoundKey(const std::string& path, Remarks& remarks) {
-    const ProjectReading reading = readProject(path);
-    if (reading.refusal.has_value() || signingRefusal(reading.project).has_value()) {
+void remarkUnsoundKey(const RequestRun& run, Remarks& remarks) {
+    if (!isLoaded(run.engine) || run.engine.key.fault != KeyFault::none) {
         return;
     }
-    if (const std::optional<std::string> unsound = unsoundKey(reading.project)) {
-        remarks.push_back("signatures under the key of the project " + quotation(path) +
+    if (const std::optional<std::string> unsound = unsoundKey(run.engine.project)) {
+        remarks.push_back("signatures under the key of the project " +
+                          quotation(beforeZero(run.record.project)) +
                           " cannot be relied on: " + *unsound);
     }
 }
 
 }  // namespace
 
-std::vector<std::string> engineRemarks(const RequestReading& reading) {
-    const RequestRecord& record = reading.record;
+std::vector<std::string> engineRemarks(const RequestRun& run, const RequestNames& names) {
+    const RequestRecord& record = run.record;
     Remarks remarks;
-    remarkZeroByte(reading.names.project, record.project, remarks);
-    remarkProtection(beforeZero(record.project), remarks);
-    remarkInput(reading, remarks);
+    remarkZeroByte(names.project, record.project, remarks);
+    remarkProtection(run, remarks);
+    remarkInput(run, names, remarks);
     if (!record.signatureFile.empty()) {
-        remarkZeroByte(reading.names.file, record.signatureFile, remarks);
-        remarkFileSize(beforeZero(record.signatureFile), remarks);
+        remarkZeroByte(names.file, record.signatureFile, remarks);
+        remarkFileSize(run, remarks);
     }
     if (record.mode == RequestMode::verifySignature) {
-        remarkZeroByte(reading.names.signature, record.signature, remarks);
+        remarkZeroByte(names.signature, record.signature, remarks);
         for (std::string& remark : signatureRemarks(beforeZero(record.signature))) {
             remarks.push_back(std::move(remark));
         }
     } else {
-        remarkUnsoundKey(beforeZero(record.project), remarks);
+        remarkUnsoundKey(run, remarks);
         if (std::optional<std::string> remark = randomDeviceRemark()) {
             remarks.push_back(std::move(*remark));
         }

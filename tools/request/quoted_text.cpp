@@ -1,6 +1,5 @@
 #include "tools/request/quoted_text.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "tools/escaped_text.h"
@@ -27,12 +26,13 @@ std::string beforeZero(const std::string& text) {
     return text.substr(0, text.find('\0'));
 }
 
-std::string unknownNames(const std::string& kind, const std::vector<std::string>& names) {
-    constexpr std::size_t most = 3;
+std::string unknownNames(const std::string& kind, const std::vector<std::string>& names,
+                         std::uint64_t count) {
     std::string remark = "unknown " + kind + "s are ignored:";
-    for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
         remark += (i == 0 ? " " : ", ") + quotation(names[i]);
     }
-    return names.size() <= most ? remark
-                                : remark + " and " + std::to_string(names.size() - most) + " more";
+    return count == names.size()
+               ? remark
+               : remark + " and " + std::to_string(count - names.size()) + " more";
 }

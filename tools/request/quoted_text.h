@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,5 +14,7 @@ std::string quotation(std::string_view text);
 /// The part of a text that counts where it is handed on as terminated: up to its first zero byte.
 std::string beforeZero(const std::string& text);
 
-/// The remark on names that nothing knows, the first three of them by name; `kind` is their noun.
-std::string unknownNames(const std::string& kind, const std::vector<std::string>& names);
+/// The remark on names that nothing knows, `count` of them, of which the first are given; `kind` is
+/// their noun.
+std::string unknownNames(const std::string& kind, const std::vector<std::string>& names,
+                         std::uint64_t count);

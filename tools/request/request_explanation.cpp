@@ -1,80 +1,132 @@
 #include "tools/request/request_explanation.h"
 
 #include <new>
+#include <stdexcept>
 #include <utility>
 
-#include "tools/request/engine_explanation.h"
+#include "frontend/request_driver.h"
+#include "tools/files/cut_file.h"
+#include "tools/request/engine_remarks.h"
+#include "tools/request/fault_reasons.h"
 #include "tools/request/quoted_text.h"
+#include "tools/rules.h"
 
 namespace {
 
-/// Puts the default in the place of an absent or unknown word, with a remark on the latter.
-void settle(TextEncoding& encoding, TextEncoding byDefault, const std::string& name,
-            const std::string& word, std::vector<std::string>& remarks) {
-    if (encoding != TextEncoding::none) {
-        return;
-    }
-    encoding = byDefault;
-    if (!word.empty()) {
-        std::string standard = "plain";
-        if (byDefault != TextEncoding::plain) {
-            standard = byDefault == TextEncoding::json ? "json" : "urlencode";
-        }
+void append(std::vector<std::string>& remarks, std::vector<std::string> more) {
+    remarks.insert(remarks.end(), std::make_move_iterator(more.begin()),
+                   std::make_move_iterator(more.end()));
+}
+
+/// A remark on a word that is no encoding, in whose place a default stands.
+void remarkDefault(const std::string& name, const std::string& word, const char* byDefault,
+                   std::vector<std::string>& remarks) {
+    if (!word.empty() && parseTextEncoding(word) == TextEncoding::none) {
         remarks.push_back(name + " is " + quotation(word) +
-                          ", which is no known word: the default holds, " + quotation(standard));
+                          ", which is no known word: the default holds, " + quotation(byDefault));
     }
 }
 
-/// The answer of the operation that a complete record selects.
-Explanation explainDispatch(const RequestReading& reading) {
-    switch (reading.record.mode) {
-        case RequestMode::generateSignature:
-            return explainGenerateSignature(reading);
-        case RequestMode::verifySignature:
-            return explainVerifySignature(reading);
-        default:
-            return {.rule = "request.mode-unknown",
-                    .reason = "the record asks for an operation that the program does not have",
-                    .status = "500 Server Error",
-                    .body = "Invalid mode"};
+/// The body of the response; a signature in it is another one each time.
+std::string bodyOf(const Response& response, const RequestRun& run) {
+    std::string body(response.body.text, response.body.length);
+    if (!run.signature.empty()) {
+        body.replace(body.find(run.signature), run.signature.size(), signaturePlaceholder);
+    }
+    return body;
+}
+
+Explanation explanationOf(const Refusal& ruling, const Response& response, const RequestRun& run) {
+    return {.rule = ruling.code,
+            .reason = ruling.text,
+            .status = response.status,
+            .body = bodyOf(response, run)};
+}
+
+/// The answer to a request whose record is read.
+Explanation explainRun(const RequestRun& run, const Response& response, RequestWords words) {
+    Explanation explanation = explanationOf(recordRuling(run, words), response, run);
+    explanation.remarks = std::move(words.remarks);
+    if (run.fault != RequestFault::noMode && run.fault != RequestFault::noProject) {
+        remarkDefault(words.names.encoding, words.encoding, run.isJson ? "json" : "urlencode",
+                      explanation.remarks);
+        remarkDefault(words.names.dataEncoding, words.dataEncoding, "plain", explanation.remarks);
+    }
+    if (run.fault == RequestFault::none || run.fault == RequestFault::generation) {
+        append(explanation.remarks, engineRemarks(run, words.names));
+    }
+    return explanation;
+}
+
+/// Names the file that is read, should it be cut meanwhile.
+void nameInput(const RequestRecord& record) {
+    if (!record.signatureFile.empty()) {
+        nameReadFile(beforeZero(record.signatureFile));
     }
 }
 
-/// The answer, with the remarks of the engine alone.
-Explanation explainRecord(RequestReading& reading) {
-    RequestRecord& record = reading.record;
-    if (record.mode == RequestMode::none) {
-        return refusalBy({"request.mode", reading.missingMode},
-                         "'mode' parameter missing or invalid");
+bool isRefusedReading(RequestFault fault) {
+    return fault >= RequestFault::formLengthUnset && fault <= RequestFault::jsonMemory;
+}
+
+Explanation explainRequest(const RawRequest& request, RequestRun& run) {
+    const Response response = answerRequest(RawRequestSource(request), run);
+    RequestWords words = run.isJson ? jsonWords(request, run) : formWords(request, run);
+    if (!isRefusedReading(run.fault)) {
+        return explainRun(run, response, std::move(words));
     }
-    if (record.project.empty()) {
-        return refusalBy({"request.project", reading.names.project + " is absent or empty"},
-                         "'project' parameter is required");
-    }
-    settle(record.encoding, reading.defaultEncoding, reading.names.encoding, reading.encodingWord,
-           reading.remarks);
-    settle(record.signatureDataEncoding, TextEncoding::plain, reading.names.dataEncoding,
-           reading.dataEncodingWord, reading.remarks);
-    try {
-        return explainDispatch(reading);
-    } catch (const std::bad_alloc&) {
-        return silenceBy({"project.memory", "there is not enough memory for the project " +
-                                                quotation(beforeZero(record.project)) +
-                                                " with the data"});
-    }
+    Explanation explanation = explanationOf(readingRefusal(request, run), response, run);
+    explanation.remarks = std::move(words.remarks);
+    return explanation;
+}
+
+/// The end of the process without a response.
+Explanation silence(Verdict verdict, const std::string& reason) {
+    return {.rule = ruleOf(verdict).code, .reason = reason};
+}
+
+/// Such a body as the request announces is beyond every string or beyond the memory.
+Explanation silenceOfBody(const RawRequest& request, Verdict verdict, const char* why) {
+    return silence(verdict, "CONTENT_LENGTH is " + quotation(request.contentLength.value_or("")) +
+                                why + ": the program ends by SIGABRT without a response");
+}
+
+Explanation silenceOfProject(const RequestRun& run) {
+    return silence(Verdict::projectMemory, "there is not enough memory for the project " +
+                                               quotation(beforeZero(run.record.project)) +
+                                               " with the data");
 }
 
 }  // namespace
 
 Explanation explainRequest(const RawRequest& request) {
-    const bool json = request.contentType == "application/json";
-    return explainReading(json ? readJsonRequest(request) : readFormRequest(request));
+    JsonNotes notes;
+    RequestRun run;
+    run.notes = &notes;
+    try {
+        return explainRequest(request, run);
+    } catch (const std::length_error&) {
+        return silenceOfBody(
+            request, run.isJson ? Verdict::jsonLengthImpossible : Verdict::formLengthImpossible,
+            ", which counts as 2^63 - 1 bytes or more");
+    } catch (const std::bad_alloc&) {
+        if (run.isRead) {
+            return silenceOfProject(run);
+        }
+        return silenceOfBody(request,
+                             run.isJson ? Verdict::jsonLengthMemory : Verdict::formLengthMemory,
+                             ", and there is no memory for such a body");
+    }
 }
 
-Explanation explainReading(RequestReading reading) {
-    Explanation explanation =
-        reading.refusal.has_value() ? *reading.refusal : explainRecord(reading);
-    explanation.remarks.insert(explanation.remarks.begin(), reading.remarks.begin(),
-                               reading.remarks.end());
-    return explanation;
+Explanation explainRecord(const RequestRecord& record, RequestWords words) {
+    RequestRun run;
+    run.record = record;
+    nameInput(record);
+    try {
+        const Response response = answerRecord(run, TextEncoding::plain);
+        return explainRun(run, response, std::move(words));
+    } catch (const std::bad_alloc&) {
+        return silenceOfProject(run);
+    }
 }

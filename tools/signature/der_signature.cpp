@@ -7,6 +7,7 @@
 #include "core/integer.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
+#include "tools/rules.h"
 #include "tools/signature/der.h"
 
 namespace {
@@ -88,7 +89,7 @@ public:
 
 private:
     std::span<const std::uint8_t> refuse(const std::string& words) {
-        refusal_ = Refusal{"signature.der", words};
+        refusal_ = refusalBy(Verdict::notDer, words);
         return {};
     }
 

@@ -12,6 +12,7 @@
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -23,29 +24,30 @@ std::optional<Refusal> textRefusal(const ParsedSignature& text, std::size_t leng
         case SignatureFault::none:
             break;
         case SignatureFault::empty:
-            return Refusal{"signature.empty", "the signature is empty"};
+            return refusalBy(SignatureFault::empty, "the signature is empty");
         case SignatureFault::tooLong:
-            return Refusal{"signature.too-long", "the signature has " + std::to_string(length) +
-                                                     " characters, more than " +
-                                                     std::to_string(longestSignatureText)};
+            return refusalBy(SignatureFault::tooLong,
+                             "the signature has " + std::to_string(length) +
+                                 " characters, more than " + std::to_string(longestSignatureText));
         case SignatureFault::groups:
-            return Refusal{"signature.groups",
-                           "the signature's " + counted(length, "character is", "characters are") +
-                               " not whole groups of four"};
+            return refusalBy(SignatureFault::groups,
+                             "the signature's " +
+                                 counted(length, "character is", "characters are") +
+                                 " not whole groups of four");
         case SignatureFault::padding:
-            return Refusal{"signature.padding",
-                           "the signature has " + std::to_string(groupBytes - text.bytes) +
-                               " times \"=\", more than the bytes of its groups (" +
-                               std::to_string(groupBytes) + ")"};
+            return refusalBy(SignatureFault::padding,
+                             "the signature has " + std::to_string(groupBytes - text.bytes) +
+                                 " times \"=\", more than the bytes of its groups (" +
+                                 std::to_string(groupBytes) + ")");
         case SignatureFault::tooManyBytes:
-            return Refusal{"signature.too-many-bytes", "the signature stands for " +
-                                                           counted(bytes, "byte") + ", more than " +
-                                                           std::to_string(longestSignature)};
+            return refusalBy(SignatureFault::tooManyBytes,
+                             "the signature stands for " + counted(bytes, "byte") + ", more than " +
+                                 std::to_string(longestSignature));
         case SignatureFault::noBytes:
-            return Refusal{"signature.no-bytes", "the signature stands for no bytes"};
+            return refusalBy(SignatureFault::noBytes, "the signature stands for no bytes");
         case SignatureFault::odd:
-            return Refusal{"signature.odd", "the signature's halves are of odd length (" +
-                                                counted(bytes, "byte") + ")"};
+            return refusalBy(SignatureFault::odd, "the signature's halves are of odd length (" +
+                                                      counted(bytes, "byte") + ")");
     }
     return std::nullopt;
 }
@@ -62,13 +64,13 @@ std::optional<Refusal> numbersRefusal(const core::CoreInteger& r, const core::Co
         case core::PairFault::none:
             break;
         case core::PairFault::rZero:
-            return Refusal{"signature.r-zero", "r is zero"};
+            return refusalBy(core::PairFault::rZero, "r is zero");
         case core::PairFault::sZero:
-            return Refusal{"signature.s-zero", "s is zero"};
+            return refusalBy(core::PairFault::sZero, "s is zero");
         case core::PairFault::rRange:
-            return Refusal{"signature.r-range", "r is not below the order"};
+            return refusalBy(core::PairFault::rRange, "r is not below the order");
         case core::PairFault::sRange:
-            return Refusal{"signature.s-range", "s is not below the order"};
+            return refusalBy(core::PairFault::sRange, "s is not below the order");
     }
     return std::nullopt;
 }
@@ -98,10 +100,9 @@ SignatureReading readSignature(std::string_view text) {
     // Verifying compares r, its limbs included, with a number that has either all three of them or
     // no zero limb at its top.
     if (!reading.refusal.has_value() && reading.r.lengthAndSign != parsed.r.lengthAndSign) {
-        reading.refusal =
-            Refusal{"signature.r-padded", "r is below 2^64 but padded to " +
-                                              counted(reading.halfSize, "byte") +
-                                              ", a form that no signature is accepted in"};
+        reading.refusal = refusalBy(
+            Verdict::paddedR, "r is below 2^64 but padded to " + counted(reading.halfSize, "byte") +
+                                  ", a form that no signature is accepted in");
     }
     return reading;
 }

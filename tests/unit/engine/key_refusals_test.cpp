@@ -130,9 +130,12 @@ TEST_F(KeyRefusals, MeetAProjectThatDoesNotLoad) {
 TEST_F(KeyRefusals, MeetAStoreWithoutKey) {
     const ProjectFile empty;
     SignatureBuffer buffer{};
-    EXPECT_FALSE(signWithRecord(empty, someData.data(), 9, buffer.data()));
+    KeyReport key;
+    EXPECT_FALSE(signWithRecord(empty, someData.data(), 9, buffer.data(), key));
     EXPECT_EQ(buffer, SignatureBuffer{});
-    EXPECT_FALSE(verifyWithRecord(empty, someData.data(), 9, text.c_str()));
+    EXPECT_EQ(key.attribute, privateScalarAttribute);
+    EXPECT_FALSE(verifyWithRecord(empty, someData.data(), 9, text.c_str(), key));
+    EXPECT_EQ(key.attribute, publicPointXAttribute);
 }
 
 }  // namespace

@@ -149,7 +149,8 @@ TEST_F(SignData, WritesNoTerminator) {
     const ProjectFile file = projectOf(keyAttributes(randomProjectKey()));
     SignatureBuffer buffer;
     buffer.fill('~');
-    EXPECT_TRUE(signWithRecord(file, someData.data(), 9, buffer.data()));
+    KeyReport key;
+    EXPECT_TRUE(signWithRecord(file, someData.data(), 9, buffer.data(), key));
     const auto end = std::find(buffer.begin(), buffer.end(), '~');
     EXPECT_EQ((end - buffer.begin()) % 4, 0);
     EXPECT_LT(end - buffer.begin(), 57);

@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <ostream>
 #include <string>
 
-#include "frontend/request_record.h"
+#include "frontend/request_driver.h"
 #include "tests/support/expected_response.h"
 #include "tests/support/signature_vectors.h"
 #include "tests/support/standard_streams.h"
@@ -24,10 +23,17 @@ inline std::ostream& operator<<(std::ostream& stream, const Answer& answer) {
     return stream << answer.status << ' ' << answer.output;
 }
 
-inline Answer answerOf(const std::function<std::int32_t()>& request) {
-    Answer answer;
-    answer.output = capturedOutput([&] { answer.status = request(); });
-    return answer;
+inline Answer answerOf(const Response& response) {
+    return {response.exitStatus, capturedOutput([&] {
+                writeResponse(response.status, response.contentType, response.body);
+            })};
+}
+
+/// The answer to a completed record.
+inline Answer answerTo(const RequestRecord& record) {
+    RequestRun run;
+    run.record = record;
+    return answerOf(dispatchRequest(run));
 }
 
 inline Answer refusal(std::string_view message) {

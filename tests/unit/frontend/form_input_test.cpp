@@ -4,8 +4,7 @@
 
 #include <algorithm>
 
-#include "tests/support/environment.h"
-#include "tests/support/standard_streams.h"
+#include "tools/request/raw_request.h"
 
 namespace {
 
@@ -25,26 +24,31 @@ RequestRecord recordOf(std::string_view text) {
 
 /// The outcome of reading a form's body: the parameters, if there was form text.
 struct ReadForm {
-    bool found = false;
+    RequestFault fault = RequestFault::none;
     FormParameters parameters{{"stale", "1"}};
     std::size_t left = 0;  ///< bytes of standard input behind what was read
 };
 
-ReadForm readBody(const Environment& variables, std::string_view body) {
-    const ScopedCgiEnvironment environment(variables);
-    const ScopedInput input(body);
+ReadForm readBody(const std::optional<std::string>& length, const std::string& body,
+                  const char* query = nullptr) {
+    const RawRequest request{.contentLength = length, .body = body};
+    const RawRequestSource raw(request);
+    RequestSource source = raw;
+    source.queryString = query;
     ReadForm form;
-    form.found = readFormParameters(form.parameters, true);
-    form.left = input.left();
+    form.fault = readFormParameters(form.parameters, source, true);
+    form.left = raw.left();
     return form;
 }
 
-ReadForm readQuery(const Environment& variables) {
-    const ScopedCgiEnvironment environment(variables);
-    const ScopedInput input("a=body");
+ReadForm readQuery(const char* query, const std::optional<std::string>& length = std::nullopt) {
+    const RawRequest request{.contentLength = length, .body = "a=body"};
+    const RawRequestSource raw(request);
+    RequestSource source = raw;
+    source.queryString = query;
     ReadForm form;
-    form.found = readFormParameters(form.parameters, false);
-    form.left = input.left();
+    form.fault = readFormParameters(form.parameters, source, false);
+    form.left = raw.left();
     return form;
 }
 
@@ -190,92 +194,101 @@ TEST(FillRecordFromForm, KeepsZeroBytes) {
 }
 
 TEST(ReadFormParameters, ReadsAsMuchOfTheBodyAsIsAnnounced) {
-    const ReadForm form = readBody({{"CONTENT_LENGTH", "7"}}, "a=1&b=2&c=3");
-    EXPECT_TRUE(form.found);
+    const ReadForm form = readBody("7", "a=1&b=2&c=3");
+    EXPECT_EQ(form.fault, RequestFault::none);
     EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}, {"b", "2"}}));
     EXPECT_EQ(form.left, 4U);
 }
 
 TEST(ReadFormParameters, FindsNoPairInACutBodyWithoutEquals) {
-    const ReadForm form = readBody({{"CONTENT_LENGTH", "5"}}, "abcdefgh");
-    EXPECT_TRUE(form.found);
+    const ReadForm form = readBody("5", "abcdefgh");
+    EXPECT_EQ(form.fault, RequestFault::none);
     EXPECT_TRUE(form.parameters.empty());
     EXPECT_EQ(form.left, 3U);
 }
 
 TEST(ReadFormParameters, AcceptsABodyShorterThanAnnounced) {
-    const ReadForm form = readBody({{"CONTENT_LENGTH", "1000"}}, "a=1");
-    EXPECT_TRUE(form.found);
+    const ReadForm form = readBody("1000", "a=1");
+    EXPECT_EQ(form.fault, RequestFault::none);
     EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}}));
 }
 
 TEST(ReadFormParameters, EndsTheTextAtItsFirstZeroByte) {
-    const ReadForm form = readBody({{"CONTENT_LENGTH", "11"}}, "a=1\0&b=2&c="s);
-    EXPECT_TRUE(form.found);
+    const ReadForm form = readBody("11", "a=1\0&b=2&c="s);
+    EXPECT_EQ(form.fault, RequestFault::none);
     EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}}));
     EXPECT_EQ(form.left, 0U);
-    EXPECT_TRUE(readBody({{"CONTENT_LENGTH", "4"}}, "\0a=1"s).parameters.empty());
+    EXPECT_TRUE(readBody("4", "\0a=1"s).parameters.empty());
 }
 
 TEST(ReadFormParameters, ClearsTheParametersFirst) {
-    EXPECT_TRUE(readBody({}, "").parameters.empty());
-    EXPECT_TRUE(readQuery({}).parameters.empty());
+    EXPECT_TRUE(readBody(std::nullopt, "").parameters.empty());
+    EXPECT_TRUE(readQuery(nullptr).parameters.empty());
 }
 
-TEST(ReadFormParameters, FindsNothingWithoutAUsableLength) {
-    EXPECT_FALSE(readBody({}, "a=1").found);
-    for (const char* length : {"", "0", "abc", "-0", "x5", "-", "-1", "18446744073709551615",
-                               "18446744073709551616", "99999999999999999999"}) {
-        const ReadForm form = readBody({{"CONTENT_LENGTH", length}}, "a=1");
-        EXPECT_FALSE(form.found) << length;
-        EXPECT_EQ(form.left, 3U) << length;
+TEST(ReadFormParameters, TellsWhyThereIsNoForm) {
+    struct Case {
+        std::optional<std::string> length;
+        std::string body;
+        RequestFault fault;
+    };
+    for (const auto& [length, body, fault] :
+         {Case{std::nullopt, "a=1", RequestFault::formLengthUnset},
+          {"", "a=1", RequestFault::formLengthZero},
+          {"0", "a=1", RequestFault::formLengthZero},
+          {"abc", "a=1", RequestFault::formLengthZero},
+          {"-0", "a=1", RequestFault::formLengthZero},
+          {"x5", "a=1", RequestFault::formLengthZero},
+          {"-", "a=1", RequestFault::formLengthZero},
+          {"-1", "a=1", RequestFault::formLengthRange},
+          {"18446744073709551615", "a=1", RequestFault::formLengthRange},
+          {"18446744073709551616", "a=1", RequestFault::formLengthRange},
+          {"99999999999999999999", "a=1", RequestFault::formLengthRange},
+          {"5", "", RequestFault::formBodyEmpty}}) {
+        const ReadForm form = readBody(length, body);
+        EXPECT_EQ(form.fault, fault) << length.value_or("unset");
+        EXPECT_EQ(form.left, body.size()) << length.value_or("unset");
     }
 }
 
-TEST(ReadFormParameters, FindsNothingWhenNothingArrives) {
-    EXPECT_FALSE(readBody({{"CONTENT_LENGTH", "5"}}, "").found);
-}
-
 TEST(ReadFormParameters, LooksAtNoQueryStringBesidesTheBody) {
-    EXPECT_EQ(readBody({{"CONTENT_LENGTH", "3"}, {"QUERY_STRING", "b=2"}}, "a=1").parameters,
-              (FormParameters{{"a", "1"}}));
-    EXPECT_FALSE(readBody({{"QUERY_STRING", "b=2"}}, "").found);
+    EXPECT_EQ(readBody("3", "a=1", "b=2").parameters, (FormParameters{{"a", "1"}}));
+    EXPECT_NE(readBody(std::nullopt, "", "b=2").fault, RequestFault::none);
 }
 
 TEST(ReadFormParameters, ReadsALargeBodyWhole) {
     const std::string body = "a=" + std::string(3000000, 'v');
-    const ReadForm form = readBody({{"CONTENT_LENGTH", std::to_string(body.size())}}, body);
+    const ReadForm form = readBody(std::to_string(body.size()), body);
     EXPECT_EQ(form.parameters, (FormParameters{{"a", body.substr(2)}}));
 }
 
 TEST(ReadFormParameters, ReadsTheQueryStringWhenNotFromTheBody) {
-    const ReadForm form = readQuery({{"QUERY_STRING", "a=1&b=%32"}, {"CONTENT_LENGTH", "6"}});
-    EXPECT_TRUE(form.found);
+    const ReadForm form = readQuery("a=1&b=%32", "6");
+    EXPECT_EQ(form.fault, RequestFault::none);
     EXPECT_EQ(form.parameters, (FormParameters{{"a", "1"}, {"b", "2"}}));
     EXPECT_EQ(form.left, 6U);
 }
 
 TEST(ReadFormParameters, FindsNothingWithoutAQueryString) {
-    EXPECT_FALSE(readQuery({{"CONTENT_LENGTH", "6"}}).found);
-    EXPECT_FALSE(readQuery({{"QUERY_STRING", ""}}).found);
+    EXPECT_NE(readQuery(nullptr, "6").fault, RequestFault::none);
+    EXPECT_NE(readQuery("").fault, RequestFault::none);
 }
 
 TEST(ReadFormParameters, TakesAPairOfQuotationMarksOffTheQueryString) {
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"a=1\""}}).parameters, (FormParameters{{"a", "1"}}));
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"\"a=1\"\""}}).parameters,
-              (FormParameters{{"\"a", "1\""}}));
+    EXPECT_EQ(readQuery("\"a=1\"").parameters, (FormParameters{{"a", "1"}}));
+    EXPECT_EQ(readQuery("\"\"a=1\"\"").parameters, (FormParameters{{"\"a", "1\""}}));
 }
 
 TEST(ReadFormParameters, LeavesALoneQuotationMarkInTheQueryString) {
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"a=1"}}).parameters, (FormParameters{{"\"a", "1"}}));
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "a=1\""}}).parameters, (FormParameters{{"a", "1\""}}));
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "'a=1'"}}).parameters, (FormParameters{{"'a", "1'"}}));
+    EXPECT_EQ(readQuery("\"a=1").parameters, (FormParameters{{"\"a", "1"}}));
+    EXPECT_EQ(readQuery("a=1\"").parameters, (FormParameters{{"a", "1\""}}));
+    EXPECT_EQ(readQuery("'a=1'").parameters, (FormParameters{{"'a", "1'"}}));
 }
 
 TEST(ReadFormParameters, FindsTextInAQueryStringOfQuotationMarksAlone) {
     for (const char* query : {"\"", "\"\"", "\"=\""}) {
-        EXPECT_TRUE(readQuery({{"QUERY_STRING", query}}).found) << query;
+        EXPECT_EQ(readQuery(query).fault, RequestFault::none) << query;
     }
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"\""}}).parameters, FormParameters{});
-    EXPECT_EQ(readQuery({{"QUERY_STRING", "\"=\""}}).parameters, (FormParameters{{"", ""}}));
+    EXPECT_EQ(readQuery("\"\"").parameters, FormParameters{});
+    EXPECT_EQ(readQuery("\"=\"").parameters, (FormParameters{{"", ""}}));
 }

@@ -10,10 +10,9 @@
 #include <tuple>
 
 #include "frontend/json_input.h"
-#include "tests/support/environment.h"
 #include "tests/support/long_run.h"
-#include "tests/support/standard_streams.h"
 #include "tests/unit/frontend/random_json.h"
+#include "tools/request/raw_request.h"
 
 namespace {
 
@@ -21,10 +20,10 @@ using namespace std::string_literals;
 using nlohmann::json;
 
 std::optional<RequestRecord> readRecord(const std::string& body) {
-    const ScopedCgiEnvironment environment({{"CONTENT_LENGTH", std::to_string(body.size())}});
-    const ScopedInput input(body);
+    const RawRequest request{.contentLength = std::to_string(body.size()), .body = body};
     RequestRecord record;
-    return fillRecordFromJson(record) ? std::optional(record) : std::nullopt;
+    const RequestFault fault = fillRecordFromJson(record, RawRequestSource(request));
+    return fault == RequestFault::none ? std::optional(record) : std::nullopt;
 }
 
 std::string text(const json& object, const char* name) {

@@ -7,27 +7,25 @@
 #include <optional>
 #include <stdexcept>
 
-#include "tests/support/environment.h"
 #include "tests/support/failing_calls.h"
-#include "tests/support/standard_streams.h"
+#include "tools/request/raw_request.h"
 
 namespace {
 
 using namespace std::string_literals;
 
 /// The record that the body fills, or nothing when it is refused.
-std::optional<RequestRecord> readJson(std::string_view body, const Environment& variables) {
-    const ScopedCgiEnvironment environment(variables);
-    const ScopedInput input(body);
+std::optional<RequestRecord> readJson(const RawRequest& request) {
     RequestRecord record;
-    return fillRecordFromJson(record) ? std::optional(record) : std::nullopt;
+    const RequestFault fault = fillRecordFromJson(record, RawRequestSource(request));
+    return fault == RequestFault::none ? std::optional(record) : std::nullopt;
 }
 
-std::optional<RequestRecord> readJson(std::string_view body) {
-    return readJson(body, {{"CONTENT_LENGTH", std::to_string(body.size())}});
+std::optional<RequestRecord> readJson(const std::string& body) {
+    return readJson(RawRequest{.contentLength = std::to_string(body.size()), .body = body});
 }
 
-bool isAccepted(std::string_view body) {
+bool isAccepted(const std::string& body) {
     return readJson(body).has_value();
 }
 
@@ -209,36 +207,40 @@ TEST(FillRecordFromJson, RefusesABodyThatThereIsNoMemoryToRead) {
 TEST(FillRecordFromJson, LetsTheLackOfMemoryForTheBodyPassAsAnException) {
     ScopedFailingCalls calls;
     calls.blockLimit = 10000;
-    EXPECT_THROW(readJson("{}", {{"CONTENT_LENGTH", "10000"}}), std::bad_alloc);
+    EXPECT_THROW(readJson(RawRequest{.contentLength = "10000", .body = "{}"}), std::bad_alloc);
 }
 
 TEST(FillRecordFromJson, RefusesAnAbsentBody) {
-    EXPECT_FALSE(readJson("{}", {}).has_value());
+    EXPECT_FALSE(readJson(RawRequest{.body = "{}"}).has_value());
     for (const char* length : {"", "0", "+0", "12x", "2x", " 2", "2 ", "0x2", "+-2", "-"}) {
-        EXPECT_FALSE(readJson("{}", {{"CONTENT_LENGTH", length}}).has_value()) << length;
+        EXPECT_FALSE(readJson(RawRequest{.contentLength = length, .body = "{}"}).has_value())
+            << length;
     }
-    EXPECT_FALSE(readJson("", {{"CONTENT_LENGTH", "2"}}).has_value());
+    EXPECT_FALSE(readJson(RawRequest{.contentLength = "2", .body = ""}).has_value());
 }
 
 TEST(FillRecordFromJson, AcceptsASignInFrontOfTheLength) {
-    EXPECT_TRUE(readJson("{}", {{"CONTENT_LENGTH", "+2"}}).has_value());
-    EXPECT_TRUE(readJson("{}", {{"CONTENT_LENGTH", "002"}}).has_value());
+    EXPECT_TRUE(readJson(RawRequest{.contentLength = "+2", .body = "{}"}).has_value());
+    EXPECT_TRUE(readJson(RawRequest{.contentLength = "002", .body = "{}"}).has_value());
 }
 
 TEST(FillRecordFromJson, TakesALengthThatWrapsAroundForWhatItWrapsTo) {
     // 2^64 + 2.
-    EXPECT_TRUE(readJson("{}", {{"CONTENT_LENGTH", "18446744073709551618"}}).has_value());
-    EXPECT_FALSE(readJson("{}", {{"CONTENT_LENGTH", "18446744073709551616"}}).has_value());
+    EXPECT_TRUE(
+        readJson(RawRequest{.contentLength = "18446744073709551618", .body = "{}"}).has_value());
+    EXPECT_FALSE(
+        readJson(RawRequest{.contentLength = "18446744073709551616", .body = "{}"}).has_value());
 }
 
 TEST(FillRecordFromJson, RefusesABodyShorterThanAnnounced) {
-    EXPECT_FALSE(readJson("{}", {{"CONTENT_LENGTH", "3"}}).has_value());
-    EXPECT_FALSE(readJson("{}", {{"CONTENT_LENGTH", "100000"}}).has_value());
+    EXPECT_FALSE(readJson(RawRequest{.contentLength = "3", .body = "{}"}).has_value());
+    EXPECT_FALSE(readJson(RawRequest{.contentLength = "100000", .body = "{}"}).has_value());
 }
 
 TEST(FillRecordFromJson, ReadsNothingBehindTheAnnouncedLength) {
-    EXPECT_TRUE(readJson("{}garbage", {{"CONTENT_LENGTH", "2"}}).has_value());
-    EXPECT_FALSE(readJson(R"({"project":"p"})", {{"CONTENT_LENGTH", "5"}}).has_value());
+    EXPECT_TRUE(readJson(RawRequest{.contentLength = "2", .body = "{}garbage"}).has_value());
+    EXPECT_FALSE(
+        readJson(RawRequest{.contentLength = "5", .body = R"({"project":"p"})"}).has_value());
 }
 
 TEST(FillRecordFromJson, RefusesAZeroByteAnywhere) {
@@ -254,8 +256,46 @@ TEST(FillRecordFromJson, RefusesAZeroByteAnywhere) {
 TEST(FillRecordFromJson, LetsImpossibleLengthsPassAsAnException) {
     for (const char* length : {"-1", "-5", "9223372036854775807", "9223372036854775808",
                                "18446744073709551615", "-9223372036854775808"}) {
-        EXPECT_THROW(readJson("{}", {{"CONTENT_LENGTH", length}}), std::length_error) << length;
+        EXPECT_THROW(readJson(RawRequest{.contentLength = length, .body = "{}"}), std::length_error)
+            << length;
     }
+}
+
+TEST(FillRecordFromJson, TellsTheRuleThatTheBodyBreaks) {
+    struct Case {
+        std::optional<std::string> length;  ///< the true one if none is given
+        std::string body;
+        RequestFault fault;
+    };
+    for (const auto& [length, body, fault] :
+         {Case{"", "{}", RequestFault::jsonLengthZero},
+          {"12x", "{}", RequestFault::jsonLengthZero},
+          {"3", "{}", RequestFault::jsonBodyShort},
+          {"3", "", RequestFault::jsonBodyShort},
+          {"3", "{\0"s, RequestFault::jsonBodyShort},
+          {{}, "{}\0"s, RequestFault::jsonZeroByte},
+          {{}, "{", RequestFault::jsonSyntax},
+          {{}, " ", RequestFault::jsonSyntax},
+          {{}, "{} {}", RequestFault::jsonSyntax},
+          {{}, "nul", RequestFault::jsonSyntax},
+          {{}, R"({"project":1,})", RequestFault::jsonSyntax},
+          {{}, R"({"x":1e999})", RequestFault::jsonNumber},
+          {{}, "1e999", RequestFault::jsonNumber},
+          {{}, "5", RequestFault::jsonNoObject},
+          {{}, "\"x\"", RequestFault::jsonNoObject},
+          {{}, "null", RequestFault::jsonNoObject},
+          {{}, "[", RequestFault::jsonNoObject},
+          {{}, R"({"project":1})", RequestFault::jsonMemberType},
+          {{}, R"({"signature":{"file":[]}})", RequestFault::jsonMemberType},
+          {{}, "{}", RequestFault::none}}) {
+        RequestRecord record;
+        const RawRequest request{.contentLength = length.value_or(std::to_string(body.size())),
+                                 .body = body};
+        EXPECT_EQ(fillRecordFromJson(record, RawRequestSource(request)), fault) << body;
+    }
+    RequestRecord record;
+    const RawRequest unset{.body = "{}"};
+    EXPECT_EQ(fillRecordFromJson(record, RawRequestSource(unset)), RequestFault::jsonLengthUnset);
 }
 
 TEST(ParseDecimal, ReadsDigitsWithOneOptionalSign) {

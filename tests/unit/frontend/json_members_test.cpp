@@ -6,15 +6,17 @@
 
 TEST(JsonMembers, TakeABinaryValueForOneOfAnotherType) {
     // No JSON text holds one, other formats of the library do.
-    RequestRecord record;
-    JsonMembers members(record);
     nlohmann::json::binary_t bytes;
-    EXPECT_FALSE(members.binary(bytes));
+    RequestRecord record;
+    JsonMembers alone(record);
+    EXPECT_FALSE(alone.binary(bytes));
+    EXPECT_EQ(alone.fault(), RequestFault::jsonNoObject);
+    JsonMembers members(record);
     members.start_object(1);
-    members.key("project");
-    EXPECT_TRUE(members.binary(bytes));
-    EXPECT_FALSE(members.haveTheirTypes());
     members.key("other");
     EXPECT_TRUE(members.binary(bytes));
-    EXPECT_FALSE(members.haveTheirTypes());
+    EXPECT_EQ(members.fault(), RequestFault::none);
+    members.key("project");
+    EXPECT_TRUE(members.binary(bytes));
+    EXPECT_EQ(members.fault(), RequestFault::jsonMemberType);
 }

@@ -1,8 +1,8 @@
 #include "frontend/request_driver.h"
 
-#include "tests/support/environment.h"
 #include "tests/support/signature_judge.h"
 #include "tests/unit/frontend/engine_test.h"
+#include "tools/request/raw_request.h"
 
 namespace {
 
@@ -15,22 +15,24 @@ constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'ba
 constexpr const char* noJson = "Invalid JSON data";
 constexpr const char* noForm = "Failed to parse input data";
 
-Answer serve(Environment variables, std::string_view body) {
-    variables.try_emplace("CONTENT_LENGTH", std::to_string(body.size()));
-    const ScopedCgiEnvironment environment(variables);
-    const ScopedInput input(body);
-    return answerOf(runRequest);
+Answer serve(const RawRequest& request) {
+    RequestRun run;
+    return answerOf(answerRequest(RawRequestSource(request), run));
 }
 
-Answer serveForm(std::string_view body) {
-    return serve({{"CONTENT_TYPE", "application/x-www-form-urlencoded"}}, body);
+Answer serve(std::optional<std::string> type, const std::string& body) {
+    return serve({std::move(type), std::to_string(body.size()), body});
 }
 
-Answer serveJson(std::string_view body) {
-    return serve({{"CONTENT_TYPE", "application/json"}}, body);
+Answer serveForm(const std::string& body) {
+    return serve("application/x-www-form-urlencoded", body);
 }
 
-class RunRequest : public KnownRequest {
+Answer serveJson(const std::string& body) {
+    return serve("application/json", body);
+}
+
+class AnswerRequest : public KnownRequest {
 protected:
     /// Form and JSON bodies that sign "abc"; `more` follows the parameters, or the members.
     std::string form(const std::string& more) const {
@@ -64,12 +66,12 @@ class DispatchRequest : public KnownRequest {};
 
 }  // namespace
 
-TEST_F(RunRequest, AnswersAFormInTextAndJsonInJson) {
+TEST_F(AnswerRequest, AnswersAFormInTextAndJsonInJson) {
     EXPECT_TRUE(answersText(serveForm(form(""))));
     EXPECT_TRUE(answersJson(serveJson(json(""))));
 }
 
-TEST_F(RunRequest, AnswersAsTheEncodingAsksWhateverTheInput) {
+TEST_F(AnswerRequest, AnswersAsTheEncodingAsksWhateverTheInput) {
     EXPECT_TRUE(answersJson(serveForm(form("&encoding=json"))));
     for (const char* word : {"plain", "base64", "urlencode"}) {
         EXPECT_TRUE(answersText(serveForm(form("&encoding="s + word))));
@@ -78,66 +80,63 @@ TEST_F(RunRequest, AnswersAsTheEncodingAsksWhateverTheInput) {
     EXPECT_TRUE(answersJson(serveJson(json(",\"encoding\":\"json\""))));
 }
 
-TEST_F(RunRequest, TakesTheInputsDefaultForAnUnknownEncoding) {
+TEST_F(AnswerRequest, TakesTheInputsDefaultForAnUnknownEncoding) {
     for (const char* word : {"JSON", "Plain", "xml", ""}) {
         EXPECT_TRUE(answersText(serveForm(form("&encoding="s + word)))) << word;
         EXPECT_TRUE(answersJson(serveJson(json(",\"encoding\":\""s + word + "\"")))) << word;
     }
 }
 
-TEST_F(RunRequest, TakesAnUnknownEncodingOfTheDataForPlain) {
+TEST_F(AnswerRequest, TakesAnUnknownEncodingOfTheDataForPlain) {
     for (const char* word : {"BASE64", "hex", ""}) {
         EXPECT_TRUE(answersText(serveForm(form("&sig_data_encoding="s + word)))) << word;
         EXPECT_TRUE(answersJson(serveJson(json("", ",\"encoding\":\""s + word + "\"")))) << word;
     }
 }
 
-TEST_F(RunRequest, LeavesAKnownButWrongEncodingOfTheDataToTheHandler) {
+TEST_F(AnswerRequest, LeavesAKnownButWrongEncodingOfTheDataToTheHandler) {
     for (const char* word : {"urlencode", "json"}) {
         EXPECT_EQ(serveForm(form("&sig_data_encoding="s + word)), refusal(wrongEncoding));
         EXPECT_EQ(serveJson(json("", ",\"encoding\":\""s + word + "\"")), refusal(wrongEncoding));
     }
 }
 
-TEST_F(RunRequest, CarriesPairsIntoTextAlone) {
+TEST_F(AnswerRequest, CarriesPairsIntoTextAlone) {
     EXPECT_TRUE(answersSignature(serveForm(form("&genpairs=")), "text/plain", "signature:", ""));
     EXPECT_TRUE(answersText(serveForm(form("&genpairs=false"))));
     EXPECT_TRUE(answersText(serveForm(form("&genpairs"))));
     EXPECT_TRUE(answersJson(serveJson(json(",\"genPairs\":true"))));
 }
 
-TEST_F(RunRequest, TakesOnlyTheExactTypeForJson) {
+TEST_F(AnswerRequest, TakesOnlyTheExactTypeForJson) {
     for (const char* type :
          {"application/json; charset=utf-8", "application/json;", "Application/JSON", "text/json",
           " application/json", "application/json ", ""}) {
-        EXPECT_TRUE(answersText(serve({{"CONTENT_TYPE", type}}, form("")))) << type;
-        EXPECT_EQ(serve({{"CONTENT_TYPE", type}}, json("")), refusal(modeMissing)) << type;
+        EXPECT_TRUE(answersText(serve(type, form("")))) << type;
+        EXPECT_EQ(serve(type, json("")), refusal(modeMissing)) << type;
     }
-    EXPECT_TRUE(answersText(serve({}, form(""))));
+    EXPECT_TRUE(answersText(serve(std::nullopt, form(""))));
     EXPECT_EQ(serveJson(form("")), refusal(noJson));
 }
 
-TEST_F(RunRequest, RefusesUnusableInputInItsOwnWords) {
+TEST_F(AnswerRequest, RefusesUnusableInputInItsOwnWords) {
     EXPECT_EQ(serveForm(""), refusal(noForm));
     EXPECT_EQ(serveJson(""), refusal(noJson));
     EXPECT_EQ(serveJson("{"), refusal(noJson));
     for (const char* length : {"0", "abc", ""}) {
-        EXPECT_EQ(serve({{"CONTENT_LENGTH", length}}, "a=1"), refusal(noForm));
-        EXPECT_EQ(serve({{"CONTENT_TYPE", "application/json"}, {"CONTENT_LENGTH", length}}, "{}"),
-                  refusal(noJson));
+        EXPECT_EQ(serve({std::nullopt, length, "a=1"}), refusal(noForm));
+        EXPECT_EQ(serve({"application/json", length, "{}"}), refusal(noJson));
     }
 }
 
-TEST_F(RunRequest, ReadsATrailingLetterInTheLengthAsTheInputDoes) {
+TEST_F(AnswerRequest, ReadsATrailingLetterInTheLengthAsTheInputDoes) {
     const std::string formLength = std::to_string(form("").size()) + "x";
     const std::string jsonLength = std::to_string(json("").size()) + "x";
-    EXPECT_TRUE(answersText(serve({{"CONTENT_LENGTH", formLength}}, form(""))));
-    EXPECT_EQ(
-        serve({{"CONTENT_TYPE", "application/json"}, {"CONTENT_LENGTH", jsonLength}}, json("")),
-        refusal(noJson));
+    EXPECT_TRUE(answersText(serve({std::nullopt, formLength, form("")})));
+    EXPECT_EQ(serve({"application/json", jsonLength, json("")}), refusal(noJson));
 }
 
-TEST_F(RunRequest, MissesTheModeBeforeTheProject) {
+TEST_F(AnswerRequest, MissesTheModeBeforeTheProject) {
     EXPECT_EQ(serveForm("a=1"), refusal(modeMissing));
     EXPECT_EQ(serveJson("{}"), refusal(modeMissing));
     EXPECT_EQ(serveForm("project=p"), refusal(modeMissing));
@@ -145,33 +144,33 @@ TEST_F(RunRequest, MissesTheModeBeforeTheProject) {
     EXPECT_EQ(serveForm("project=p&sig_create=1&sig_verify=TRUE"), refusal(modeMissing));
 }
 
-TEST_F(RunRequest, MissesTheProjectBeforeAnythingOfTheSignature) {
+TEST_F(AnswerRequest, MissesTheProjectBeforeAnythingOfTheSignature) {
     EXPECT_EQ(serveForm("sig_create=true"), refusal(projectRequired));
     EXPECT_EQ(serveForm("sig_verify=true&project="), refusal(projectRequired));
     EXPECT_EQ(serveForm("sig_create=true&sig_data_encoding=json"), refusal(projectRequired));
     EXPECT_EQ(serveJson(R"({"mode":"verifySignature","project":""})"), refusal(projectRequired));
 }
 
-TEST_F(RunRequest, RefusesAWrongTypeBeforeItMissesTheMode) {
+TEST_F(AnswerRequest, RefusesAWrongTypeBeforeItMissesTheMode) {
     EXPECT_EQ(serveJson(R"({"mode":5})"), refusal(noJson));
     EXPECT_EQ(serveJson(R"({"genPairs":"true"})"), refusal(noJson));
 }
 
-TEST_F(RunRequest, PassesASignatureThatIsNoObjectOnToTheHandler) {
+TEST_F(AnswerRequest, PassesASignatureThatIsNoObjectOnToTheHandler) {
     EXPECT_EQ(serveJson(R"({"mode":"generateSignature","project":"p","signature":"x"})"),
               refusal(dataOrFile));
     EXPECT_EQ(serveJson(R"({"mode":"verifySignature","project":"p"})"),
               refusal("'signature' parameter is required"));
 }
 
-TEST_F(RunRequest, VerifiesWhenBothOperationsAreSelected) {
+TEST_F(AnswerRequest, VerifiesWhenBothOperationsAreSelected) {
     EXPECT_EQ(serveForm(form("&sig_verify=true&sig=x")), (Answer{0, expectedText("false")}));
 }
 
 TEST_F(DispatchRequest, HandsTheRecordToTheHandlerOfItsMode) {
-    const Answer verified = answerOf([&] { return dispatchRequest(verifying()); });
+    const Answer verified = answerTo(verifying());
     EXPECT_EQ(verified, (Answer{0, expectedText("true")}));
-    const Answer made = answerOf([&] { return dispatchRequest(signing()); });
+    const Answer made = answerTo(signing());
     EXPECT_EQ(made.status, 0);
     EXPECT_TRUE(judgeAcceptsText(known.project, message, responseBody(made.output)));
 }
@@ -182,6 +181,6 @@ TEST_F(DispatchRequest, AnswersAServerErrorForAModeWithoutAHandler) {
     for (const std::uint32_t mode : {0U, 3U, 7U, 0xFFFFFFFFU}) {
         RequestRecord record = verifying();
         record.mode = static_cast<RequestMode>(mode);
-        EXPECT_EQ(answerOf([&] { return dispatchRequest(record); }), expected) << mode;
+        EXPECT_EQ(answerTo(record), expected) << mode;
     }
 }

@@ -15,12 +15,14 @@ constexpr const char* wrongBase64 = "Invalid base64 data";
 constexpr const char* notGenerated = "Signature generation failed";
 constexpr const char* signatureRequired = "'signature' parameter is required";
 
-Answer generate(const RequestRecord& record) {
-    return answerOf([&] { return handleGenerateSignature(record); });
+Answer generate(RequestRecord record) {
+    record.mode = RequestMode::generateSignature;
+    return answerTo(record);
 }
 
-Answer verify(const RequestRecord& record) {
-    return answerOf([&] { return handleVerifySignature(record); });
+Answer verify(RequestRecord record) {
+    record.mode = RequestMode::verifySignature;
+    return answerTo(record);
 }
 
 const Answer answerTrue{0, expectedText("true")};

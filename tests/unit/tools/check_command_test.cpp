@@ -77,11 +77,11 @@ TEST_F(CheckCommand, WritesEachFindingWithItsCodeAndItsAttribute) {
     EXPECT_EQ(value["sound"], false);
     EXPECT_EQ(value["verifiesOnly"], false);
     ASSERT_EQ(value["findings"].size(), 2U);
-    EXPECT_EQ(
-        value["findings"][0],
-        (nlohmann::json{{"code", "off-curve"}, {"text", "the base point is not on the curve"}}));
+    EXPECT_EQ(value["findings"][0],
+              (nlohmann::json{{"code", "key.off-curve"},
+                              {"text", "the base point is not on the curve"}}));
     EXPECT_EQ(value["findings"][1],
-              (nlohmann::json{{"code", "scalar-out-of-range"},
+              (nlohmann::json{{"code", "key.scalar-range"},
                               {"attribute", 74},
                               {"text", "attribute 74 (private scalar) is not below the order"}}));
 }

@@ -1,14 +1,7 @@
 #include "tools/commands/explain_command.h"
-
-#include <stdlib.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
 #include "tests/support/failing_calls.h"
-#include "tests/support/limits.h"
 #include "tests/unit/tools/command_run.h"
 #include "tests/unit/tools/explanation_test.h"
 #include "tools/exit_status.h"
@@ -151,23 +144,6 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
               "projectctl: " + folder.file("absent") + ": No such file or directory\n");
     options.body = folder.path();
     EXPECT_EQ(failureOf(options), "projectctl: " + folder.path() + ": Is a directory\n");
-}
-
-TEST_F(ExplainCommand, FailsWithoutAFileForTheBody) {
-    const ExplainOptions options = bodyOptions(std::string(2000, 'a'));
-    {
-        const ScopedLimit limit(RLIMIT_FSIZE, 1000);
-        EXPECT_EQ(failureOf(options),
-                  "projectctl: a file for the request's body: File too large\n");
-    }
-    // Neither for the standard input that is set aside, nor for the body.
-    const int free = ::dup(STDIN_FILENO);
-    ::close(free);
-    for (const int descriptors : {free, free + 1}) {
-        RawRequest request{.contentType = std::nullopt, .contentLength = "1", .body = "a"};
-        const ScopedLimit limit(RLIMIT_NOFILE, static_cast<rlim_t>(descriptors));
-        EXPECT_THROW(explainRequest(request), std::system_error);
-    }
 }
 
 TEST_F(ExplainCommand, LeavesTheEnvironmentAsItWas) {

@@ -121,7 +121,7 @@ TEST_F(ExplanationRemarks, LeaveASmallRToTheReason) {
         const RawRequest request =
             json(R"({"mode":"verifySignature","project":")" + path + R"(","signature":{"file":")" +
                  message + R"(","signature":")" + signatureText(arranged.signature) + "\"}}");
-        const Explanation explanation = explain(request);
+        const Explanation explanation = explainRequest(request);
         EXPECT_EQ(explanation.rule, bytes == 16 ? "signature.mismatch" : "signature.valid");
         EXPECT_EQ(explanation.reason.find("its r is below 2^128") != std::string::npos,
                   bytes == 16);

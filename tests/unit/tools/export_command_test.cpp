@@ -7,7 +7,6 @@
 #include <string>
 #include <tuple>
 
-#include "core/entry.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/libcrypto_curve.h"
 #include "tests/support/project_key.h"

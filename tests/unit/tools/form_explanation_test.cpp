@@ -8,7 +8,7 @@ class ExplainForm : public ExplanationTest {
 protected:
     static Explanation explainLength(const std::optional<std::string>& length,
                                      const std::string& body = "a=1") {
-        return explain({std::nullopt, length, body});
+        return explainRequest({std::nullopt, length, body});
     }
 
     /// The remarks on a form that selects nothing.
@@ -99,10 +99,10 @@ TEST_F(ExplainForm, RemarksOnAZeroByteInTheBody) {
 }
 
 TEST_F(ExplainForm, RemarksOnJsonThatIsReadAsAForm) {
-    EXPECT_EQ(explain(requestOf("application/json; charset=utf-8", "{}")).remarks,
+    EXPECT_EQ(explainRequest(requestOf("application/json; charset=utf-8", "{}")).remarks,
               Remarks{"CONTENT_TYPE is \"application/json; charset=utf-8\": only exactly "
                       "\"application/json\" is JSON, and this is read as a form"});
-    EXPECT_EQ(explain({std::nullopt, "2", "{}"}).remarks,
+    EXPECT_EQ(explainRequest({std::nullopt, "2", "{}"}).remarks,
               Remarks{"the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE "
                       "must be exactly \"application/json\""});
 }

@@ -23,6 +23,19 @@
 
 namespace {
 
+/// What there is to say of the file at `path`.
+std::optional<Refusal> refusalOf(const std::string& path) {
+    MappedInput input;
+    mapInputFile(input, path.c_str());
+    return inputFileRefusal(input);
+}
+
+std::optional<std::string> remarkOf(const std::string& path) {
+    MappedInput input;
+    mapInputFile(input, path.c_str());
+    return inputFileRemark(input);
+}
+
 /// What the engine would sign.
 Bytes mappedBytes(const InputFile& file) {
     MappedInput mapped;
@@ -212,39 +225,37 @@ protected:
 };
 
 TEST_F(InputFileRefusal, IsNothingForAFileThatCanBeSigned) {
-    EXPECT_EQ(inputFileRefusal(folder.write("file", {1})), std::nullopt);
-    EXPECT_EQ(inputFileRefusal(sparse(2147483647)), std::nullopt);
-    EXPECT_EQ(inputFileRefusal(sparse(4294967301)), std::nullopt);
+    EXPECT_EQ(refusalOf(folder.write("file", {1})), std::nullopt);
+    EXPECT_EQ(refusalOf(sparse(2147483647)), std::nullopt);
+    EXPECT_EQ(refusalOf(sparse(4294967301)), std::nullopt);
 }
 
 TEST_F(InputFileRefusal, TellsWhyAFileCannotBeOpened) {
-    EXPECT_EQ(inputFileRefusal(folder.file("missing")),
-              "cannot be opened: No such file or directory");
-    EXPECT_EQ(inputFileRefusal(folder.write("file", {1}) + "/x"),
-              "cannot be opened: Not a directory");
+    EXPECT_EQ(refusalOf(folder.file("missing")), "cannot be opened: No such file or directory");
+    EXPECT_EQ(refusalOf(folder.write("file", {1}) + "/x"), "cannot be opened: Not a directory");
 }
 
 TEST_F(InputFileRefusal, TellsWhatIsNoFile) {
-    EXPECT_EQ(inputFileRefusal(folder.path()), "is a directory");
-    EXPECT_EQ(inputFileRefusal("/dev/null"), "is no regular file");
+    EXPECT_EQ(refusalOf(folder.path()), "is a directory");
+    EXPECT_EQ(refusalOf("/dev/null"), "is no regular file");
 }
 
 TEST_F(InputFileRefusal, TellsTheSizesThatCannotBeSigned) {
-    EXPECT_EQ(inputFileRefusal(folder.write("file", {})), "is empty");
-    EXPECT_EQ(inputFileRefusal(sparse(2147483648)),
+    EXPECT_EQ(refusalOf(folder.write("file", {})), "is empty");
+    EXPECT_EQ(refusalOf(sparse(2147483648)),
               "has 2147483648 bytes: at most 2147483647 can be signed");
-    EXPECT_EQ(inputFileRefusal(sparse(4294967295)),
+    EXPECT_EQ(refusalOf(sparse(4294967295)),
               "has 4294967295 bytes: at most 2147483647 can be signed");
-    EXPECT_EQ(inputFileRefusal(sparse(4294967296)),
+    EXPECT_EQ(refusalOf(sparse(4294967296)),
               "has 4294967296 bytes, a multiple of 4294967296: nothing of it counts");
 }
 
 TEST_F(InputFileRefusal, IsAccompaniedByARemarkOnAFileOfWhichAPartCounts) {
-    EXPECT_EQ(inputFileRemark(folder.write("file", {1})), std::nullopt);
-    EXPECT_EQ(inputFileRemark(folder.file("missing")), std::nullopt);
-    EXPECT_EQ(inputFileRemark(sparse(4294967295)), std::nullopt);
-    EXPECT_EQ(inputFileRemark(sparse(4294967301)), "only the first 5 bytes of 4294967301 count");
-    EXPECT_EQ(inputFileRemark(sparse(4294967297)), "only the first 1 byte of 4294967297 count");
+    EXPECT_EQ(remarkOf(folder.write("file", {1})), std::nullopt);
+    EXPECT_EQ(remarkOf(folder.file("missing")), std::nullopt);
+    EXPECT_EQ(remarkOf(sparse(4294967295)), std::nullopt);
+    EXPECT_EQ(remarkOf(sparse(4294967301)), "only the first 5 bytes of 4294967301 count");
+    EXPECT_EQ(remarkOf(sparse(4294967297)), "only the first 1 byte of 4294967297 count");
 }
 
 }  // namespace

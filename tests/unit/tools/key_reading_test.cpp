@@ -6,9 +6,6 @@
 #include <optional>
 #include <string>
 
-#include "engine/sign.h"
-#include "engine/signature_engine.h"
-#include "engine/verify.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"

@@ -85,18 +85,19 @@ TEST_F(CheckProject, FindsADamagedContainerAndNothingElse) {
     Bytes bytes = projectBytes(attributes);
     bytes.back() ^= 1;
     const ProjectCheck check = checkOf(bytes, 0666);
-    EXPECT_EQ(textsOf(check),
-              Strings{"container: is damaged: the digest in its header is not that of its body"});
+    EXPECT_EQ(
+        textsOf(check),
+        Strings{"project.digest: is damaged: the digest in its header is not that of its body"});
     EXPECT_EQ(check.unjudged, std::nullopt);
 }
 
 TEST_F(CheckProject, FindsWhatIsAbsent) {
     const ProjectCheck check = checkOf(projectBytes({{1, {2}}}));
     EXPECT_EQ(textsOf(check),
-              (Strings{"no-coordinate: attribute 72 (x of the base point) is absent",
-                       "no-coordinate: attribute 73 (y of the base point) is absent",
-                       "no-coordinate: attribute 75 (x of the public point) is absent",
-                       "no-coordinate: attribute 76 (y of the public point) is absent"}));
+              (Strings{"key.absent: attribute 72 (x of the base point) is absent",
+                       "key.absent: attribute 73 (y of the base point) is absent",
+                       "key.absent: attribute 75 (x of the public point) is absent",
+                       "key.absent: attribute 76 (y of the public point) is absent"}));
     EXPECT_EQ(check.findings[0].attribute, 72U);
 }
 
@@ -106,22 +107,24 @@ TEST_F(CheckProject, FindsARepeatedAttribute) {
     for (ImageEntry& entry : image.directory) {
         entry.offset += 12;
     }
-    EXPECT_EQ(textsOf(checkOf(image.bytes())),
-              Strings{"repeated-attribute: attribute 72 (x of the base point) stands 2 times in "
-                      "the directory; only "
-                      "the first counts"});
+    EXPECT_EQ(
+        textsOf(checkOf(image.bytes())),
+        Strings{"project.repeated-attribute: attribute 72 (x of the base point) stands 2 times in "
+                "the directory; only "
+                "the first counts"});
     for (ImageEntry& entry : image.directory) {
         entry.id += 200;
     }
-    EXPECT_EQ(textsOf(checkOf(image.bytes())).front(),
-              "repeated-attribute: attribute 272 stands 2 times in the directory; only the first "
-              "counts");
+    EXPECT_EQ(
+        textsOf(checkOf(image.bytes())).front(),
+        "project.repeated-attribute: attribute 272 stands 2 times in the directory; only the first "
+        "counts");
 }
 
 TEST_F(CheckProject, FindsWhatIsOpenToOthers) {
     const ProjectCheck check = checkOf(projectBytes(attributes), 0644);
     ASSERT_EQ(check.findings.size(), 1U);
-    EXPECT_EQ(check.findings[0].code, "permissions");
+    EXPECT_EQ(check.findings[0].code, "project.permissions");
     AttributeValues values = attributes;
     values.erase(74);
     EXPECT_EQ(checkOf(projectBytes(values), 0666).findings.size(), 1U);
@@ -138,14 +141,16 @@ TEST_F(CheckProject, CountsRepeatedAttributesBeyondTheFirstHundred) {
         }
         const Strings texts = textsOf(checkOf(image.bytes()));
         ASSERT_EQ(texts.size(), repeated == 100 ? 100 : 101);
-        EXPECT_EQ(texts[0],
-                  "repeated-attribute: attribute 1000 stands 2 times in the directory; only the "
-                  "first counts");
-        EXPECT_EQ(texts[99].substr(0, 36), "repeated-attribute: attribute 1099 s");
+        EXPECT_EQ(
+            texts[0],
+            "project.repeated-attribute: attribute 1000 stands 2 times in the directory; only the "
+            "first counts");
+        EXPECT_EQ(texts[99].substr(0, 44), "project.repeated-attribute: attribute 1099 s");
         if (repeated == 101) {
-            EXPECT_EQ(texts[100],
-                      "repeated-attribute: 101 attributes in all stand more than once in the "
-                      "directory; the first 100 of them are named");
+            EXPECT_EQ(
+                texts[100],
+                "project.repeated-attribute: 101 attributes in all stand more than once in the "
+                "directory; the first 100 of them are named");
         }
     }
 }
@@ -153,24 +158,19 @@ TEST_F(CheckProject, CountsRepeatedAttributesBeyondTheFirstHundred) {
 TEST_F(CheckProject, FindsAnotherDegree) {
     EXPECT_EQ(
         textsWith(72, elementValue(160, "1")),
-        Strings{
-            "no-coordinate: attribute 72 (x of the base point) states 160 bits instead of 163"});
+        Strings{"key.degree: attribute 72 (x of the base point) states 160 bits instead of 163"});
 }
 
 TEST_F(CheckProject, FindsCoordinatesOfAnotherLength) {
     Bytes longer = attributes.at(75);
     longer.push_back(0);
-    EXPECT_EQ(
-        textsWith(75, longer),
-        Strings{
-            "dishonest-length: attribute 75 (x of the public point) has 33 bytes instead of 32"});
+    EXPECT_EQ(textsWith(75, longer), Strings{"key.dishonest-length: attribute 75 (x of the public "
+                                             "point) has 33 bytes instead of 32"});
     // Of half a coordinate, no point is looked for.
     Bytes half = attributes.at(75);
     half.resize(20);
-    EXPECT_EQ(
-        textsWith(75, half),
-        Strings{
-            "short-coordinate: attribute 75 (x of the public point) has 20 bytes instead of 32"});
+    EXPECT_EQ(textsWith(75, half), Strings{"key.short-coordinate: attribute 75 (x of the public "
+                                           "point) has 20 bytes instead of 32"});
     AttributeValues values = keyAttributes(keyWithScalar("1", key.baseX, key.baseY));
     // The bytes that are missing at the top count as zeros.
     values[72].resize(31);
@@ -178,17 +178,19 @@ TEST_F(CheckProject, FindsCoordinatesOfAnotherLength) {
     EXPECT_EQ(
         textsOf(checkOf(projectBytes(values))),
         (Strings{
-            "short-coordinate: attribute 72 (x of the base point) has 31 bytes instead of 32",
-            "short-coordinate: attribute 75 (x of the public point) has 31 bytes instead of 32"}));
+            "key.short-coordinate: attribute 72 (x of the base point) has 31 bytes instead of 32",
+            "key.short-coordinate: attribute 75 (x of the public point) has 31 bytes instead of "
+            "32"}));
 }
 
 TEST_F(CheckProject, FindsCoordinatesWithBitsAboveTheDegree) {
     for (const unsigned bit : {3U, 7U}) {
         Bytes value = attributes.at(73);
         value[28] = static_cast<std::uint8_t>(value[28] | 1U << bit);
-        EXPECT_EQ(textsWith(73, value), Strings{"not-reduced: attribute 73 (y of the base point) "
-                                                "has bits at or above the degree of "
-                                                "the field"});
+        EXPECT_EQ(textsWith(73, value),
+                  Strings{"key.not-reduced: attribute 73 (y of the base point) "
+                          "has bits at or above the degree of "
+                          "the field"});
     }
     Bytes value = attributes.at(73);
     value[31] |= 0x80;
@@ -199,15 +201,16 @@ TEST_F(CheckProject, FindsPointsThatAreNone) {
     for (const auto& [id, name] :
          {std::pair<std::uint32_t, std::string>{72, "base"}, {75, "public"}}) {
         EXPECT_EQ(textsWithPoint(id, "0", "0"),
-                  Strings{"infinity: the " + name +
+                  Strings{"key.infinity: the " + name +
                           " point is (0, 0), as infinity is written at times: no point of the "
                           "curve"});
         EXPECT_EQ(textsWithPoint(id, "5", "5"),
-                  Strings{"off-curve: the " + name + " point is not on the curve"});
+                  Strings{"key.off-curve: the " + name + " point is not on the curve"});
         EXPECT_EQ(textsWithPoint(id, "0", "1"),
-                  Strings{"off-curve: the " + name + " point is not on the curve"});
-        EXPECT_EQ(textsWithPoint(id, "0", rootOfB),
-                  Strings{"x-zero: the " + name + " point has x = 0: it is the point of order 2"});
+                  Strings{"key.off-curve: the " + name + " point is not on the curve"});
+        EXPECT_EQ(
+            textsWithPoint(id, "0", rootOfB),
+            Strings{"key.x-zero: the " + name + " point has x = 0: it is the point of order 2"});
     }
 }
 
@@ -221,7 +224,7 @@ TEST_F(CheckProject, FindsPointsOfTwiceTheOrder) {
     for (const auto& [id, name] :
          {std::pair<std::uint32_t, std::string>{72, "base"}, {75, "public"}}) {
         EXPECT_EQ(textsWithPoint(id, sum.x.toHexadecimal(), sum.y.toHexadecimal()),
-                  Strings{"wrong-order: the " + name + " point is not of order n"});
+                  Strings{"key.wrong-order: the " + name + " point is not of order n"});
     }
 }
 
@@ -241,9 +244,9 @@ TEST_F(CheckProject, JudgesTheOrderOfPointsWhoseXHasAZeroTopWord) {
     for (const auto& [x, y] : {std::pair("2", "1110E9D7F953FEFED52955A28AEA590397A9A6A04"),
                                {"6", "66C946230636BB36CB0944B373E3092158CBFE64B"}}) {
         EXPECT_EQ(textsWithPoint(72, x, y),
-                  Strings{"wrong-order: the base point is not of order n"});
+                  Strings{"key.wrong-order: the base point is not of order n"});
         EXPECT_EQ(textsWithPoint(75, x, y),
-                  Strings{"wrong-order: the public point is not of order n"});
+                  Strings{"key.wrong-order: the public point is not of order n"});
     }
 }
 
@@ -254,7 +257,7 @@ TEST_F(CheckProject, FindsAPublicPointOfAnotherKey) {
     values[76] = elementValue(163, other.publicY);
     const ProjectCheck check = checkOf(projectBytes(values));
     EXPECT_EQ(textsOf(check),
-              Strings{"key-mismatch: the public point is not the product of the private scalar "
+              Strings{"key.mismatch: the public point is not the product of the private scalar "
                       "and the base point"});
 }
 
@@ -270,15 +273,16 @@ TEST_F(CheckProject, FindsThePublicPointsNegative) {
 TEST_F(CheckProject, FindsScalarsOutOfRange) {
     const auto withScalar = [&](const Bytes& value) { return textsWith(74, value); };
     EXPECT_EQ(withScalar(integerValue(curveOrderDigits)),
-              Strings{"scalar-out-of-range: attribute 74 (private scalar) is not below the order"});
+              Strings{"key.scalar-range: attribute 74 (private scalar) is not below the order"});
     EXPECT_EQ(withScalar(integerValue("1" + std::string(60, '0'))),
-              Strings{"scalar-out-of-range: attribute 74 (private scalar) is not below the order"});
+              Strings{"key.scalar-range: attribute 74 (private scalar) is not below the order"});
     EXPECT_EQ(withScalar(integerValue(0, {})),
-              Strings{"no-scalar: attribute 74 (private scalar) is zero"});
+              Strings{"key.zero-scalar: attribute 74 (private scalar) is zero"});
     EXPECT_EQ(withScalar(integerValue(321, Bytes(41, 1))).size(), 1U);
-    EXPECT_EQ(withScalar(integerValue(65, Bytes(9))),
-              (Strings{"dishonest-length: attribute 74 (private scalar) states 65 bits, but has 0",
-                       "scalar-out-of-range: attribute 74 (private scalar) is zero"}));
+    EXPECT_EQ(
+        withScalar(integerValue(65, Bytes(9))),
+        (Strings{"key.dishonest-length: attribute 74 (private scalar) states 65 bits, but has 0",
+                 "key.scalar-range: attribute 74 (private scalar) is zero"}));
     EXPECT_TRUE(checkOf(projectBytes(keyAttributes(keyWithScalar(
                             "40000000000000000000292FE77E70C12A4234C32", key.baseX, key.baseY))))
                     .isSound());
@@ -289,14 +293,14 @@ TEST_F(CheckProject, FindsScalarsOutOfRange) {
 TEST_F(CheckProject, FindsAScalarThatIsShorterThanItsHeader) {
     for (const Bytes& value : {Bytes{0}, {0, 0, 0}, {5, 0, 0}}) {
         EXPECT_EQ(textsWith(74, value),
-                  Strings{"no-scalar: attribute 74 (private scalar) is zero"});
+                  Strings{"key.zero-scalar: attribute 74 (private scalar) is zero"});
     }
 }
 
 TEST_F(CheckProject, FindsAScalarThatIsMarkedNegative) {
     Bytes value = attributes.at(74);
     value[3] |= 0x80;
-    EXPECT_EQ(textsWith(74, value), Strings{"negative-scalar: attribute 74 (private scalar) is "
+    EXPECT_EQ(textsWith(74, value), Strings{"key.negative-scalar: attribute 74 (private scalar) is "
                                             "marked as negative, which the program "
                                             "ignores"});
 }
@@ -310,13 +314,15 @@ TEST_F(CheckProject, FindsScalarsUnderAnotherLength) {
         return textsOf(checkOf(projectBytes(changed)));
     };
     EXPECT_EQ(textsOfFive(integerValue(3, five)), Strings{});
-    EXPECT_EQ(textsOfFive(integerValue(8, five)),
-              Strings{"dishonest-length: attribute 74 (private scalar) states 8 bits, but has 3"});
+    EXPECT_EQ(
+        textsOfFive(integerValue(8, five)),
+        Strings{"key.dishonest-length: attribute 74 (private scalar) states 8 bits, but has 3"});
     EXPECT_EQ(
         textsOfFive(integerValue(163, five)),
-        Strings{"dishonest-length: attribute 74 (private scalar) states 163 bits, but has 3"});
-    EXPECT_EQ(textsOfFive(integerValue(3, {5, 0})),
-              Strings{"dishonest-length: attribute 74 (private scalar) has 6 bytes instead of 5"});
+        Strings{"key.dishonest-length: attribute 74 (private scalar) states 163 bits, but has 3"});
+    EXPECT_EQ(
+        textsOfFive(integerValue(3, {5, 0})),
+        Strings{"key.dishonest-length: attribute 74 (private scalar) has 6 bytes instead of 5"});
 }
 
 TEST_F(CheckProject, TellsWhatEachFindingMakesOfSignatures) {
@@ -363,7 +369,8 @@ TEST_F(CheckProject, JudgesThePublishedPublicKeysAsTheyAre) {
         const ProjectCheck check = checkOf(projectBytes(values));
         EXPECT_EQ(check.isSound(), vector.at("Result")[0] == 'P') << vector.at("Result");
         if (vector.at("Result").starts_with("F (1")) {
-            EXPECT_EQ(textsOf(check), Strings{"off-curve: the public point is not on the curve"});
+            EXPECT_EQ(textsOf(check),
+                      Strings{"key.off-curve: the public point is not on the curve"});
         }
         (check.isSound() ? sound : unsound) += 1;
     }

@@ -2,51 +2,28 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <string_view>
 
 #include "frontend/form_input.h"
 #include "tools/counted_text.h"
 #include "tools/request/quoted_text.h"
-#include "tools/request/request_reading.h"
+#include "tools/request/request_words.h"
 
 namespace {
 
-constexpr std::array<std::string_view, 9> knownNames = {
-    "project",  "sig_create",        "sig_verify", "encoding", "genpairs",
-    "sig_data", "sig_data_encoding", "sig_file",   "sig"};
-
 bool isKnown(std::string_view name) {
-    return std::find(knownNames.begin(), knownNames.end(), name) != knownNames.end();
+    return std::find(formParameterNames.begin(), formParameterNames.end(), name) !=
+           formParameterNames.end();
 }
 
 std::string marked(std::string_view name) {
     return std::string(1, '\'').append(name) + '\'';
 }
 
-/// Why `readFormParameters` finds no form.
-Ruling formRefusal(const RawRequest& request) {
-    if (!request.contentLength.has_value()) {
-        return {"form.length-unset", "CONTENT_LENGTH is not set, so there is no body"};
-    }
-    const std::string announced = "CONTENT_LENGTH is " + quotation(*request.contentLength);
-    const std::uint64_t length = parseContentLength(*request.contentLength);
-    if (length == 0) {
-        return {"form.length-zero",
-                announced + ": the number at its start is 0 or missing, so there is no body"};
-    }
-    if (length == std::numeric_limits<std::uint64_t>::max()) {
-        return {"form.length-range",
-                announced + ", which counts as 2^64 - 1 and means that there is no body"};
-    }
-    return {"form.body-empty", announced + ", but nothing arrives: the body is empty"};
-}
-
-/// The text that the parser gets: the announced part of the body up to its first zero byte.
-std::string_view formText(const RawRequest& request, std::uint64_t length) {
-    const std::string_view body = request.body;
-    return body.substr(0, std::min<std::uint64_t>(length, body.find('\0')));
+/// The text that the parser gets.
+std::string_view textOf(const RawRequest& request, std::uint64_t length) {
+    return formText(std::string_view(request.body).substr(0, length));
 }
 
 bool isEscape(std::string_view digits) {
@@ -83,7 +60,8 @@ void remarkPlus(std::string_view name, std::string_view value, const RequestReco
 /// What the pieces of the text hold that makes no difference, or another than one may think.
 struct PieceRemarks {
     std::map<std::string, std::uint64_t> occurrences;
-    std::vector<std::string> unknown;
+    std::vector<std::string> unknown;  ///< the first of them
+    std::uint64_t unknownCount = 0;
     std::vector<std::string> remarks;
 
     void add(std::string_view piece, const RequestRecord& record) {
@@ -95,7 +73,10 @@ struct PieceRemarks {
         }
         const std::string& name = pair.begin()->first;
         if (!isKnown(name)) {
-            unknown.push_back(name);
+            constexpr std::uint64_t most = 3;
+            if (++unknownCount <= most) {
+                unknown.push_back(name);
+            }
             return;
         }
         ++occurrences[name];
@@ -117,8 +98,8 @@ struct PieceRemarks {
                                   ", and the last one counts");
             }
         }
-        if (!unknown.empty()) {
-            remarks.push_back(unknownNames("parameter", unknown));
+        if (unknownCount != 0) {
+            remarks.push_back(unknownNames("parameter", unknown, unknownCount));
         }
     }
 };
@@ -171,7 +152,7 @@ void remarkBody(const RawRequest& request, std::uint64_t length,
         remarks.push_back("the body ends after " + std::to_string(request.body.size()) +
                           " of the " + counted(length, "byte") + " announced, which a form may");
     }
-    const std::size_t textLength = formText(request, length).size();
+    const std::size_t textLength = textOf(request, length).size();
     if (textLength < std::min<std::uint64_t>(length, request.body.size())) {
         remarks.push_back("byte " + std::to_string(textLength + 1) +
                           " of the body is a zero byte, and the form ends in front of it");
@@ -192,40 +173,32 @@ void remarkType(const RawRequest& request, std::vector<std::string>& remarks) {
 
 }  // namespace
 
-RequestReading readFormRequest(const RawRequest& request) {
-    RequestReading reading{.names = {.project = "'project'",
-                                     .encoding = "'encoding'",
-                                     .data = "'sig_data'",
-                                     .dataEncoding = "'sig_data_encoding'",
-                                     .file = "'sig_file'",
-                                     .signature = "'sig'"},
-                           .defaultEncoding = TextEncoding::urlencode};
-    remarkType(request, reading.remarks);
-    FormParameters parameters;
-    const InputOutcome outcome =
-        readAsProgram(request, [&] { return readFormParameters(parameters, true); });
-    if (outcome == InputOutcome::refused) {
-        reading.refusal = refusalBy(formRefusal(request), "Failed to parse input data");
-        return reading;
+RequestWords formWords(const RawRequest& request, const RequestRun& run) {
+    RequestWords words{.names = {.project = "'project'",
+                                 .encoding = "'encoding'",
+                                 .data = "'sig_data'",
+                                 .dataEncoding = "'sig_data_encoding'",
+                                 .file = "'sig_file'",
+                                 .signature = "'sig'"}};
+    remarkType(request, words.remarks);
+    if (run.fault >= RequestFault::formLengthUnset && run.fault <= RequestFault::formBodyEmpty) {
+        return words;
     }
-    if (outcome != InputOutcome::accepted) {
-        reading.refusal = explainSilence(request, outcome, "form");
-        return reading;
-    }
-    fillRecordFromForm(parameters, reading.record);
     const std::uint64_t length = parseContentLength(request.contentLength.value_or(""));
-    reading.encodingWord = getFormString(parameters, "encoding");
-    reading.dataEncodingWord = getFormString(parameters, "sig_data_encoding");
-    reading.missingMode = missingOperation(parameters);
-    remarkBody(request, length, reading.remarks);
+    FormParameters parameters;
+    parseFormPairs(parameters, textOf(request, length));
+    words.encoding = getFormString(parameters, "encoding");
+    words.dataEncoding = getFormString(parameters, "sig_data_encoding");
+    words.missingMode = missingOperation(parameters);
+    remarkBody(request, length, words.remarks);
     if (getFormString(parameters, "sig_create") == "true" &&
         getFormString(parameters, "sig_verify") == "true") {
-        reading.remarks.emplace_back(
+        words.remarks.emplace_back(
             "'sig_create' and 'sig_verify' are both \"true\", and verifying wins");
     }
-    remarkPairs(parameters, reading.remarks);
-    for (std::string& remark : pieceRemarks(formText(request, length), reading.record)) {
-        reading.remarks.push_back(std::move(remark));
+    remarkPairs(parameters, words.remarks);
+    for (std::string& remark : pieceRemarks(textOf(request, length), run.record)) {
+        words.remarks.push_back(std::move(remark));
     }
-    return reading;
+    return words;
 }

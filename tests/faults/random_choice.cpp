@@ -1,4 +1,4 @@
-#include "tests/program/random_choice.h"
+#include "tests/faults/random_choice.h"
 
 using namespace std::string_literals;
 

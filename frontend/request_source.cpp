@@ -1,0 +1,10 @@
+#include "frontend/request_source.h"
+
+#include <cstdlib>
+
+RequestSource requestOfProcess() {
+    return {.contentType = std::getenv("CONTENT_TYPE"),
+            .contentLength = std::getenv("CONTENT_LENGTH"),
+            .queryString = std::getenv("QUERY_STRING"),
+            .body = stdin};
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <variant>
+
+#include "curve/signature_primitive.h"
+#include "engine/mapped_file.h"
+#include "engine/signature_text.h"
+#include "frontend/base64_decoder.h"
+#include "frontend/request_rules.h"
+#include "project/project_file.h"
+#include "project/project_key_record.h"
+#include "tools/refusal.h"
+
+/// What decides where no rule is broken, or what only the tool looks at.
+enum class Verdict : std::uint8_t {
+    made,         ///< a signature is made
+    valid,        ///< the signature is valid
+    noData,       ///< there is nothing to sign
+    noSignature,  ///< no attempt gives a signature
+    unsoundKey,
+    mismatch,  ///< the signature is of other data or of another key
+    fileCut,
+    paddedR,               ///< r has more zeros in front than verifying accepts
+    notDer,                ///< bytes that are no DER
+    notHexadecimal,        ///< text that is no hexadecimal form
+    formLengthImpossible,  ///< no string is so long
+    formLengthMemory,      ///< there is no memory for the body
+    jsonLengthImpossible,
+    jsonLengthMemory,
+    projectDirectory,   ///< the project is a directory
+    projectNotRegular,  ///< nor a directory
+    projectMemory,
+};
+
+/// What `projectctl check` finds beyond the faults of a project and its key.
+enum class Finding : std::uint8_t {
+    owner,
+    permissions,
+    folder,
+    repeatedAttribute,
+    shortCoordinate,
+    dishonestLength,
+    notReduced,
+    infinity,
+    offCurve,
+    xZero,
+    wrongOrder,
+    negativeScalar,
+    scalarRange,
+    keyMismatch,
+};
+
+/// A rule by the enumerator of whoever reads by it.
+using Cause = std::variant<RequestFault, Base64Fault, FileFault, ProjectFault, KeyFault,
+                           SignatureFault, core::PairFault, Verdict, Finding>;
+
+/// One rule.
+struct Rule {
+    Cause cause;
+    const char* code;      ///< stays the same when words change
+    const char* sentence;  ///< what it says of a request
+};
+
+/// All rules, by the families of their codes.
+std::span<const Rule> rules();
+
+/// The document that tells more of a rule.
+const char* pageOf(const Rule& rule);
+
+/// The rule of this cause.
+const Rule& ruleOf(const Cause& cause);
+
+/// A refusal by this rule, in words.
+Refusal refusalBy(const Cause& cause, std::string words);
