@@ -2,12 +2,15 @@
 
 import re
 
+from stopped import Stopped
+
 BEYOND = 2**64
+LONGEST_BODY = 2**63 - 2
 # No process has so much address space.
 BEYOND_MEMORY = 2**47
 
 
-class NoMemory(Exception):
+class NoMemory(Stopped):
     """The body has no room, which ends the program."""
 
 
@@ -42,7 +45,9 @@ def json_length(text):
     return signed_value(*digits.groups())
 
 
-def require_room(size):
-    """Raises NoMemory for a buffer that no process can have."""
-    if size >= BEYOND_MEMORY:
-        raise NoMemory
+def require_room(kind, length):
+    """Raises NoMemory for a body, of a "form" or "json", that no process can hold."""
+    if length > LONGEST_BODY:
+        raise NoMemory(f"{kind}.length-impossible")
+    if length >= BEYOND_MEMORY:
+        raise NoMemory(f"{kind}.length-memory")

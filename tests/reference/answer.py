@@ -11,13 +11,17 @@ TEXT, JSON = b"text/plain", b"application/json"
 
 @dataclass(frozen=True)
 class Answer:
-    """These bytes and the exit status that goes with them."""
+    """These bytes and the exit status that goes with them, by the rule of this code."""
+    rule: str
     status: bytes
     content_type: bytes
     body: bytes
 
     def kind(self):
         return f"{self.status.decode()}, {self.content_type.decode()}: {self.body.decode()}"
+
+    def explained(self):
+        return self.status.decode(), self.body.decode(), self.rule
 
     def accepts(self, nph, output, exit_status):
         return (output == response(nph, self.status, self.content_type, self.body)
@@ -31,27 +35,36 @@ class SignatureAnswer:
     before: bytes
     after: bytes
     due: object = field(repr=False)
+    rule: str = "signature.made"
 
     def kind(self):
         return f"200 OK, {self.content_type.decode()}: {(self.before + b'S' + self.after).decode()}"
 
+    def explained(self):
+        return "200 OK", (self.before + b"<signature>" + self.after).decode(), self.rule
+
     def accepts(self, nph, output, exit_status):
         body = output.rpartition(b"\r\n\r\n")[2]
         text = body.removeprefix(self.before).removesuffix(self.after)
-        answer = Answer(OK, self.content_type, self.before + text + self.after)
+        answer = Answer(self.rule, OK, self.content_type, self.before + text + self.after)
         return answer.accepts(nph, output, exit_status) and self.due.accepts(text)
 
 
 @dataclass(frozen=True)
 class Ended:
     """No room for the body: no output, and the end by SIGABRT."""
+    rule: str
 
-    def kind(self):
+    @staticmethod
+    def kind():
         return "no response"
+
+    def explained(self):
+        return None, None, self.rule
 
     def accepts(self, nph, output, exit_status):
         return output == b"" and exit_status == -signal.SIGABRT
 
 
-def refusal(message):
-    return Answer(BAD_REQUEST, TEXT, message)
+def refusal(rule, message):
+    return Answer(rule, BAD_REQUEST, TEXT, message)

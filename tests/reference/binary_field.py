@@ -41,6 +41,15 @@ def square(a):
     return reduced(int(f"{a:b}", 4))
 
 
+def trace(a):
+    """a + a^2 + a^4 + ... + a^(2^162), which is 0 or 1."""
+    result = 0
+    for _ in range(DEGREE):
+        result ^= a
+        a = square(a)
+    return result
+
+
 def square_root(a):
     """The reduced square root of a reduced element: squaring 163 times changes nothing."""
     for _ in range(DEGREE - 1):

@@ -50,7 +50,7 @@ ANSWERS = """\
 400 Bad Request, text/plain: Signature encoding must be 'plain' or 'base64'
 400 Bad Request, text/plain: Signature generation failed
 """.splitlines()
-ENDED = Ended().kind()
+ENDED = Ended.kind()
 
 
 def material_seed(seed):

@@ -4,21 +4,29 @@ import re
 
 from announced_length import BEYOND, form_length, require_room
 from request_record import GENERATE, VERIFY, RequestRecord, text_encoding
+from stopped import Stopped
 
 HEXADECIMAL = re.compile(rb"[ \t\n\v\f\r]*([+-]?)([0-9A-Fa-f]+)")
 
 
+class NoForm(Stopped):
+    """No form text is found."""
+
+
 def form_text(environment, body):
-    """The text that the program finds, or None."""
+    """The text that the program finds; raises NoForm."""
     announced = environment.get(b"CONTENT_LENGTH")
     if announced is None:
-        return None
+        raise NoForm("form.length-unset")
     length = form_length(announced)
-    if length in (0, BEYOND - 1):
-        return None
-    require_room(length + 1)
-    text = body[:length]
-    return text.partition(b"\0")[0] if text else None
+    if length == 0:
+        raise NoForm("form.length-zero")
+    if length == BEYOND - 1:
+        raise NoForm("form.length-range")
+    require_room("form", length)
+    if not body:
+        raise NoForm("form.body-empty")
+    return body[:length].partition(b"\0")[0]
 
 
 def percent_byte(text):

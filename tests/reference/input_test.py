@@ -166,28 +166,31 @@ class Refusals(unittest.TestCase):
 
     def test_come_in_their_order(self):
         sign, check = b"sig_create=true&project=p", b"sig_verify=true&project=p"
-        for body, message in ((b"", b"Failed to parse input data"),
-                              (b"x", b"'mode' parameter missing or invalid"),
-                              (b"sig_create=true", b"'project' parameter is required"),
-                              (check, b"'signature' parameter is required"),
-                              (sign + b"&sig_data_encoding=json",
-                               b"Either 'data' or 'file' parameter is required"),
-                              (sign + b"&sig_file=f&sig_data_encoding=json",
-                               b"Signature encoding must be 'plain' or 'base64'"),
-                              (check + b"&sig=s&sig_data=AAA&sig_data_encoding=base64",
-                               b"Invalid base64 data"),
-                              (sign + b"&sig_data=AAA", b"Signature generation failed")):
-            self.assertEqual(self.answer(body), refusal(message))
-        self.assertEqual(self.answer(b"[]", b"application/json"), refusal(b"Invalid JSON data"))
+        for body, rule, message in (
+                (b"", "form.length-zero", b"Failed to parse input data"),
+                (b"x", "request.mode", b"'mode' parameter missing or invalid"),
+                (b"sig_create=true", "request.project", b"'project' parameter is required"),
+                (check, "request.no-signature", b"'signature' parameter is required"),
+                (sign + b"&sig_data_encoding=json", "request.no-input",
+                 b"Either 'data' or 'file' parameter is required"),
+                (sign + b"&sig_file=f&sig_data_encoding=json", "request.data-encoding",
+                 b"Signature encoding must be 'plain' or 'base64'"),
+                (check + b"&sig=s&sig_data=AAA&sig_data_encoding=base64", "base64.length",
+                 b"Invalid base64 data"),
+                (sign + b"&sig_data=AAA", "project.open", b"Signature generation failed")):
+            self.assertEqual(self.answer(body), refusal(rule, message))
+        self.assertEqual(self.answer(b"[]", b"application/json"),
+                         refusal("json.no-object", b"Invalid JSON data"))
 
     def test_are_no_verdicts(self):
         body = b"sig_verify=true&project=/nothing&sig=s&sig_data=x&genpairs="
-        self.assertEqual(self.answer(body), Answer(b"200 OK", b"text/plain", b"valid:false"))
+        self.assertEqual(self.answer(body),
+                         Answer("project.open", b"200 OK", b"text/plain", b"valid:false"))
 
     def test_leave_out_a_body_that_has_no_room(self):
-        for content_type in (b"application/json", b"x"):
+        for content_type, kind in ((b"application/json", "json"), (b"x", "form")):
             self.assertEqual(self.answer(b"{}", content_type, CONTENT_LENGTH=b"%d" % (2**63 - 1)),
-                             Ended())
+                             Ended(f"{kind}.length-impossible"))
 
 
 if __name__ == "__main__":

@@ -6,22 +6,27 @@ from request_record import GENERATE, VERIFY, RequestRecord, text_encoding
 
 
 def json_body(environment, body):
-    """The bytes that are parsed: zeros take the place of those that did not come."""
-    length = json_length(environment.get(b"CONTENT_LENGTH", b""))
+    """The bytes that are parsed; JsonError where they cannot be a text, whatever they say."""
+    announced = environment.get(b"CONTENT_LENGTH")
+    if announced is None:
+        raise JsonError("json.length-unset")
+    length = json_length(announced)
     if length == 0:
-        return b""
-    require_room(length)
-    read = body[:length]
-    if len(read) < length:
-        return read + b"\0" if read else b""
-    return read
+        raise JsonError("json.length-zero")
+    require_room("json", length)
+    if len(body) < length:
+        raise JsonError("json.body-short")
+    text = body[:length]
+    if b"\0" in text:
+        raise JsonError("json.zero-byte")
+    return text
 
 
 def member(values, name, default):
     """A known member; JsonError if it is there with another type than the default's."""
     value = values.get(name, default)
     if type(value) is not type(default):
-        raise JsonError(f"{name!r} has another type")
+        raise JsonError("json.member-type")
     return value
 
 
@@ -29,7 +34,7 @@ def record_of_json(text):
     """The record; raises JsonError."""
     values = read_json(text)
     if not isinstance(values, dict):
-        raise JsonError("not an object")
+        raise JsonError("json.no-object")
     record = RequestRecord()
     record.project = member(values, b"project", b"")
     mode = member(values, b"mode", b"")

@@ -9,18 +9,21 @@ import codecs
 import math
 import re
 
+from stopped import Stopped
+
 SPACE = re.compile(rb"[ \t\n\r]*")
 STRING = re.compile(rb'"([^"\\\x00-\x1f]*'
                     rb'(?:\\(?:["\\/bfnrt]|u[0-9A-Fa-f]{4})[^"\\\x00-\x1f]*)*)"')
-NUMBER = re.compile(rb"-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][+-]?[0-9]+)?")
+# As many characters as continue a number; what breaks off behind a "." or an "e" is none.
+NUMBER = re.compile(rb"-?(?:0|[1-9][0-9]*+)(?:\.[0-9]++|(?!\.))(?:[eE][+-]?[0-9]++|(?![eE]))")
 WORDS = {b"true": True, b"false": False, b"null": None}
 WORD = re.compile(rb"true|false|null")
 ESCAPE = re.compile(r"\\u([0-9A-Fa-f]{4})|\\(.)", re.DOTALL)
 ESCAPED = {'"': '"', "\\": "\\", "/": "/", "b": "\b", "f": "\f", "n": "\n", "r": "\r", "t": "\t"}
 
 
-class JsonError(ValueError):
-    """The text is no JSON."""
+class JsonError(Stopped):
+    """The text is no JSON, or another than is wanted."""
 
 
 def string_value(raw):
@@ -31,13 +34,13 @@ def string_value(raw):
         # The detour joins pairs of surrogates, and fails on others.
         return text.encode("utf-16-le", "surrogatepass").decode("utf-16-le").encode("utf-8")
     except UnicodeError as error:
-        raise JsonError("not Unicode") from error
+        raise JsonError("json.syntax") from error
 
 
 def number_value(raw):
     number = float(raw)
     if math.isinf(number):
-        raise JsonError("a number beyond a double")
+        raise JsonError("json.number")
     return number
 
 
@@ -62,7 +65,7 @@ class Reader:
 
     def expect(self, character):
         if not self.take(character):
-            raise JsonError(f"no {character!r} at {self.position}")
+            raise JsonError("json.syntax")
 
     def token(self, pattern):
         match = pattern.match(self.text, self.position)
@@ -74,7 +77,7 @@ class Reader:
     def string(self):
         match = self.token(STRING)
         if match is None:
-            raise JsonError(f"no string at {self.position}")
+            raise JsonError("json.syntax")
         return string_value(match[1])
 
     def name(self):
@@ -89,7 +92,7 @@ class Reader:
             return WORDS[match[0]]
         if (match := self.token(NUMBER)) is not None:
             return number_value(match[0])
-        raise JsonError(f"no value at {self.position}")
+        raise JsonError("json.syntax")
 
     def document(self):
         """The value that makes up the whole text."""
@@ -121,7 +124,7 @@ class Reader:
                 value = container
             else:
                 if self.position != len(self.text):
-                    raise JsonError(f"text behind the value at {self.position}")
+                    raise JsonError("json.syntax")
                 return value
 
 

@@ -2,7 +2,7 @@
 
 from announced_length import NoMemory
 from answer import Ended, refusal
-from form_input import form_text, record_of_form
+from form_input import NoForm, form_text, record_of_form
 from json_input import json_body, record_of_json
 from json_reader import JsonError
 from request_record import GENERATE
@@ -11,9 +11,9 @@ from signature_requests import generate_signature, verify_signature
 
 def answer_to_record(record, default_encoding):
     if record.mode is None:
-        return refusal(b"'mode' parameter missing or invalid")
+        return refusal("request.mode", b"'mode' parameter missing or invalid")
     if not record.project:
-        return refusal(b"'project' parameter is required")
+        return refusal("request.project", b"'project' parameter is required")
     record.encoding = record.encoding or default_encoding
     record.data_encoding = record.data_encoding or b"plain"
     return generate_signature(record) if record.mode == GENERATE else verify_signature(record)
@@ -21,15 +21,17 @@ def answer_to_record(record, default_encoding):
 
 def answer_to_json(environment, body):
     try:
-        return answer_to_record(record_of_json(json_body(environment, body)), b"json")
-    except JsonError:
-        return refusal(b"Invalid JSON data")
+        record = record_of_json(json_body(environment, body))
+    except JsonError as error:
+        return refusal(error.rule, b"Invalid JSON data")
+    return answer_to_record(record, b"json")
 
 
 def answer_to_form(environment, body):
-    text = form_text(environment, body)
-    if text is None:
-        return refusal(b"Failed to parse input data")
+    try:
+        text = form_text(environment, body)
+    except NoForm as error:
+        return refusal(error.rule, b"Failed to parse input data")
     return answer_to_record(record_of_form(text), b"urlencode")
 
 
@@ -38,5 +40,5 @@ def expected_answer(environment, body):
     is_json = environment.get(b"CONTENT_TYPE") == b"application/json"
     try:
         return (answer_to_json if is_json else answer_to_form)(environment, body)
-    except NoMemory:
-        return Ended()
+    except NoMemory as error:
+        return Ended(error.rule)

@@ -5,7 +5,11 @@ from dataclasses import dataclass
 import project_file
 import signature_scheme
 from input_file import signed_content
+from key_soundness import is_sound
 from project_key import project_key
+from stopped import Stopped
+
+VALID = "signature.valid"
 
 
 @dataclass(frozen=True)
@@ -19,28 +23,28 @@ class SignatureDue:
         return signature_scheme.was_made_with(self.base, self.scalar, self.data, text)
 
 
+def loaded_key(project, data):
+    if not data:
+        raise Stopped("data.empty")
+    return project_key(project_file.load(project))
+
+
 def sign_data(project, data):
-    """SignatureDue, or None for a refusal."""
-    table = project_file.load(project) if data else None
-    if table is None:
-        return None
-    key = project_key(table)
-    if key.scalar is None or not key.has_public_point() or not key.base_states_the_degree():
-        return None
+    """SignatureDue; Stopped where none is made."""
+    key = loaded_key(project, data)
+    key.require_for_signing()
     e = signature_scheme.message_number(data)
     if not signature_scheme.can_be_signed(key.base(), key.scalar, e):
-        return None
+        raise Stopped("signature.none")
     return SignatureDue(key.base(), key.scalar, data)
 
 
 def verify_data(project, data, text):
-    table = project_file.load(project) if data else None
-    if table is None:
-        return False
-    key = project_key(table)
-    return (key.has_public_point() and key.public_states_the_degree()
-            and key.base_states_the_degree()
-            and signature_scheme.is_valid(key.base(), key.public(), data, text))
+    """Stopped where the verdict is false."""
+    key = loaded_key(project, data)
+    key.require_for_verifying()
+    if not signature_scheme.fits(key.base(), key.public(), data, text):
+        raise Stopped("signature.mismatch" if is_sound(key) else "key.unsound")
 
 
 def sign_file(project, path):
@@ -48,4 +52,4 @@ def sign_file(project, path):
 
 
 def verify_file(project, path, text):
-    return verify_data(project, signed_content(path), text)
+    verify_data(project, signed_content(path), text)

@@ -7,6 +7,7 @@ import core_text
 from binary_field import DEGREE
 from curve_point import ORDER, multiplied_twin, x_of_multiple
 from ripemd160 import ripemd160
+from stopped import Stopped
 
 LONGEST_TEXT = 128
 LONGEST_HALF = 21
@@ -18,6 +19,7 @@ def limb_count(bits):
     return (bits + LIMB_BITS - 1) // LIMB_BITS
 
 
+@lru_cache(maxsize=256)
 def message_number(data):
     """The digest as a number, its first byte the least significant."""
     return int.from_bytes(ripemd160(data), "little")
@@ -30,16 +32,26 @@ def rendered(r, s):
 
 
 def halves(text):
-    """r, s and the limbs that r is taken to have, or None for a text of the wrong size."""
-    if not 0 < len(text) <= LONGEST_TEXT:
-        return None
+    """r, s and the limbs that r is taken to have; Stopped for a text of the wrong size."""
+    if not text:
+        raise Stopped("signature.empty")
+    if len(text) > LONGEST_TEXT:
+        raise Stopped("signature.too-long")
+    if len(text) % 4:
+        raise Stopped("signature.groups")
     raw, count = core_text.decode(text)
-    if not 0 <= count <= 2 * LONGEST_HALF or count % 2:
-        return None
+    if count < 0:
+        raise Stopped("signature.padding")
+    if count > 2 * LONGEST_HALF:
+        raise Stopped("signature.too-many-bytes")
+    if count == 0:
+        raise Stopped("signature.no-bytes")
+    if count % 2:
+        raise Stopped("signature.odd")
     half = count // 2
     r, s = (int.from_bytes(raw[start:start + half], "little") for start in (0, half))
     limbs = limb_count(8 * half)
-    if limbs and r >> LIMB_BITS * (limbs - 1) == 0:
+    if r >> LIMB_BITS * (limbs - 1) == 0:
         limbs -= 1  # one top limb at most, whatever stands below it
     return r, s, limbs
 
@@ -52,18 +64,19 @@ def combined_x(base, public, e, r, s):
     return None if point is None else point[0]
 
 
-def is_valid(base, public, data, text):
-    """The verdict on a text.
+def fits(base, public, data, text):
+    """The verdict on a text; Stopped for one that no key and no bytes make valid.
 
     Limbs are compared before their values. An x below the order keeps the three limbs of a field
-    element, so that an r that needs fewer never equals it; a larger x is cut to those it needs.
+    element, so that an r that needs fewer never equals it; a larger x is cut to those it needs. So
+    nothing equals an r that has more limbs than it needs.
     """
-    numbers = halves(text)
-    if numbers is None:
-        return False
-    r, s, r_limbs = numbers
-    if not (0 < r < ORDER and 0 < s < ORDER):
-        return False
+    r, s, r_limbs = halves(text)
+    for rule, is_broken in (("signature.r-zero", r == 0), ("signature.s-zero", s == 0),
+                            ("signature.r-range", r >= ORDER), ("signature.s-range", s >= ORDER),
+                            ("signature.r-padded", r_limbs > limb_count(r.bit_length()))):
+        if is_broken:
+            raise Stopped(rule)
     x = combined_x(base, public, message_number(data), r, s)
     if x is None:
         return False
@@ -72,16 +85,26 @@ def is_valid(base, public, data, text):
     return v == r and v_limbs == r_limbs
 
 
+def is_valid(base, public, data, text):
+    """Whether the text is a signature of these bytes."""
+    try:
+        return fits(base, public, data, text)
+    except Stopped:
+        return False
+
+
 def was_made_with(base, scalar, data, text):
     """Whether signing makes this text with some nonce.
 
     The nonce is not known, but s tells it: (e + scalar r) / s modulo the order. So this is decided
     for every key; that the verdict accepts the text is another matter.
     """
-    numbers = halves(text)
-    if numbers is None or not 0 < numbers[1] < ORDER:
+    try:
+        r, s, _ = halves(text)
+    except Stopped:
         return False
-    r, s, _ = numbers
+    if not 0 < s < ORDER:
+        return False
     e = message_number(data)
     nonce = pow(s, -1, ORDER) * (e + scalar * r) % ORDER
     return (nonce != 0 and signed_number(base, scalar, e, nonce) == (r, s)
