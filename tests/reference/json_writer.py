@@ -69,11 +69,11 @@ def any_value(choice):
     kind = choice.random()
     if kind < 0.05:
         return deep(choice)
-    if kind < 0.1:
+    if kind < 0.15:
         return choice.choice(HUGE_NUMBERS)
-    if kind < 0.17:
+    if kind < 0.22:
         return choice.choice(BROKEN_NUMBERS)
-    if kind < 0.25:
+    if kind < 0.3:
         return choice.choice(BROKEN_VALUES)
     return choice.choice(NUMBERS if kind < 0.5 else OTHER_VALUES)
 

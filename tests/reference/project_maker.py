@@ -9,6 +9,7 @@ from curve_point import COEFFICIENT_B, ORDER, PUBLISHED_BASE, multiplied
 from project_file import ENTRY, HEADER, MAGIC
 from project_key import BASE_X, BASE_Y, PRIVATE_SCALAR, PUBLIC_X, PUBLIC_Y
 
+ODD_NUMBERS = (0, 1, 2, 4, 6, 24, 162, 164, 512, 513, 2**31, 2**32 - 1)
 ORDER_TWO = (0, square_root(COEFFICIENT_B))
 
 
@@ -150,8 +151,8 @@ def damaged_files(key, choice):
     for size in (1, 23, 24, 25, 83, 84, len(content) - 1):
         yield f"cut-{size}", content[:size]
     yield "magic", b"VLT1" + content[4:]
-    for number in range(3):
-        place = choice.randrange(8, len(content))
+    for number in range(6):
+        place = choice.randrange(choice.choice((HEADER.size, len(content))))
         flipped = bytes([content[place] ^ 1 << choice.randrange(8)])
         yield f"flipped-{number}", content[:place] + flipped + content[place + 1:]
     yield "no-entries", MAGIC + bytes(20)
@@ -171,13 +172,25 @@ def damaged_files(key, choice):
 
 
 def changed_files(key, choice):
-    """Files by name with a few bits changed in directory or values, and a digest that fits."""
+    """Files by name with bits or a number changed in directory or values; their digest fits."""
     content = container(key_values(key).items())
     for number in range(30):
         body = bytearray(content[HEADER.size:])
         for _ in range(choice.choice((1, 1, 2, 8))):
             body[choice.randrange(len(body))] ^= 1 << choice.randrange(8)
         yield f"{number}", sealed(bytes(body), 5)
+    for number in range(20):
+        entries = choice.sample(list(key_values(key).items()), choice.choice((4, 5, 5, 5)))
+        place = choice.randrange(len(entries))
+        identifier, value = entries[place]
+        odd = choice.choice(ODD_NUMBERS)
+        if choice.random() < 0.5:
+            name = choice.choice(("identifier", "offset", "size"))
+            yield f"{name}-{number}", with_entry(container(entries), place, **{name: odd})
+        else:
+            value = struct.pack("<I", odd) + value[4:choice.choice((5, 12, 295, 296))]
+            entries[place] = identifier, value.ljust(choice.choice((1, 295, 296, 297)), b"\0")
+            yield f"value-{number}", container(entries)
 
 
 def incomplete_files(key, choice):

@@ -24,11 +24,11 @@ WORDS = (b"plain", b"base64", b"urlencode", b"json", b"", b"JSON", b"Plain", b"n
          b"bas", b"base64\0", b"hex", b"0", b"urlencoded")
 ODD_MODES = (b"", b"sign", b"generatesignature", b"generateSignature ", b"verifySignature\0",
              b"none", b"GenerateSignature", b"generate", b"create", b"0")
-ODD_BASE64 = (b"=AAA", b"QQ=A", b"QUJD=EVG", b"QUJ", b"QU D", b"QU-_", b"====", b"A===",
-              b"AAAA====", b"AAAAA===", b"QUJD\0===", b"Q\0==", b"\0\0\0\0", b"QUJDREVG\n",
-              b"QQ==QQ==", b"AB==", b"=", b"==", b"===", b"QUJD====", b"QUJDQ===", b"Q\xc3\xa9=",
-              b"\xff\xff\xff\xff", b"A=A=", b"A=\0=", b"QUJDQQ=\0", b"AAA\0AAAA", b"========",
-              b"QUJDRA==")
+BASE64_OF_NO_BYTES = (b"====", b"A===", b"\0===")
+ODD_BASE64 = (b"=AAA", b"QQ=A", b"QUJD=EVG", b"QUJ", b"QU D", b"QU-_", b"AAAA====", b"AAAAA===",
+              b"QUJD\0===", b"Q\0==", b"\0\0\0\0", b"QUJDREVG\n", b"QQ==QQ==", b"AB==", b"=",
+              b"==", b"===", b"QUJD====", b"QUJDQ===", b"Q\xc3\xa9=", b"\xff\xff\xff\xff",
+              b"A=A=", b"A=\0=", b"QUJDQQ=\0", b"AAA\0AAAA", b"========", b"QUJDRA==")
 LENGTHS = (b"", b"0", b"-0", b"+0", b"abc", b"-", b"+", b"0x15", b"-1", b"-15", b"- 5", b"+-5",
            b"1e3", b"00", b"9223372036854775806", b"9223372036854775807", b"9223372036854775808",
            b"4611686018427387904", b"18446744073709551614", b"18446744073709551615",
@@ -54,10 +54,14 @@ class Request:
 def signing_fields(choice, material):
     document = choice.choice(material.documents)
     kind = choice.random()
-    if kind < 0.7:
+    if kind < 0.35:
         project = choice.choice(material.sound)
-    elif kind < 0.8:
+    elif kind < 0.4:
         project = choice.choice(material.relatives)
+    elif kind < 0.75:
+        project = choice.choice(choice.choice(material.signing_projects))
+    elif kind < 0.8:
+        project, document = choice.choice(material.never_signing), material.documents[0]
     else:
         project, key = choice.choice(material.unsound)
         document = choice.choice((document, material.documents[0]))
@@ -88,19 +92,23 @@ def verifying_fields(choice, material):
     kind = choice.random()
     if kind < 0.2:
         fields["signature"] = same_signature(choice, signed.text)
-    elif kind < 0.5:
+    elif kind < 0.6:
         fields["signature"] = other_signature(choice, signed.text)
-    elif kind < 0.53:
+    elif kind < 0.63:
         fields["project"] = choice.choice(material.sound)
-    elif kind < 0.7:
+    elif kind < 0.85:
         signed = choice.choice(material.signed_by_their_key)
-        fields = {"mode": b"verifySignature", "project": choice.choice(material.relatives),
+        projects = (material.relatives if choice.random() < 0.4
+                    else choice.choice(material.verifying_projects))
+        fields = {"mode": b"verifySignature", "project": choice.choice(projects),
                   "signature": signed.text} | asked(signed.document)
     return fields
 
 
 def change_project(choice, material, fields):
-    fields["project"] = choice.choice(material.projects)
+    is_signing = fields.get("mode") == b"generateSignature"
+    lists = material.signing_projects if is_signing else material.verifying_projects
+    fields["project"] = choice.choice(choice.choice(lists))
 
 
 def change_document(choice, material, fields):
@@ -111,7 +119,7 @@ def change_document(choice, material, fields):
 
 def change_file(choice, material, fields):
     fields.pop("data", None)
-    fields["file"] = choice.choice(material.files)
+    fields["file"] = choice.choice(choice.choice(material.files_by_rule))
 
 
 def change_data_encoding(choice, material, fields):
@@ -121,7 +129,7 @@ def change_data_encoding(choice, material, fields):
 def change_base64(choice, material, fields):
     fields.pop("file", None)
     fields["data_encoding"] = b"base64"
-    fields["data"] = choice.choice(ODD_BASE64)
+    fields["data"] = choice.choice(ODD_BASE64 if choice.random() < 0.8 else BASE64_OF_NO_BYTES)
 
 
 def change_mode(choice, material, fields):
@@ -147,7 +155,7 @@ CHANGES = (change_project, change_project, change_project, change_document, chan
 
 
 def request_fields(choice, material):
-    make = signing_fields if choice.random() < 0.25 else verifying_fields
+    make = signing_fields if choice.random() < 0.35 else verifying_fields
     fields = make(choice, material)
     if choice.random() < 0.5:
         fields["encoding"] = choice.choice(WORDS)
@@ -208,10 +216,12 @@ def widened(choice, content_type, body):
 def content_length(choice, body):
     """The announced length, or None for none."""
     size = len(body)
-    if choice.random() < 0.87:
+    if choice.random() < 0.83:
         return b"%d" % size
     return choice.choice((
-        None, choice.choice(LENGTHS), choice.choice(LENGTHS),
+        None, None, choice.choice(LENGTHS), choice.choice(LENGTHS),
+        b"%d" % choice.randrange(2**47, 2**63 - 1), b"%d" % choice.randrange(2**47, 2**63 - 1),
+        b"%d" % choice.randrange(2**63, 2**64 - 1),
         b"%d" % (size + choice.choice((1, 2, 1000))),
         b"%d" % max(size - choice.choice((1, 2, 5, 50)), 0),
         b"+%d" % size, b"%030d" % size, b" %d" % size, b"\t\n\v\f\r %d" % size, b"\xa0%d" % size,
@@ -225,7 +235,7 @@ def request(seed, number, material):
     choice = random.Random(f"{seed} {number}")
     content_type = choice.choice((FORM, JSON))
     kind = choice.random()
-    if kind < 0.03:
+    if kind < 0.05:
         body = junk(choice)
     else:
         fields = request_fields(choice, material)
@@ -245,6 +255,8 @@ def request(seed, number, material):
     length = content_length(choice, body)
     if length is not None and b"\0" not in length:
         environment[b"CONTENT_LENGTH"] = length
+    if choice.random() < 0.01:
+        body = b""
     if choice.random() < 0.1:
         environment |= {b"QUERY_STRING": b"sig_create=true&project=key-random-0&sig_data=x",
                         b"REQUEST_METHOD": choice.choice((b"GET", b"PUT", b"HEAD", b"")),

@@ -1,14 +1,20 @@
 """The folder that requests name: projects, files, and signatures over what can be asked for."""
 
+import collections
 import json
+import os
 import shutil
 from dataclasses import dataclass, field
 from pathlib import Path
 
+import project_file
 import project_maker
 import signature_scheme
 from base64_decoder import base64_decoded
 from curve_point import ORDER
+from input_file import signed_content
+from project_key import project_key
+from stopped import Stopped
 from unsound_keys import keys_of_mixed_words, unsound_keys
 
 VECTORS = Path(__file__).resolve().parents[1] / "vectors"
@@ -41,7 +47,12 @@ class Material:
     relatives: list = field(default_factory=list)  # files made of one key, good and bad
     signed_by_their_key: list = field(default_factory=list)
     unsound: list = field(default_factory=list)  # pairs of a project and its key
+    never_signing: list = field(default_factory=list)  # projects that sign no first document
     files: list = field(default_factory=list)
+    # Lists of what the same rule stops, or none: rare rules are met as often as others.
+    signing_projects: list = field(default_factory=list)
+    verifying_projects: list = field(default_factory=list)
+    files_by_rule: list = field(default_factory=list)
 
 
 def base64_document(choice, groups):
@@ -117,6 +128,7 @@ def add_unsound_projects(material, choice, folder):
     numbers = [signature_scheme.message_number(document.content) for document in material.documents]
     for name, key in unsound_keys(choice, numbers[0]):
         material.unsound.append((write_unsound_project(material, folder, name, key), key))
+    material.never_signing = [b"unsound-r-of-zero", b"unsound-s-of-zero"]
     mixed = ((document, e) for document, e in zip(material.documents, numbers, strict=True)
              if any(keys_of_mixed_words(e)))
     document, e = next(mixed)
@@ -158,6 +170,29 @@ def add_vectors(material, folder):
                                       vector["text"].encode()))
 
 
+def by_rule(folder, names, read):
+    """The names in lists of those that the same rule stops."""
+    lists = collections.defaultdict(list)
+    for name in names:
+        try:
+            read(name and os.path.join(bytes(folder), name))
+            lists[None].append(name)
+        except Stopped as stopped:
+            lists[stopped.rule].append(name)
+    return list(lists.values())
+
+
+def order_by_rules(material, folder):
+    def loaded(path):
+        return project_key(project_file.load(path))
+
+    material.signing_projects = by_rule(folder, material.projects,
+                                        lambda path: loaded(path).require_for_signing())
+    material.verifying_projects = by_rule(folder, material.projects,
+                                          lambda path: loaded(path).require_for_verifying())
+    material.files_by_rule = by_rule(folder, material.files, signed_content)
+
+
 def made_in(folder, choice):
     """Fills the folder, the same for the same state of `choice`."""
     material = Material()
@@ -167,4 +202,5 @@ def made_in(folder, choice):
     keys = add_projects(material, choice, folder)
     add_signatures(material, choice, keys)
     add_vectors(material, folder)
+    order_by_rules(material, folder)
     return material
