@@ -78,7 +78,7 @@ TEST_F(CheckProtection, FindsAScalarThatOthersCanReach) {
                                                      {{alice, 0604}, "0604"},
                                                      {{alice, 04604}, "4604"}}) {
         EXPECT_EQ(foundWith(file, alice),
-                  Strings{"permissions: holds a private scalar and is open to others than its "
+                  Strings{"project.permissions: holds a private scalar and is open to others than its "
                           "owner: mode " +
                           mode + "; chmod it to 600, or to 640 if root owns it"});
     }
@@ -92,7 +92,7 @@ TEST_F(CheckProtection, LetsEverybodyReadAProjectWithoutAScalarAndNobodyChangeIt
         for (const auto& [mode, text] :
              {std::pair<mode_t, std::string>{0664, "0664"}, {0646, "0646"}, {0666, "0666"}}) {
             EXPECT_EQ(foundWith({owner, mode}, alice, false),
-                      Strings{"permissions: can be changed by others than its owner: mode " + text +
+                      Strings{"project.permissions: can be changed by others than its owner: mode " + text +
                               "; chmod it to 644"});
         }
     }
@@ -102,7 +102,7 @@ TEST_F(CheckProtection, FindsAnotherOwner) {
     for (const bool holdsScalar : {false, true}) {
         for (const uid_t user : {uid_t{0}, alice}) {
             EXPECT_EQ(foundWith({bob, 0600}, user, holdsScalar),
-                      Strings{"owner: belongs to user 1001, who can put another key into it; chown "
+                      Strings{"project.owner: belongs to user 1001, who can put another key into it; chown "
                               "it to root"});
         }
     }
@@ -117,7 +117,7 @@ TEST_F(CheckProtection, FindsEachFolderAboveThatAnotherOwns) {
         status.files[above] = Access{bob, 0755};
         for (const bool holdsScalar : {false, true}) {
             EXPECT_EQ(found(alice, holdsScalar),
-                      Strings{"folder: can be replaced by user 1001, who owns the folder " + above +
+                      Strings{"project.folder: can be replaced by user 1001, who owns the folder " + above +
                               "; chown that to root"});
         }
         EXPECT_EQ(found(bob), Strings{});
@@ -132,7 +132,7 @@ TEST_F(CheckProtection, FindsEachFolderAboveThatOthersMayWriteTo) {
              {std::pair<mode_t, std::string>{0777, "0777"}, {0775, "0775"}, {02757, "2757"}}) {
             status.files[above] = Access{0, mode};
             EXPECT_EQ(found(alice),
-                      Strings{"folder: can be replaced by others, who may write to the folder " +
+                      Strings{"project.folder: can be replaced by others, who may write to the folder " +
                               above + ": mode " + text + "; chmod that to 755"});
         }
         // Where each removes what is their own alone.
@@ -152,7 +152,7 @@ TEST_F(CheckProtection, FollowsLinksAndLooksAtTheFoldersOfBothEnds) {
         status.files[unsafe] = Access{0, 0777};
         status.files[safe] = Access{0, 0755};
         EXPECT_EQ(foundAt(link, 0),
-                  Strings{"folder: can be replaced by others, who may write to the folder " +
+                  Strings{"project.folder: can be replaced by others, who may write to the folder " +
                           unsafe + ": mode 0777; chmod that to 755"});
     }
 }
