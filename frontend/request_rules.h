@@ -20,7 +20,7 @@ enum class RequestFault : std::uint8_t {
     jsonZeroByte,    ///< no JSON text holds one
     jsonSyntax,      ///< the text is malformed
     jsonNumber,      ///< a number is out of the range of a double
-    jsonNoObject,    ///< the text is another value
+    jsonNoObject,    ///< the text begins as another value
     jsonMemberType,  ///< a known member has another type than its own
     jsonMemory,      ///< there is no memory for the values
 

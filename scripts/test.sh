@@ -22,7 +22,7 @@ esac
 targets=(all)
 which_tests=()
 if [[ ${2:-} == quick ]]; then
-    targets=(sign_cgi fuzz_targets)
+    targets=(sign_cgi projectctl fuzz_targets)
     which_tests=(-R '^(Fuzz|ProgramAgainstReference)')
 fi
 

@@ -1,5 +1,7 @@
 """The comparison itself: it has to find what differs, and to tell how to repeat it."""
 
+import argparse
+import collections
 import random
 import re
 import subprocess
@@ -8,15 +10,23 @@ import tempfile
 import unittest
 from pathlib import Path
 
+import compare_requests
 import request_maker
 import request_material
 import signature_engine
 import signature_scheme
 from answer import SignatureAnswer
 from response_writer import response
+from rules import ENDS, RULES
 
 COMPARE = Path(__file__).resolve().parent / "compare_requests.py"
-COUNT = 60
+COUNT = 100
+
+
+def is_answered_rightly(report):
+    """Whether the report of a refusal for invalid JSON has found that one due."""
+    return ("body=b'Invalid JSON data'" in report and "Status: 400" in report
+            and "nph" not in report)
 
 
 class Programs(unittest.TestCase):
@@ -25,37 +35,61 @@ class Programs(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
-    def compared(self, script, *arguments):
-        """The exit status and the output of the comparison with a program that is this script."""
-        for name in ("sign.cgi", "nph-sign.cgi"):
-            (self.folder / name).write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
+    def compared(self, *arguments, script, explaining):
+        """The exit status and the output of the comparison with programs that are these scripts."""
+        for name, text in (("sign.cgi", script), ("nph-sign.cgi", script),
+                           ("projectctl", explaining)):
+            (self.folder / name).write_text(f"#!/bin/sh\n{text}\n", encoding="utf-8")
             (self.folder / name).chmod(0o755)
         end = subprocess.run([sys.executable, "-B", COMPARE, "--program", self.folder, *arguments],
-                             env={}, check=False, capture_output=True, text=True, timeout=60)
+                             env={}, check=False, capture_output=True, text=True, timeout=300)
         self.assertEqual(end.stderr, "")
         return end.returncode, end.stdout
 
-    def test_that_say_nothing_differ_in_every_request_with_an_answer(self):
-        exit_status, output = self.compared("kill -ABRT $$", "--count", f"{COUNT}", "--seed", "1",
-                                            "--kinds")
-        endings = re.findall(r"^ *(\d+) no response$", output, re.MULTILINE)
+    def test_that_say_nothing_differ_in_every_request(self):
+        exit_status, output = self.compared("--count", f"{COUNT}", "--seed", "1",
+                                            script="kill -ABRT $$", explaining="kill -ABRT $$")
         self.assertEqual(exit_status, 1)
-        self.assertIn(f"{COUNT - sum(map(int, endings))} differ\n", output)
+        self.assertIn(f" {COUNT} differ\n", output)
 
-    def test_that_refuse_everything_are_right_only_where_that_is_due(self):
+    def test_that_refuse_everything_are_right_only_where_that_is_due_and_explained(self):
         refusal = response(False, b"400 Bad Request", b"text/plain", b"Invalid JSON data").decode()
-        script = f"printf %s '{refusal}'\nexit 255"
-        exit_status, output = self.compared(script, "--count", f"{COUNT}", "--seed", "1")
+        explanation = ('{"status":"400 Bad Request","body":"Invalid JSON data",'
+                       '"rule":"json.syntax"}')
+        scripts = {"script": f"printf %s '{refusal}'\nexit 255",
+                   "explaining": f"printf %s '{explanation}'"}
+        exit_status, output = self.compared("--count", f"{COUNT}", "--seed", "1", **scripts)
         differing = [int(number) for number in re.findall(r"request (\d+) differs", output)]
         self.assertEqual(exit_status, 1)
         self.assertTrue(0 < len(differing) < COUNT, output)
-        for report in output.split("\n\n"):
-            self.assertFalse("body=b'Invalid JSON data'" in report and "Status: 400" in report
-                             and "nph" not in report, report)
-        once_more, output = self.compared(script, "--count", "1", "--seed", "1",
-                                          "--first", f"{differing[0]}")
+        explained_wrongly = [report for report in output.split("\n\n")
+                             if is_answered_rightly(report)]
+        self.assertNotEqual(explained_wrongly, [])
+        for report in explained_wrongly:
+            self.assertNotIn("Answer(rule='json.syntax'", report)
+        once_more, output = self.compared("--count", "1", "--seed", "1",
+                                          "--first", f"{differing[0]}", **scripts)
         self.assertEqual(once_more, 1)
         self.assertIn(f"seed 1, request {differing[0]} differs", output)
+
+
+class Missing(unittest.TestCase):
+    def test_is_each_answer_and_each_rule_that_never_came(self):
+        def missing(left_out, **arguments):
+            answers = [*compare_requests.ANSWERS, compare_requests.ENDED]
+            counts = [collections.Counter(name for name in names if name not in left_out)
+                      for names in (answers, RULES | ENDS)]
+            arguments = {"count": compare_requests.ENOUGH_FOR_EVERYTHING,
+                         "without_ends": False} | arguments
+            return compare_requests.missing(*counts, argparse.Namespace(**arguments))
+
+        answer, ended = compare_requests.ANSWERS[3], compare_requests.ENDED
+        self.assertEqual(missing([]), [])
+        for name in (answer, ended, *RULES, *ENDS):
+            self.assertEqual(missing([name]), [name])
+        self.assertEqual(missing(["key.no-bits", answer], count=100), [])
+        self.assertEqual(missing([ended, *ENDS], without_ends=True), [])
+        self.assertEqual(missing(["key.no-bits"], without_ends=True), ["key.no-bits"])
 
 
 class Requests(unittest.TestCase):

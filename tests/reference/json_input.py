@@ -32,9 +32,7 @@ def member(values, name, default):
 
 def record_of_json(text):
     """The record; raises JsonError."""
-    values = read_json(text)
-    if not isinstance(values, dict):
-        raise JsonError("json.no-object")
+    values = read_json(text, dict)
     record = RequestRecord()
     record.project = member(values, b"project", b"")
     mode = member(values, b"mode", b"")

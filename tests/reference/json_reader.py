@@ -94,8 +94,8 @@ class Reader:
             return number_value(match[0])
         raise JsonError("json.syntax")
 
-    def document(self):
-        """The value that makes up the whole text."""
+    def document(self, kind):
+        """The value that makes up the whole text; the start of one of another kind ends it."""
         open_values = []  # arrays and objects, each with the name that its next value gets
         while True:
             if self.take(b"["):
@@ -104,6 +104,8 @@ class Reader:
                 value, closing, name = {}, b"}", None
             else:
                 value, closing = self.scalar(), None
+            if not open_values and not isinstance(value, kind):
+                raise JsonError("json.no-object")
             if closing is not None and not self.take(closing):
                 if isinstance(value, dict):
                     name = self.name()
@@ -128,6 +130,6 @@ class Reader:
                 return value
 
 
-def read_json(text):
-    """The value of the text; raises JsonError."""
-    return Reader(text).document()
+def read_json(text, kind=object):
+    """The value of the text, which is of this kind; raises JsonError."""
+    return Reader(text).document(kind)
