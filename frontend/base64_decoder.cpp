@@ -9,71 +9,78 @@ constexpr std::string_view alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint8_t invalid = 255;
 constexpr std::size_t groupSize = 4;
+constexpr std::size_t bytesOfGroup = 3;
 constexpr unsigned bitsOfCharacter = 6;
 
+/// The six bits of each character; a zero byte has those of "A".
 consteval std::array<std::uint8_t, 256> makeValueTable() {
     std::array<std::uint8_t, 256> table{};
     table.fill(invalid);
     for (std::size_t i = 0; i < alphabet.size(); ++i) {
         table[static_cast<std::uint8_t>(alphabet[i])] = static_cast<std::uint8_t>(i);
     }
-    // Six zero bits, since only the low six count.
-    table[0] = 64;
+    table[0] = 0;
     return table;
 }
 
 constexpr std::array<std::uint8_t, 256> valueTable = makeValueTable();
 
+using Values = std::array<std::uint8_t, groupSize>;
+
 std::uint8_t valueOf(char character) {
     return valueTable[static_cast<std::uint8_t>(character)];
 }
 
-/// Sets the six bits of `value` at bit position `position`, where bit 0 is the top bit of byte 0.
-void storeBits(std::uint8_t* bytes, std::size_t position, std::uint8_t value) {
-    for (unsigned bit = 0; bit < bitsOfCharacter; ++bit) {
-        const std::size_t place = position + bit;
-        const unsigned set = value >> (bitsOfCharacter - 1 - bit) & 1U;
-        bytes[place / 8] |= static_cast<std::uint8_t>(set << (7 - place % 8));
+/// The first six bits are the top ones of the first byte.
+void storeGroup(const Values& values, std::uint8_t* bytes) {
+    unsigned bits = 0;
+    for (const std::uint8_t value : values) {
+        bits = bits << bitsOfCharacter | value;
     }
-}
-
-/// Why a character that has no value is refused.
-Base64Fault faultOf(char character) {
-    return character == '=' ? Base64Fault::padding : Base64Fault::character;
+    bytes[0] = static_cast<std::uint8_t>(bits >> 16);
+    bytes[1] = static_cast<std::uint8_t>(bits >> 8);
+    bytes[2] = static_cast<std::uint8_t>(bits);
 }
 
 Base64Decoding decodeLeadingGroups(std::string_view text, std::vector<std::uint8_t>& out) {
-    std::size_t position = 0;
-    for (const char character : text) {
-        const std::uint8_t value = valueOf(character);
-        if (value == invalid) {
-            return {.fault = faultOf(character), .place = position / bitsOfCharacter};
+    if (text.empty()) {
+        return {};
+    }
+    // One byte more than the groups hold.
+    out.resize(text.size() / groupSize * bytesOfGroup + 1);
+    std::uint8_t* bytes = out.data();
+    for (std::size_t place = 0; place < text.size(); place += groupSize) {
+        Values values;
+        for (std::size_t i = 0; i < groupSize; ++i) {
+            values[i] = valueOf(text[place + i]);
+            if (values[i] == invalid) {
+                return {
+                    .fault = text[place + i] == '=' ? Base64Fault::padding : Base64Fault::character,
+                    .place = place + i};
+            }
         }
-        // Up to the byte behind the six bits: after whole groups, one byte more than they hold.
-        while (out.size() <= (position + bitsOfCharacter + 1) / 8) {
-            out.push_back(0);
-        }
-        storeBits(out.data(), position, value);
-        position += bitsOfCharacter;
+        storeGroup(values, bytes);
+        bytes += bytesOfGroup;
     }
     return {};
 }
 
 Base64Decoding decodeFinalGroup(std::string_view group, std::vector<std::uint8_t>& out) {
-    std::array<std::uint8_t, 3> bytes{};
+    Values values{};
     std::size_t count = 0;
     for (const char character : group.substr(0, group.find('='))) {
-        const std::uint8_t value = valueOf(character);
-        if (value == invalid) {
+        values[count] = valueOf(character);
+        if (values[count] == invalid) {
             return {.fault = Base64Fault::character, .place = count};
         }
-        storeBits(bytes.data(), count * bitsOfCharacter, value);
         ++count;
     }
     const std::size_t behind = group.find_first_not_of('=', count);
     if (behind != std::string_view::npos) {
         return {.fault = Base64Fault::padding, .place = behind};
     }
+    std::array<std::uint8_t, bytesOfGroup> bytes;
+    storeGroup(values, bytes.data());
     out.insert(out.end(), bytes.begin(),
                bytes.begin() + static_cast<std::ptrdiff_t>(count * bitsOfCharacter / 8));
     return {};
