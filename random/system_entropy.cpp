@@ -13,10 +13,13 @@ void collectSystemEntropy(std::vector<std::uint8_t>& pool) {
         pool.push_back(static_cast<std::uint8_t>(now >> 8 * byte));
     }
 
+    // The stream's, so that it asks the device for no more than a seed takes.
+    std::array<char, seedRounds * seedItemSize> buffer;
     const RandomDevice device = openRandomDevice();
     if (device == nullptr) {
         return;
     }
+    std::setvbuf(device.get(), buffer.data(), _IOFBF, buffer.size());
     for (std::size_t round = 0; round < seedRounds; ++round) {
         std::array<std::uint8_t, seedItemSize> item;
         const bool delivered = std::fread(item.data(), item.size(), 1, device.get()) == 1;
