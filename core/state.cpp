@@ -13,13 +13,19 @@ std::array<std::uint16_t, 256> squareSpreadTable;
 
 namespace {
 
-std::uint16_t spreadBits(std::uint32_t byte) {
-    std::uint32_t spread = 0;
-    for (unsigned bit = 0; bit < 8; ++bit) {
-        spread |= (byte >> bit & 1) << 2 * bit;
+consteval std::array<std::uint16_t, 256> makeSpreadTable() {
+    std::array<std::uint16_t, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        std::size_t spread = 0;
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            spread |= (byte >> bit & 1) << 2 * bit;
+        }
+        table[byte] = static_cast<std::uint16_t>(spread);
     }
-    return static_cast<std::uint16_t>(spread);
+    return table;
 }
+
+constexpr std::array<std::uint16_t, 256> spreadTable = makeSpreadTable();
 
 }  // namespace
 
@@ -28,9 +34,7 @@ void coreStart() {
     releaseCount = 0;
     coreArena = static_cast<std::byte*>(hostAlloc(coreArenaSize));
     freeBlocks[0].address = coreArena;
-    for (std::uint32_t byte = 0; byte < squareSpreadTable.size(); ++byte) {
-        squareSpreadTable[byte] = spreadBits(byte);
-    }
+    squareSpreadTable = spreadTable;
 }
 
 void coreStop() {
