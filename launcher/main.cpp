@@ -36,7 +36,8 @@ const char* systemError() {
 }
 
 /// What is wrong with the random device, in the order of `RandomDeviceFault`.
-constexpr std::array deviceFaults{"sound", "cannot be opened", "not the kernel's random generator",
+constexpr std::array deviceFaults{"sound", "cannot be opened", "a FIFO",
+                                  "not the kernel's random generator",
                                   "gives too few bytes for a seed"};
 
 }  // namespace
@@ -58,7 +59,7 @@ int main(int argumentCount, char** arguments) {
         return refuse("open files", systemError(),
                       "allow close_range, which Linux 5.9 and later has");
     }
-    // Behind the limits, of which the time also ends a wait for what stands in the device's place.
+    // Behind the limits, of which the time also ends a wait for the device.
     const RandomDeviceFault fault = randomDeviceFault();
     if (fault != RandomDeviceFault::none) {
         return refuse("/dev/urandom", deviceFaults.at(static_cast<std::size_t>(fault)),

@@ -9,32 +9,51 @@
 
 namespace {
 
+bool isFifo(const char* path) {
+    struct stat status {};
+    return ::stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
 bool isKernelGenerator(std::FILE* device) {
     struct stat status {};
     return ::fstat(::fileno(device), &status) == 0 && S_ISCHR(status.st_mode) &&
            (status.st_rdev == ::makedev(1, 8) || status.st_rdev == ::makedev(1, 9));
 }
 
+/// In the order in which they are tried.
+constexpr std::array devicePaths{"/dev/urandom", "/dev/random"};
+
+RandomDevice openDevice(const char* path) {
+    return {std::fopen(path, "rb"), &std::fclose};
+}
+
+RandomDeviceFault faultOf(std::FILE* device) {
+    if (!isKernelGenerator(device)) {
+        return RandomDeviceFault::foreign;
+    }
+    std::array<std::uint8_t, seedRounds * seedItemSize> bytes;
+    return std::fread(bytes.data(), bytes.size(), 1, device) == 1 ? RandomDeviceFault::none
+                                                                  : RandomDeviceFault::unreadable;
+}
+
 }  // namespace
 
 RandomDevice openRandomDevice() {
-    RandomDevice device(std::fopen("/dev/urandom", "rb"), &std::fclose);
+    RandomDevice device = openDevice(devicePaths.front());
     if (device == nullptr) {
-        device.reset(std::fopen("/dev/random", "rb"));
+        device = openDevice(devicePaths.back());
     }
     return device;
 }
 
 RandomDeviceFault randomDeviceFault() {
-    const RandomDevice device = openRandomDevice();
-    if (device == nullptr) {
-        return RandomDeviceFault::missing;
+    for (const char* path : devicePaths) {
+        if (isFifo(path)) {
+            return RandomDeviceFault::fifo;
+        }
+        if (const RandomDevice device = openDevice(path); device != nullptr) {
+            return faultOf(device.get());
+        }
     }
-    if (!isKernelGenerator(device.get())) {
-        return RandomDeviceFault::foreign;
-    }
-    std::array<std::uint8_t, seedRounds * seedItemSize> bytes;
-    return std::fread(bytes.data(), bytes.size(), 1, device.get()) == 1
-               ? RandomDeviceFault::none
-               : RandomDeviceFault::unreadable;
+    return RandomDeviceFault::missing;
 }

@@ -207,6 +207,7 @@ class TestLauncher(unittest.TestCase):
         (self.folder / "constant").write_bytes(b"x" * 4096)
         for mount, reason in (
                 ("mount -t tmpfs none /dev", "cannot be opened"),
+                ("mkfifo fifo; mount --bind fifo /dev/urandom", "a FIFO"),
                 ("mount --bind constant /dev/urandom", "not the kernel's random generator"),
                 ("mount --bind /dev/null /dev/urandom", "not the kernel's random generator"),
                 ("mount --bind /dev/zero /dev/urandom", "not the kernel's random generator")):

@@ -23,10 +23,11 @@ ONE_OF_TWO = ("touch kept && mount --bind {device} kept && mount -t tmpfs none /
               "touch {device} && mount --bind kept {device}")
 USELESS = {
     "no device at all": (HIDDEN, MISSING),
+    "a FIFO as /dev/random alone": (HIDDEN + " && mkfifo /dev/random", FOREIGN),
     **{f"{name} over {' and '.join(devices)}":
        (" && ".join(f"mount --bind {path} {device}" for device in devices), FOREIGN)
        for name, path in {"an empty file": "empty", "a constant file": "constant",
-                          "a random file": "random", "zeros": "/dev/zero",
+                          "a random file": "random", "a FIFO": "fifo", "zeros": "/dev/zero",
                           "nothing": "/dev/null"}.items()
        for devices in (["/dev/urandom"], ["/dev/urandom", "/dev/random"])},
 }
@@ -48,6 +49,7 @@ class Mounts(unittest.TestCase):
         (self.folder / "empty").touch()
         (self.folder / "constant").write_bytes(b"7" * 4096)
         (self.folder / "random").write_bytes(os.urandom(4096))
+        os.mkfifo(self.folder / "fifo")
         self.assertEqual(self.run_among("true", "create", "project"), (0, "", ""))
         self.assertEqual(self.run_among("true", "strip", "project", "public"), (0, "", ""))
 
@@ -85,9 +87,12 @@ class Mounts(unittest.TestCase):
                                  (0, "project: sound\n", f"projectctl: {remark}{reason}"))
                 self.assertEqual(self.run_among(mounts, "check", "public"),
                                  (0, "public: sound, for verifying only\n", ""))
-                _, signing, _ = self.run_among(mounts, "explain", "--project", "project",
-                                               "--data", "data")
-                self.assertIn(f"Note: {remark}{reason[:-1]}.\n", signing)
+                signing = self.run_among(mounts, "explain", "--project", "project",
+                                         "--data", "data")
+                if "FIFO" in name:
+                    self.assertEqual(signing, (2, "", "projectctl: " + reason))
+                else:
+                    self.assertIn(f"Note: {remark}{reason[:-1]}.\n", signing[1])
                 _, verifying, _ = self.run_among(mounts, "explain", "--project", "project",
                                                  "--data", "data", "--signature", "AAAA")
                 self.assertNotIn("/dev/", verifying)

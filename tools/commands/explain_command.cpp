@@ -9,6 +9,7 @@
 
 #include "tools/exit_status.h"
 #include "tools/files/input_file.h"
+#include "tools/files/random_device.h"
 #include "tools/report.h"
 #include "tools/request/request_explanation.h"
 #include "tools/rules.h"
@@ -119,6 +120,11 @@ int explainCommand(const ExplainOptions& options) {
         } catch (const std::bad_alloc&) {
             return reportFailure(inputName(*options.body) + ": there is not enough memory");
         }
+    }
+    // A request that signs would wait with the program for a writer of the FIFO.
+    if (const RandomDeviceFault fault = randomDeviceFault();
+        fault == RandomDeviceFault::fifo && !options.signature.has_value()) {
+        return reportFailure(*randomDeviceRefusal(fault));
     }
     const Explanation explanation =
         options.body.has_value() ? explainBody(options, std::move(body)) : explainOptions(options);

@@ -23,5 +23,7 @@ struct ExplainOptions {
     bool json = false;
 };
 
-/// Tells how the program answers the request and which rule makes it so, or lists all rules.
+/// Tells how the program answers the request and which rule makes it so, or lists all rules. With a
+/// FIFO in the place of the random device, only a request in options that verifies is explained:
+/// the program itself would wait to sign.
 int explainCommand(const ExplainOptions& options);

@@ -9,9 +9,9 @@ std::string wordsOf(RandomDeviceFault fault) {
                "secret";
     }
     return std::string("/dev/urandom, or /dev/random if that cannot be opened: ") +
-           (fault == RandomDeviceFault::foreign
-                ? "not the kernel's random device, and what is made from another can be guessed"
-                : "gives less than a seed takes, and known bytes would stand in");
+           (fault == RandomDeviceFault::unreadable
+                ? "gives less than a seed takes, and known bytes would stand in"
+                : "not the kernel's random device, and what is made from another can be guessed");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "random/random_device.h"
 
 #include <gtest/gtest.h>
+#include <sys/sysmacros.h>
 
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/random/system_calls.h"
@@ -44,6 +45,30 @@ TEST(RandomDevice, IsForeignWhereAnotherDeviceOrAFileStands) {
     for (const std::string& other : {std::string("/dev/null"), std::string("/dev/zero"), file}) {
         EXPECT_EQ(faultOf({other}), Fault::foreign) << other;
     }
+}
+
+TEST(RandomDevice, IsForeignWhereABlockDeviceHasItsNumbers) {
+    ScopedSystemCalls calls;
+    for (const mode_t kind : {S_IFCHR, S_IFBLK}) {
+        for (const unsigned minor : {8U, 9U}) {
+            calls.files = {"/dev/urandom"};
+            calls.openStatus.emplace();
+            calls.openStatus->st_mode = kind | 0666;
+            calls.openStatus->st_rdev = ::makedev(1, minor);
+            EXPECT_EQ(randomDeviceFault(), kind == S_IFCHR ? Fault::none : Fault::foreign) << minor;
+        }
+    }
+}
+
+TEST(RandomDevice, IsNotOpenedWhereAFifoStandsThatSeedingWouldOpen) {
+    ScopedSystemCalls calls;
+    calls.status["/dev/random"].st_mode = S_IFIFO | 0666;
+    calls.files = {"/dev/urandom", ""};
+    EXPECT_EQ(randomDeviceFault(), Fault::none);
+    EXPECT_EQ(randomDeviceFault(), Fault::fifo);
+    calls.status["/dev/urandom"].st_mode = S_IFIFO | 0666;
+    EXPECT_EQ(randomDeviceFault(), Fault::fifo);
+    EXPECT_EQ(calls.opened, (std::vector<std::string>{"/dev/urandom rb", "/dev/urandom rb"}));
 }
 
 TEST(RandomDevice, IsUnreadableWithAByteLessThanSeedingReads) {

@@ -24,6 +24,10 @@ std::size_t systemRead(void* buffer, std::size_t size, std::size_t count,
                        std::FILE* stream) asm("__real_fread");
 std::size_t replacedRead(void* buffer, std::size_t size, std::size_t count,
                          std::FILE* stream) asm("__wrap_fread");
+int systemStatus(const char* path, struct stat* status) asm("__real_stat");
+int replacedStatus(const char* path, struct stat* status) asm("__wrap_stat");
+int systemOpenStatus(int descriptor, struct stat* status) asm("__real_fstat");
+int replacedOpenStatus(int descriptor, struct stat* status) asm("__wrap_fstat");
 std::time_t systemTime(std::time_t* result) asm("__real_time");
 std::time_t replacedTime(std::time_t* result) asm("__wrap_time");
 
@@ -46,6 +50,22 @@ std::size_t replacedRead(void* buffer, std::size_t size, std::size_t count, std:
         *current->readable -= count * size;
     }
     return systemRead(buffer, size, count, stream);
+}
+
+int replacedStatus(const char* path, struct stat* status) {
+    if (current == nullptr || !current->status.contains(path)) {
+        return systemStatus(path, status);
+    }
+    *status = current->status.at(path);
+    return 0;
+}
+
+int replacedOpenStatus(int descriptor, struct stat* status) {
+    if (current == nullptr || !current->openStatus.has_value()) {
+        return systemOpenStatus(descriptor, status);
+    }
+    *status = *current->openStatus;
+    return 0;
 }
 
 std::time_t replacedTime(std::time_t* result) {

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstddef>
 #include <ctime>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// While it lives, `time`, `fopen` and `fread` answer as told here instead of as the system would.
+/// While it lives, `time`, `fopen`, `fread`, `stat` and `fstat` answer as told here instead of as
+/// the system would.
 struct ScopedSystemCalls {
     ScopedSystemCalls();
     ~ScopedSystemCalls();
@@ -20,6 +24,9 @@ struct ScopedSystemCalls {
     /// and every call behind the last, fails.
     std::deque<std::string> files;
     std::vector<std::string> opened;  ///< "path mode" of each call of `fopen`
+
+    std::map<std::string, struct stat> status;  ///< what `stat` answers for these paths
+    std::optional<struct stat> openStatus;      ///< what `fstat` answers, if set
 
     std::optional<std::size_t> readable;  ///< bytes that `fread` gives in all, if set
 };
