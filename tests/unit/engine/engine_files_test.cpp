@@ -1,6 +1,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
+#include <new>
+
 #include "engine/mapped_file.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/open_files.h"
@@ -9,6 +13,18 @@
 #include "tests/unit/engine/engine_test.h"
 
 namespace {
+
+/// Whether this process has a mapping of the file.
+bool isMapped(const std::string& path) {
+    std::ifstream maps("/proc/self/maps");
+    std::string line;
+    while (std::getline(maps, line)) {
+        if (line.ends_with(path)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 class EngineFiles : public EngineTest {
 protected:
@@ -66,9 +82,11 @@ TEST_F(EngineFiles, AreRefusedUnderAProjectThatDoesNotLoad) {
     EXPECT_EQ(signedFileText(folder.file("missing"), folder.file("missing")), "");
 }
 
-TEST_F(EngineFiles, NeedPathsAndText) {
+TEST_F(EngineFiles, AreNotOpenedWithoutPathsAndText) {
     const std::string text = signedText(projectPath, content);
     SignatureBuffer buffer{};
+    ScopedFailingCalls calls;
+    calls.beforeStatus = [](unsigned /*number*/) {};
     EXPECT_FALSE(signFile(nullptr, file.c_str(), buffer.data()));
     EXPECT_FALSE(signFile(projectPath.c_str(), nullptr, buffer.data()));
     EXPECT_FALSE(signFile(projectPath.c_str(), file.c_str(), nullptr));
@@ -76,6 +94,9 @@ TEST_F(EngineFiles, NeedPathsAndText) {
     EXPECT_FALSE(verifyFile(nullptr, file.c_str(), text.c_str()));
     EXPECT_FALSE(verifyFile(projectPath.c_str(), nullptr, text.c_str()));
     EXPECT_FALSE(verifyFile(projectPath.c_str(), file.c_str(), nullptr));
+    // Neither the file nor the project.
+    EXPECT_EQ(calls.statusCalls, 0U);
+    EXPECT_EQ(calls.streamCalls, 0U);
 }
 
 TEST_F(EngineFiles, AreReleasedWithTheProject) {
@@ -86,6 +107,33 @@ TEST_F(EngineFiles, AreReleasedWithTheProject) {
     fileVerifies(folder.file("missing"), file, text);
     fileVerifies(projectPath, folder.path(), text);
     EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(EngineFiles, AreReleasedWhenThereIsNoMemoryForTheProject) {
+    const auto before = openFiles();
+    SignatureBuffer buffer{};
+    // For the bytes of the project's file, and for its directory.
+    for (const unsigned given : {0U, 1U}) {
+        ScopedFailingCalls calls;
+        calls.beforeStatus = [](unsigned /*number*/) {};
+        for (const bool signs : {true, false}) {
+            calls.blockLimit = 0;
+            calls.givenBlocks = given;
+            calls.statusCalls = 0;
+            bool isRefused = false;
+            try {
+                signs ? signFile(projectPath.c_str(), file.c_str(), buffer.data())
+                      : verifyFile(projectPath.c_str(), file.c_str(), "AAAA");
+            } catch (const std::bad_alloc&) {
+                isRefused = true;
+            }
+            calls.blockLimit = ~0UL;
+            EXPECT_TRUE(isRefused) << given << ", signs " << signs;
+            EXPECT_GE(calls.statusCalls, 2U) << "the file was not mapped";
+        }
+    }
+    EXPECT_EQ(openFiles(), before);
+    EXPECT_FALSE(isMapped(file));
 }
 
 TEST_F(EngineFiles, AreRefusedWhenTheyBecomeShorterMeanwhile) {
@@ -161,6 +209,18 @@ TEST_F(EngineFiles, AreToldAsChangedWhenTheyAreEmptiedWhileTheyAreMapped) {
     MappedInput input;
     EXPECT_TRUE(mapInputFile(input, file.c_str()).empty());
     EXPECT_EQ(input.fault, FileFault::changed);
+}
+
+TEST_F(EngineFiles, AreRefusedForTheirSizeBeforeTheyAreMapped) {
+    // Mapping asks for the size a second time.
+    for (const std::uintmax_t size : {0UL, 1UL << 31, 1UL << 32}) {
+        std::filesystem::resize_file(file, size);
+        ScopedFailingCalls calls;
+        calls.beforeStatus = [](unsigned /*number*/) {};
+        MappedInput input;
+        EXPECT_TRUE(mapInputFile(input, file.c_str()).empty()) << size;
+        EXPECT_EQ(calls.statusCalls, 1U) << size;
+    }
 }
 
 TEST_F(EngineFiles, AreAskedForTheirSizeThreeTimes) {

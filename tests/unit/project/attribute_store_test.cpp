@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -8,6 +9,7 @@
 
 #include "project/project_file.h"
 #include "tests/support/attribute_values.h"
+#include "tests/support/failing_calls.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
@@ -110,6 +112,34 @@ TEST(InsertAttribute, TakesTheBytesOverWithoutCopyingThem) {
     const std::uint8_t* storage = value.data();
     file.insertAttribute(1, std::move(value));
     EXPECT_EQ(file.attributes().front().value.data(), storage);
+}
+
+TEST(InsertAttribute, LeavesTheTableAsItWasWithoutMemory) {
+    ProjectFile file;
+    AttributeValues inserted;
+    unsigned refusals = 0;
+    for (ProjectAttributeId id = 0; id < 20; ++id) {
+        Bytes value(100, static_cast<std::uint8_t>(id));
+        inserted[id] = value;
+        bool isRefused = false;
+        {
+            ScopedFailingCalls calls;
+            calls.blockLimit = 0;
+            try {
+                file.insertAttribute(id, std::move(value));
+            } catch (const std::bad_alloc&) {
+                isRefused = true;
+            }
+        }
+        if (isRefused) {
+            ++refusals;
+            EXPECT_EQ(file.attributeSize(id), 0U);
+            EXPECT_TRUE(file.insertAttribute(id, inserted[id]));
+        }
+        EXPECT_EQ(valuesOf(file), inserted) << "id " << id;
+    }
+    // Room for one more is not always there.
+    EXPECT_GT(refusals, 0U);
 }
 
 TEST(EraseAttribute, RemovesAnIdOnce) {
