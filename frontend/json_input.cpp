@@ -42,6 +42,8 @@ using BodyLexer =
 
 }  // namespace
 
+/// A member of the parser's own lexer, as version 3.11 of the library has it.
+///
 /// The text for an error's message: all that was read since the last string or number began. The
 /// parser writes each line feed in it as eight bytes and holds it several times over, which makes
 /// forty times a hostile body. Nobody reads these messages.
