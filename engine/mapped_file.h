@@ -64,7 +64,8 @@ struct MappedInput {
     MappedInput& operator=(const MappedInput&) = delete;
 
     /// Ends the mapping of `bytes` and no more: where the file has grown meanwhile, other memory
-    /// stands behind it.
+    /// stands behind it. Of a file that grew between the two looks at its size that `mapInputFile`
+    /// takes, the pages behind `bytes` stay mapped.
     ~MappedInput();
 
     /// Whether the file still has all of `bytes`, by its size in full: one that has grown, however

@@ -74,7 +74,7 @@ struct ProjectFile {
     /// nothing copied, when the id is absent or the value has more than `capacity` bytes.
     bool getAttribute(ProjectAttributeId id, void* buffer, std::uint32_t capacity) const;
 
-    /// Size of the value in bytes; 0 if the id is absent.
+    /// Size of the value in bytes, cut to 32 bits; 0 if the id is absent.
     std::uint32_t attributeSize(ProjectAttributeId id) const;
 
     /// The value; empty if the id is absent.
@@ -111,8 +111,10 @@ struct ProjectFile {
     /// Replaces the content with that of the file, and tells the first `ProjectFault` if it has
     /// one; the table is then empty. Of two entries with one id the first is kept.
     ///
-    /// A file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
-    /// path; that of a populated table is emptied in any case.
+    /// `filePath` must not be the text of `path`, which is emptied first if the table is populated.
+    /// A refusal of the directory or a value empties it too; any other leaves it as it then is. A
+    /// file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
+    /// path.
     ///
     /// The bytes that were digested are those that the values are taken from. Takes memory of twice
     /// the file's size and a time that grows with the size alone, whatever the directory says.
@@ -123,13 +125,17 @@ struct ProjectFile {
     bool load(const char* filePath) { return loadReporting(filePath).fault == ProjectFault::none; }
 
     /// Makes or truncates the file so that it holds an empty project: the magic and 20 zero bytes.
-    /// False when it cannot be opened, or when the device does not take these bytes.
+    /// Empties the table and sets `path`; `filePath` is as in `loadReporting`.
+    ///
+    /// False when the file cannot be opened; `path` is then emptied if the table was populated, and
+    /// stays otherwise. False too when the device does not take these bytes: `path` is then empty,
+    /// and a truncated file stays, which does not load.
     bool create(const char* filePath);
 
     /// Writes a header for the body that stands in `stream`, which is open for reading and writing:
     /// the number of attributes in the table and the body's digest. False, with the stream's file
     /// as it was, when there is no body or it cannot be read; false too when the header cannot be
-    /// written.
+    /// written. The stream is neither flushed nor closed: a full device may show only when it is.
     bool sealHeader(std::FILE* stream) const;
 
 private:

@@ -46,8 +46,9 @@ struct RandomGenerator {
     std::uint32_t next32Below(std::uint32_t bound);
     std::uint64_t next64Below(std::uint64_t bound);
 
-    /// Resets the state and seeds it from the clock and the system's random device. Never fails: a
-    /// missing device leaves the clock alone as the seed.
+    /// Resets the state, seeds it from what waits in the pool, the clock and the system's random
+    /// device, in this order, and empties the pool. Never fails: a missing device leaves the clock
+    /// alone behind the pool.
     void seedFromSystem();
 
     /// Resets the state and seeds it from the four bytes of `value`, least significant first;
