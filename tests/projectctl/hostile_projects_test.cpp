@@ -67,10 +67,11 @@ TEST_P(ProjectctlHostileProject, IsStripped) {
 INSTANTIATE_TEST_SUITE_P(, ProjectctlHostileProject, testing::ValuesIn(hostileProjects()),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ProjectctlHostileShow, WritesMillionsOfEntries) {
+// A quarter of the size: the words of an entry cost more than reading it.
+TEST(ProjectctlHostileShow, WritesAMillionEntries) {
     const TemporaryFolder folder;
     const std::string path =
-        folder.write("project", hostileBytes(hostileProjects().front(), fileSize, {{74, {1}}}));
+        folder.write("project", hostileBytes(hostileProjects().front(), fileSize / 4, {{74, {1}}}));
     EXPECT_TRUE(endedWith(run({"show", path}, false), 0, ""));
     EXPECT_TRUE(endedWith(run({"show", "--json", path}, false), 0, ""));
 }
