@@ -139,6 +139,13 @@ bool MappedInput::isWhole() const {
     return static_cast<std::uint64_t>(statusOf(file.descriptor).st_size) >= bytes.size();
 }
 
+bool MappedInput::endWhole() {
+    if (fault == FileFault::none && !isWhole()) {
+        fault = FileFault::cut;
+    }
+    return fault == FileFault::none;
+}
+
 std::span<const std::uint8_t> mapInputFile(MappedInput& input, const char* path) {
     if (!input.file.open(path)) {
         input.openError = errno;

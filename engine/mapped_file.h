@@ -42,13 +42,14 @@ struct MappedFile {
 enum class FileFault : std::uint8_t {
     none,
     open,        ///< it cannot be opened
-    directory,   ///< told in place of the faults below, as `notRegular` is
+    directory,   ///< this and `notRegular` are told instead of any fault below
     notRegular,  ///< neither a regular file nor a directory
     empty,
     noBytes,   ///< not empty, but its size is a multiple of 2^32
     tooLarge,  ///< its size, taken as 32 bits with a sign, is negative
     mapping,   ///< the system does not map it
-    changed    ///< it has become shorter while it was mapped
+    changed,   ///< it has become shorter while it was mapped
+    cut        ///< it has become shorter since then
 };
 
 /// A mapped file whose bytes are being signed or verified.
@@ -71,6 +72,10 @@ struct MappedInput {
     /// Whether the file still has all of `bytes`, by its size in full: one that has grown, however
     /// far, has lost none. What it lost meanwhile is read as other bytes.
     bool isWhole() const;
+
+    /// Judges a file whose bytes have been read: false if there is a fault, which is `cut` where
+    /// the file is not whole any more.
+    bool endWhole();
 };
 
 /// Opens and maps the file at `path`, once, into a fresh `input`, and returns its bytes; none if

@@ -52,7 +52,7 @@ bool signFile(const char* projectPath, const char* filePath, char* signature,
                   report)) {
         return false;
     }
-    if (!report.input.isWhole()) {
+    if (!report.input.endWhole()) {
         std::fill_n(signature, signatureBufferSize, '\0');
         return false;
     }

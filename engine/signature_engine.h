@@ -17,9 +17,9 @@ inline constexpr std::size_t signatureBufferSize = 128;
 // A file is mapped, not copied, and only the low 32 bits of its size count, as a signed number: a
 // file of 2^32 + 5 bytes stands for its first five, one of 2^31 bytes is refused.
 
-/// What an operation works on and what it meets, step by step: of the steps behind the first that
-/// has a fault there is nothing. Whoever wants to know why an operation gave false hands in a fresh
-/// one.
+/// What an operation works on and what it meets, step by step. The first step with a fault is the
+/// last that is taken, and the later members stay empty. Whoever wants to know why an operation
+/// gave false hands in a fresh one.
 struct EngineReport {
     MappedInput input;       ///< of the operations on a file
     bool hasData = false;    ///< there is something to sign or verify

@@ -40,9 +40,9 @@ bool verifyFile(const char* projectPath, const char* filePath, const char* signa
         return false;
     }
     const std::span<const std::uint8_t> bytes = mapInputFile(report.input, filePath);
-    return verifyData(projectPath, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                      signature, report) &&
-           report.input.isWhole();
+    const bool isValid = verifyData(projectPath, bytes.data(),
+                                    static_cast<std::uint32_t>(bytes.size()), signature, report);
+    return report.input.endWhole() && isValid;
 }
 
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,

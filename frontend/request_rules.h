@@ -4,7 +4,8 @@
 
 #include "frontend/request_record.h"
 
-/// The rules that a request can break, in the order in which they are tried.
+/// The rules that a request can break, in the order in which they are tried; `unknownMode` is tried
+/// in front of the rules of an operation.
 enum class RequestFault : std::uint8_t {
     none,
 

@@ -5,6 +5,5 @@
 RequestSource requestOfProcess() {
     return {.contentType = std::getenv("CONTENT_TYPE"),
             .contentLength = std::getenv("CONTENT_LENGTH"),
-            .queryString = std::getenv("QUERY_STRING"),
             .body = stdin};
 }

@@ -11,5 +11,6 @@ struct RequestSource {
     std::FILE* body = nullptr;
 };
 
-/// The request of this process: its environment and its standard input.
+/// The request of this process: its environment and its standard input. The query string is not
+/// looked at.
 RequestSource requestOfProcess();

@@ -27,7 +27,8 @@ struct ProjectEntry {
     std::uint32_t size = 0;    ///< of the value in bytes
 };
 
-/// Why a file does not load. From `directory` on, all in front of the directory was in order.
+/// Why a file does not load, in the order of the steps: at `directory` and behind, the header and
+/// the digest were in order.
 enum class ProjectFault : std::uint8_t {
     none,
     open,        ///< it cannot be opened

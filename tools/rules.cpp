@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -68,7 +69,7 @@ constexpr auto table = std::to_array<Rule>({
     {FileFault::tooLarge, "file.too-large", "The file's size modulo 2^32 is 2^31 or more."},
     {FileFault::mapping, "file.mapping", "The file cannot be mapped into memory."},
     {FileFault::changed, "file.changed", "The file became shorter while it was mapped."},
-    {Verdict::fileCut, "file.cut", "The file became shorter while it was read."},
+    {FileFault::cut, "file.cut", "The file became shorter while it was read."},
 
     {ProjectFault::open, "project.open", "The project cannot be opened."},
     {Verdict::projectDirectory, "project.directory", "The project is a directory."},
@@ -157,8 +158,12 @@ const char* pageOf(const Rule& rule) {
 }
 
 const Rule& ruleOf(const Cause& cause) {
-    return *std::find_if(table.begin(), table.end(),
-                         [&](const Rule& rule) { return rule.cause == cause; });
+    const auto rule = std::find_if(table.begin(), table.end(),
+                                   [&](const Rule& row) { return row.cause == cause; });
+    if (rule == table.end()) {
+        std::abort();
+    }
+    return *rule;
 }
 
 Refusal refusalBy(const Cause& cause, std::string words) {

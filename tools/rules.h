@@ -21,7 +21,6 @@ enum class Verdict : std::uint8_t {
     noSignature,  ///< no attempt gives a signature
     unsoundKey,
     mismatch,  ///< the signature is of other data or of another key
-    fileCut,
     paddedR,               ///< r has more zeros in front than verifying accepts
     notDer,                ///< bytes that are no DER
     notHexadecimal,        ///< text that is no hexadecimal form
@@ -69,7 +68,8 @@ std::span<const Rule> rules();
 /// The document that tells more of a rule.
 const char* pageOf(const Rule& rule);
 
-/// The rule of this cause.
+/// The rule of this cause, which must have one: ends the program otherwise. `dataBase64` and
+/// `generation` have none, since others tell why.
 const Rule& ruleOf(const Cause& cause);
 
 /// A refusal by this rule, in words.

@@ -116,6 +116,8 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
             return refusalBy(FileFault::mapping, "cannot be mapped into memory");
         case FileFault::changed:
             return refusalBy(FileFault::changed, "has changed meanwhile");
+        case FileFault::cut:
+            return refusalBy(FileFault::cut, "was cut while it was read");
     }
     return std::nullopt;
 }

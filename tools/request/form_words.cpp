@@ -3,7 +3,10 @@
 #include <cctype>
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "frontend/form_input.h"
 #include "tools/counted_text.h"
@@ -33,32 +36,36 @@ bool isEscape(std::string_view digits) {
 }
 
 /// A remark on the first "%" of a value that two hexadecimal digits do not follow.
-void remarkEscapes(std::string_view name, std::string_view value,
-                   std::vector<std::string>& remarks) {
+std::optional<std::string> escapeRemark(std::string_view name, std::string_view value) {
     std::size_t at = value.find('%');
     while (at != std::string_view::npos && isEscape(value.substr(at + 1, 2))) {
         at = value.find('%', at + 3);
     }
-    if (at != std::string_view::npos) {
-        const std::string_view escape = value.substr(at, 3);
-        remarks.push_back(quotation(escape) + " in " + marked(name) +
-                          " is no \"%\" with two hexadecimal digits and stands for the byte " +
-                          quotation(formDecode(escape)));
+    if (at == std::string_view::npos) {
+        return std::nullopt;
     }
+    const std::string_view escape = value.substr(at, 3);
+    return quotation(escape) + " in " + marked(name) +
+           " is no \"%\" with two hexadecimal digits and stands for the byte " +
+           quotation(formDecode(escape));
 }
 
 /// A remark on a plus sign where the value is in an alphabet that has one and no space.
-void remarkPlus(std::string_view name, std::string_view value, const RequestRecord& record,
-                std::vector<std::string>& remarks) {
+std::optional<std::string> plusRemark(std::string_view name, std::string_view value,
+                                      const RequestRecord& record) {
     const bool base64 = name == "sig_data" && record.signatureDataEncoding == TextEncoding::base64;
-    if ((name == "sig" || base64) && value.find('+') != std::string_view::npos) {
-        remarks.push_back("\"+\" in " + marked(name) +
-                          " stands for a space; a plus sign is written \"%2B\"");
+    if ((name != "sig" && !base64) || value.find('+') == std::string_view::npos) {
+        return std::nullopt;
     }
+    return "\"+\" in " + marked(name) + " stands for a space; a plus sign is written \"%2B\"";
 }
 
-/// What the pieces of the text hold that makes no difference, or another than one may think.
+/// What the pieces of the text hold that makes no difference, or another than one may think. Of
+/// each name the first remark of a kind is kept: a hostile text has millions.
 struct PieceRemarks {
+    enum class Kind : std::uint8_t { noValue, escape, plus };
+
+    std::set<std::pair<std::string, Kind>> made;
     std::map<std::string, std::uint64_t> occurrences;
     std::vector<std::string> unknown;  ///< the first of them
     std::uint64_t unknownCount = 0;
@@ -81,13 +88,20 @@ struct PieceRemarks {
         }
         ++occurrences[name];
         const std::string_view value = piece.substr(piece.find('=') + 1);
-        remarkEscapes(name, value, remarks);
-        remarkPlus(name, value, record, remarks);
+        addFirst(name, Kind::escape, escapeRemark(name, value));
+        addFirst(name, Kind::plus, plusRemark(name, value, record));
     }
 
     void addWithoutValue(const std::string& name) {
         if (isKnown(name)) {
-            remarks.push_back(marked(name) + " stands without \"=\" and counts as absent");
+            addFirst(name, Kind::noValue,
+                     marked(name) + " stands without \"=\" and counts as absent");
+        }
+    }
+
+    void addFirst(const std::string& name, Kind kind, std::optional<std::string> remark) {
+        if (remark.has_value() && made.emplace(name, kind).second) {
+            remarks.push_back(std::move(*remark));
         }
     }
 

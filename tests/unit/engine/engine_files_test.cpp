@@ -139,19 +139,23 @@ TEST_F(EngineFiles, AreReleasedWhenThereIsNoMemoryForTheProject) {
 TEST_F(EngineFiles, AreRefusedWhenTheyBecomeShorterMeanwhile) {
     // By a byte, before each question for their size but the first: the last page stays readable.
     const std::string text = signedText(projectPath, content);
-    for (const unsigned question : {2U, 3U}) {
+    for (const auto& [question, fault] :
+         {std::pair{2U, FileFault::changed}, std::pair{3U, FileFault::cut}}) {
         for (const bool signs : {true, false}) {
             folder.write("file", content);
             ScopedFailingCalls calls;
-            calls.beforeStatus = [&](unsigned number) {
+            calls.beforeStatus = [&, question = question](unsigned number) {
                 if (number == question) {
                     EXPECT_EQ(::truncate(file.c_str(), static_cast<off_t>(content.size() - 1)), 0);
                 }
             };
             SignatureBuffer buffer{};
-            const bool answer = signs ? signFile(projectPath.c_str(), file.c_str(), buffer.data())
-                                      : verifyFile(projectPath.c_str(), file.c_str(), text.c_str());
+            EngineReport report;
+            const bool answer =
+                signs ? signFile(projectPath.c_str(), file.c_str(), buffer.data(), report)
+                      : verifyFile(projectPath.c_str(), file.c_str(), text.c_str(), report);
             EXPECT_FALSE(answer) << "question " << question << ", signs " << signs;
+            EXPECT_EQ(report.input.fault, fault) << "question " << question;
             EXPECT_EQ(buffer, SignatureBuffer{});
             EXPECT_GE(calls.statusCalls, question);
         }
@@ -229,7 +233,7 @@ TEST_F(EngineFiles, AreAskedForTheirSizeThreeTimes) {
     MappedInput input;
     mapInputFile(input, file.c_str());
     EXPECT_EQ(calls.statusCalls, 2U);
-    EXPECT_TRUE(input.isWhole());
+    EXPECT_TRUE(input.endWhole());
     EXPECT_EQ(calls.statusCalls, 3U);
 }
 

@@ -119,6 +119,21 @@ TEST_F(ExplainForm, RemarksOnParametersThatDoNotCountAsOneMayThink) {
               Remarks{"unknown parameters are ignored: \"a\", \"b\", \"c\" and 2 more"});
 }
 
+TEST_F(ExplainForm, RemarksOncePerNameAndKind) {
+    std::string text;
+    for (const char* digit : {"a", "b", "c"}) {
+        text += std::string("sig&sig=+%z") + digit + "&sig_file&";
+    }
+    EXPECT_EQ(
+        remarksOn(text),
+        (Remarks{"'sig' stands without \"=\" and counts as absent",
+                 "\"%za\" in 'sig' is no \"%\" with two hexadecimal digits and stands for the "
+                 "byte \"\\x00\"",
+                 "\"+\" in 'sig' stands for a space; a plus sign is written \"%2B\"",
+                 "'sig_file' stands without \"=\" and counts as absent",
+                 "'sig' is given 3 times, and the last one counts"}));
+}
+
 TEST_F(ExplainForm, RemarksOnPairsThatAreOnAgainstTheirLook) {
     for (const std::string word : {"", "0", "no", "off", "False", "FALSE"}) {
         EXPECT_EQ(
