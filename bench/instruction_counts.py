@@ -4,6 +4,7 @@
     instruction_counts.py FOLDER --write    writes baseline.txt anew
 """
 
+import base64
 import json
 import os
 import re
@@ -16,6 +17,7 @@ ROOT = Path(__file__).resolve().parents[1]
 BASELINE = Path(__file__).with_name("baseline.txt")
 PROJECT = "tests/vectors/projects/project-00.bin"
 TOLERANCE = 1.03
+BASE64_CHARACTERS = 80000
 
 
 def request(mode, **signature):
@@ -29,10 +31,10 @@ def run(program, body, *before):
                                "CONTENT_LENGTH": str(len(body))}, check=False)
 
 
-def instructions(program, body):
+def instructions(program, body, *options):
     with tempfile.NamedTemporaryFile() as profile:
         result = run(program, body, "valgrind", "--tool=callgrind",
-                     f"--callgrind-out-file={profile.name}")
+                     f"--callgrind-out-file={profile.name}", *options)
     return int(re.search(rb"Collected : (\d+)", result.stderr).group(1))
 
 
@@ -45,6 +47,17 @@ def count(program):
         raise AssertionError("what was signed does not verify")
     return {"signing": instructions(program, sign), "verifying": instructions(program, verify),
             "refusing": instructions(program, '{"mode":"sign"}')}
+
+
+def base64_character(program):
+    """Instructions that the decoder of base64 takes for one character of a request."""
+    data = (bytes(range(240)) * (BASE64_CHARACTERS // 320))
+    body = request("generateSignature", data=base64.b64encode(data).decode(), encoding="base64")
+    decoder = "base64DecodeReporting*"
+    count = instructions(program, body, f"--toggle-collect={decoder}")
+    if count < BASE64_CHARACTERS:
+        raise AssertionError(f"{decoder} took {count} instructions: is that its name?")
+    return count / BASE64_CHARACTERS
 
 
 def main(folder, *words):
