@@ -51,7 +51,7 @@ def count(program):
 
 def base64_character(program):
     """Instructions that the decoder of base64 takes for one character of a request."""
-    data = (bytes(range(240)) * (BASE64_CHARACTERS // 320))
+    data = bytes(range(240)) * (BASE64_CHARACTERS // 320)
     body = request("generateSignature", data=base64.b64encode(data).decode(), encoding="base64")
     decoder = "base64DecodeReporting*"
     count = instructions(program, body, f"--toggle-collect={decoder}")

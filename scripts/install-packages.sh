@@ -16,7 +16,7 @@ declare -A packages=(
     [clang]="clang-14 libclang-rt-14-dev"
     [lint]="clang-format-14 clang-tidy-14 cppcheck shellcheck"
     [coverage]="clang-14 llvm-14"
-    [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap
+    [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap wrk
             librhash-dev libgcrypt20-dev libbotan-2-dev nettle-dev libcrypto++-dev"
     [package]="lintian mmdebstrap mandoc util-linux"
     [units]="mmdebstrap systemd-container util-linux"
