@@ -100,9 +100,9 @@ def process_figures(requests, baseline):
     times = {name: seconds * 1e6 for name, seconds in
              process_times(commands | openssl_commands(requests.folder)).items()}
     figures = {f"process/{name}": figure for name, figure in times.items()}
-    for name in times.keys() - {"empty"}:
-        figures[f"beyond/{name}"] = times[name] - times["empty"]
     for name in requests.bodies:
+        figures[f"beyond/{name}"] = times[name] - times["empty"]
+        figures[f"beyond/baseline {name}"] = times[f"baseline {name}"] - times["empty"]
         figures[f"empty/{name}"] = times[name] / times["empty"]
     return figures
 
