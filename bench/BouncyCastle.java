@@ -12,7 +12,7 @@ import org.bouncycastle.crypto.params.ECKeyGenerationParameters;
 import org.bouncycastle.crypto.params.ParametersWithRandom;
 import org.bouncycastle.crypto.signers.ECDSASigner;
 
-/** Prints the processor's microseconds for a signature and for a verification, once the JVM is warm. */
+/** Prints the processor's microseconds of a signature and of a verification, the JVM being warm. */
 class BouncyCastle {
     static final int BLOCKS = 41;
     static final int BLOCK = 200;
@@ -21,7 +21,8 @@ class BouncyCastle {
     static final ThreadMXBean CLOCK = ManagementFactory.getThreadMXBean();
 
     static double medianOf(Runnable work) {
-        for (long start = CLOCK.getCurrentThreadCpuTime(); CLOCK.getCurrentThreadCpuTime() - start < WARM_NANOSECONDS;) {
+        long cold = CLOCK.getCurrentThreadCpuTime();
+        while (CLOCK.getCurrentThreadCpuTime() - cold < WARM_NANOSECONDS) {
             work.run();
         }
         double[] times = new double[BLOCKS];

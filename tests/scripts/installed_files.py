@@ -33,7 +33,7 @@ FILES = {
 } | {
     f"share/doc/sign-cgi/{path.relative_to(ROOT)}": "644"
     for path in (ROOT / "docs").iterdir()
-    if path.is_file() and path.name not in ("architecture.md", "performance.md")
+    if path.is_file() and path.name not in ("architecture.md", "performance.md", "performance.svg")
 }
 
 # Under the prefix /usr these stand where the servers look for them.
