@@ -2,7 +2,7 @@
 # Builds the release programs and the benchmarks, takes every figure of docs/performance.md in one
 # run and judges each that is bounded:
 #
-#   scripts/bench.sh [--write]    exits 0 only if every bound is kept; takes some eight minutes
+#   scripts/bench.sh [--write]    exits 0 only if every bound is kept; takes some five minutes
 #
 # With --write, the figures go into bench/figures.json and from there into the page and its chart.
 # Let nothing else run meanwhile.
