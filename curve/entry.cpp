@@ -24,4 +24,14 @@ std::uint8_t curveVerify(const core::CurveDomain& domain, const core::CurvePoint
     return core::curveVerify(domain, publicPoint, data, length, pair);
 }
 
+void curveSignDigest(const core::CurveDomain& domain, const core::CoreInteger& privateScalar,
+                     const std::uint8_t* digest, const core::SignaturePair& pair) {
+    core::curveSignDigest(domain, privateScalar, digest, pair);
+}
+
+std::uint8_t curveVerifyDigest(const core::CurveDomain& domain, const core::CurvePoint& publicPoint,
+                               const std::uint8_t* digest, const core::SignaturePair& pair) {
+    return core::curveVerifyDigest(domain, publicPoint, digest, pair);
+}
+
 }  // namespace coreEntry

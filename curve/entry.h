@@ -18,5 +18,9 @@ void curveSign(const core::CurveDomain& domain, const core::CoreInteger& private
 std::uint8_t curveVerify(const core::CurveDomain& domain, const core::CurvePoint& publicPoint,
                          const std::uint8_t* data, std::uint64_t length,
                          const core::SignaturePair& pair);
+void curveSignDigest(const core::CurveDomain& domain, const core::CoreInteger& privateScalar,
+                     const std::uint8_t* digest, const core::SignaturePair& pair);
+std::uint8_t curveVerifyDigest(const core::CurveDomain& domain, const core::CurvePoint& publicPoint,
+                               const std::uint8_t* digest, const core::SignaturePair& pair);
 
 }  // namespace coreEntry

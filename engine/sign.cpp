@@ -15,6 +15,27 @@ namespace {
 /// Limbs of the scalar's copy.
 constexpr std::uint32_t scalarLimbs = 15;
 
+/// What signing takes of a key.
+struct SigningKey {
+    core::FieldElement x{.capacity = workingElementCapacity};
+    core::FieldElement y{.capacity = workingElementCapacity};
+    core::CoreInteger scalar{.capacity = scalarLimbs};
+
+    core::CurvePoint basePoint() { return {.x = &x, .y = &y}; }
+};
+
+/// Copies it out of a loaded project, unless there is a fault, which `report` tells.
+bool copySigningKey(const ProjectFile& project, SigningKey& key, KeyReport& report) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    report = signingFault(record);
+    if (report.fault != KeyFault::none) {
+        return false;
+    }
+    record.copyKeyMaterial(&key.x, &key.y, nullptr, nullptr, &key.scalar);
+    return true;
+}
+
 }  // namespace
 
 bool signData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
@@ -61,18 +82,25 @@ bool signFile(const char* projectPath, const char* filePath, char* signature,
 
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                     char* signature, KeyReport& key) {
-    ProjectKeyRecord record;
-    record.loadFromAttributes(project);
-    key = signingFault(record);
-    if (key.fault != KeyFault::none) {
+    SigningKey values;
+    if (!copySigningKey(project, values, key)) {
         return false;
     }
-    core::FieldElement x{.capacity = workingElementCapacity};
-    core::FieldElement y{.capacity = workingElementCapacity};
-    core::CoreInteger scalar{.capacity = scalarLimbs};
-    record.copyKeyMaterial(&x, &y, nullptr, nullptr, &scalar);
-    renderSignature(data, length, scalar, {.x = &x, .y = &y}, signature);
+    renderSignature(data, length, values.scalar, values.basePoint(), signature);
     return signature[0] != '\0';
+}
+
+bool signDigestWithRecord(const ProjectFile& project, const std::uint8_t* digest, char* signature,
+                          KeyReport& key) {
+    SigningKey values;
+    if (!copySigningKey(project, values, key)) {
+        return false;
+    }
+    core::CoreInteger r{.capacity = signatureLimbs};
+    core::CoreInteger s{.capacity = signatureLimbs};
+    coreEntry::curveSignDigest(workingDomain(values.basePoint()), values.scalar, digest,
+                               {.r = r, .s = s});
+    return writeSignatureText(r, s, signature) != 0;
 }
 
 void renderSignature(const std::uint8_t* data, std::uint32_t length,

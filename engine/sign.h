@@ -14,6 +14,10 @@
 bool signWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                     char* signature, KeyReport& key);
 
+/// `signWithRecord` of the bytes whose RIPEMD-160 digest, 20 bytes as published, this is.
+bool signDigestWithRecord(const ProjectFile& project, const std::uint8_t* digest, char* signature,
+                          KeyReport& key);
+
 /// Signs with these key values and writes the text as `writeSignatureText` does. Where the base
 /// point yields no signature, it writes nothing.
 void renderSignature(const std::uint8_t* data, std::uint32_t length,

@@ -9,6 +9,33 @@
 #include "engine/signature_text.h"
 #include "engine/working_domain.h"
 
+namespace {
+
+/// What verifying takes of a key.
+struct VerifyingKey {
+    core::FieldElement baseX{.capacity = workingElementCapacity};
+    core::FieldElement baseY{.capacity = workingElementCapacity};
+    core::FieldElement publicX{.capacity = workingElementCapacity};
+    core::FieldElement publicY{.capacity = workingElementCapacity};
+
+    core::CurvePoint basePoint() { return {.x = &baseX, .y = &baseY}; }
+    core::CurvePoint publicPoint() { return {.x = &publicX, .y = &publicY}; }
+};
+
+/// Copies it out of a loaded project, unless there is a fault, which `report` tells.
+bool copyVerifyingKey(const ProjectFile& project, VerifyingKey& key, KeyReport& report) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(project);
+    report = verifyingFault(record);
+    if (report.fault != KeyFault::none) {
+        return false;
+    }
+    record.copyKeyMaterial(&key.baseX, &key.baseY, &key.publicX, &key.publicY, nullptr);
+    return true;
+}
+
+}  // namespace
+
 bool verifyData(const char* projectPath, const std::uint8_t* data, std::uint32_t length,
                 const char* signature) {
     EngineReport report;
@@ -47,19 +74,21 @@ bool verifyFile(const char* projectPath, const char* filePath, const char* signa
 
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                       const char* signature, KeyReport& key) {
-    ProjectKeyRecord record;
-    record.loadFromAttributes(project);
-    key = verifyingFault(record);
-    if (key.fault != KeyFault::none) {
+    VerifyingKey values;
+    return copyVerifyingKey(project, values, key) &&
+           checkSignatureText(data, length, values.publicPoint(), values.basePoint(), signature);
+}
+
+bool verifyDigestWithRecord(const ProjectFile& project, const std::uint8_t* digest,
+                            const char* signature, KeyReport& key) {
+    VerifyingKey values;
+    if (!copyVerifyingKey(project, values, key)) {
         return false;
     }
-    core::FieldElement baseX{.capacity = workingElementCapacity};
-    core::FieldElement baseY{.capacity = workingElementCapacity};
-    core::FieldElement publicX{.capacity = workingElementCapacity};
-    core::FieldElement publicY{.capacity = workingElementCapacity};
-    record.copyKeyMaterial(&baseX, &baseY, &publicX, &publicY, nullptr);
-    return checkSignatureText(data, length, {.x = &publicX, .y = &publicY},
-                              {.x = &baseX, .y = &baseY}, signature);
+    ParsedSignature parsed = parseSignatureText(signature);
+    return parsed.fault == SignatureFault::none &&
+           coreEntry::curveVerifyDigest(workingDomain(values.basePoint()), values.publicPoint(),
+                                        digest, {.r = parsed.r, .s = parsed.s}) != 0;
 }
 
 bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,

@@ -13,6 +13,10 @@
 bool verifyWithRecord(const ProjectFile& project, const std::uint8_t* data, std::uint32_t length,
                       const char* signature, KeyReport& key);
 
+/// `verifyWithRecord` of the bytes whose RIPEMD-160 digest, 20 bytes as published, this is.
+bool verifyDigestWithRecord(const ProjectFile& project, const std::uint8_t* digest,
+                            const char* signature, KeyReport& key);
+
 /// Whether the text verifies under these points. False for a text with a fault.
 bool checkSignatureText(const std::uint8_t* data, std::uint32_t length,
                         const core::CurvePoint& publicPoint, const core::CurvePoint& base,

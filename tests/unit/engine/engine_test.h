@@ -1,13 +1,16 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <openssl/ripemd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
 
+#include "engine/sign.h"
 #include "engine/signature_engine.h"
+#include "engine/verify.h"
 #include "random/random_generator.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
@@ -54,6 +57,31 @@ inline std::string signedFileText(const std::string& project, const std::string&
 inline bool verifies(const std::string& project, const Bytes& data, const std::string& text) {
     return verifyData(project.c_str(), data.data(), static_cast<std::uint32_t>(data.size()),
                       text.c_str());
+}
+
+/// The digest of the data, by libcrypto.
+inline Bytes digestOf(const Bytes& data) {
+    Bytes digest(RIPEMD160_DIGEST_LENGTH);
+    RIPEMD160(data.data(), data.size(), digest.data());
+    return digest;
+}
+
+inline std::string signedDigestText(const std::string& project, const Bytes& data) {
+    ProjectFile file;
+    KeyReport key;
+    if (!file.load(project.c_str())) {
+        return "";
+    }
+    return textOf([&](char* signature) {
+        return signDigestWithRecord(file, digestOf(data).data(), signature, key);
+    });
+}
+
+inline bool digestVerifies(const std::string& project, const Bytes& data, const std::string& text) {
+    ProjectFile file;
+    KeyReport key;
+    return file.load(project.c_str()) &&
+           verifyDigestWithRecord(file, digestOf(data).data(), text.c_str(), key);
 }
 
 inline bool fileVerifies(const std::string& project, const std::string& file,

@@ -14,7 +14,9 @@ protected:
     void expectOutcome(bool signs, bool verifiesToo) {
         const std::string path = project(attributes);
         EXPECT_EQ(!signedText(path, someData).empty(), signs);
+        EXPECT_EQ(!signedDigestText(path, someData).empty(), signs);
         EXPECT_EQ(verifies(path, someData, text), verifiesToo);
+        EXPECT_EQ(digestVerifies(path, someData, text), verifiesToo);
     }
 
     const ProjectKey key = randomProjectKey();

@@ -30,11 +30,20 @@ TEST_F(SignatureVectors, FilesSignToThePublishedText) {
     }
 }
 
+TEST_F(SignatureVectors, DigestsSignToThePublishedText) {
+    for (const SignatureCase& expected : signatureCases()) {
+        seedNonces(expected.seed);
+        EXPECT_EQ(signedDigestText(expected.project, expected.message), expected.text)
+            << "seed " << expected.seed;
+    }
+}
+
 TEST_F(SignatureVectors, PublishedTextsVerify) {
     for (const SignatureCase& published : signatureCases()) {
         const std::string file = folder.write("message", published.message);
         EXPECT_TRUE(verifies(published.project, published.message, published.text));
         EXPECT_TRUE(fileVerifies(published.project, file, published.text));
+        EXPECT_TRUE(digestVerifies(published.project, published.message, published.text));
     }
 }
 
@@ -48,6 +57,7 @@ TEST_F(SignatureVectors, PublishedTextsFailForAnyOtherProjectOrMessage) {
         Bytes changed = published.message;
         changed[randomBelow(changed.size())] ^= static_cast<std::uint8_t>(1U << randomBelow(8));
         EXPECT_FALSE(verifies(published.project, changed, published.text));
+        EXPECT_FALSE(digestVerifies(published.project, changed, published.text));
         Bytes longer = published.message;
         longer.push_back(0);
         EXPECT_FALSE(verifies(published.project, longer, published.text));
