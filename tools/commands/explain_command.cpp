@@ -1,13 +1,10 @@
 #include "tools/commands/explain_command.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 #include <new>
 #include <nlohmann/json.hpp>
 
 #include "tools/exit_status.h"
+#include "tools/files/file_content.h"
 #include "tools/files/input_file.h"
 #include "tools/files/random_device.h"
 #include "tools/report.h"
@@ -15,27 +12,6 @@
 #include "tools/rules.h"
 
 namespace {
-
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
-
-bool readAll(std::FILE* stream, std::string& content) {
-    std::string chunk(1 << 16, '\0');
-    std::size_t count = 0;
-    while ((count = std::fread(chunk.data(), 1, chunk.size(), stream)) != 0) {
-        content.append(chunk, 0, count);
-    }
-    return std::ferror(stream) == 0;
-}
-
-/// Reads a file, or standard input for "-"; the failure when it cannot be read.
-std::optional<std::string> readBody(const std::string& path, std::string& body) {
-    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
-    std::FILE* stream = path == "-" ? stdin : file.get();
-    if (stream == nullptr || !readAll(stream, body)) {
-        return inputName(path) + ": " + std::strerror(errno);
-    }
-    return std::nullopt;
-}
 
 /// What the program answers to the record that the options make.
 Explanation explainOptions(const ExplainOptions& options) {
@@ -114,7 +90,7 @@ int explainCommand(const ExplainOptions& options) {
     std::string body;
     if (options.body.has_value()) {
         try {
-            if (const std::optional<std::string> failure = readBody(*options.body, body)) {
+            if (const std::optional<std::string> failure = readContent(*options.body, body)) {
                 return reportFailure(*failure);
             }
         } catch (const std::bad_alloc&) {

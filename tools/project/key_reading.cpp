@@ -1,10 +1,11 @@
 #include "tools/project/key_reading.h"
 
-#include <string>
+#include <utility>
 
 #include "engine/key_rules.h"
 #include "tools/counted_text.h"
 #include "tools/project/attribute_meaning.h"
+#include "tools/project/project_reading.h"
 #include "tools/rules.h"
 
 namespace {
@@ -52,4 +53,18 @@ std::optional<Refusal> verifyingRefusal(const ProjectFile& project) {
     ProjectKeyRecord record;
     record.loadFromAttributes(project);
     return keyRefusal(verifyingFault(record));
+}
+
+std::optional<std::string> loadUsableProject(
+    const std::string& path, std::optional<Refusal> (*keyRefusal)(const ProjectFile&),
+    ProjectFile& project) {
+    ProjectReading reading = readProject(path);
+    if (!reading.refusal.has_value()) {
+        reading.refusal = keyRefusal(reading.project);
+    }
+    if (reading.refusal.has_value()) {
+        return path + ": " + reading.refusal->text;
+    }
+    project = std::move(reading.project);
+    return std::nullopt;
 }

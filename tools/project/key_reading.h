@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "project/project_file.h"
 #include "project/project_key_record.h"
@@ -14,3 +15,9 @@ std::optional<Refusal> signingRefusal(const ProjectFile& project);
 
 /// `verifyingFault` of a loaded project.
 std::optional<Refusal> verifyingRefusal(const ProjectFile& project);
+
+/// Loads the project at `path`, and asks one of these about its key. Returns why it cannot be used,
+/// the path in front, or nothing.
+std::optional<std::string> loadUsableProject(
+    const std::string& path, std::optional<Refusal> (*keyRefusal)(const ProjectFile&),
+    ProjectFile& project);

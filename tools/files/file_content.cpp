@@ -1,0 +1,32 @@
+#include "tools/files/file_content.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "tools/files/input_file.h"
+
+namespace {
+
+using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
+
+bool readAll(std::FILE* stream, std::string& content) {
+    std::string chunk(1 << 16, '\0');
+    std::size_t count = 0;
+    while ((count = std::fread(chunk.data(), 1, chunk.size(), stream)) != 0) {
+        content.append(chunk, 0, count);
+    }
+    return std::ferror(stream) == 0;
+}
+
+}  // namespace
+
+std::optional<std::string> readContent(const std::string& path, std::string& content) {
+    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
+    std::FILE* stream = path == "-" ? stdin : file.get();
+    if (stream == nullptr || !readAll(stream, content)) {
+        return inputName(path) + ": " + std::strerror(errno);
+    }
+    return std::nullopt;
+}
