@@ -88,7 +88,7 @@ LAYERS = {
         headers=frozenset({"nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}),
         only_in={
             "command_line.cpp": {"CLI/CLI.hpp"},
-            "files/cut_file.cpp": {"unistd.h"},
+            "files/cut_file.cpp": {"setjmp.h", "unistd.h"},
             "files/input_file.cpp": {"fcntl.h", "stdlib.h", "sys/stat.h", "unistd.h"},
             "files/mapping_progress.cpp": {"fcntl.h", "unistd.h"},
             "files/whole_file.cpp": {"fcntl.h", "stdio.h", "sys/types.h", "unistd.h"},

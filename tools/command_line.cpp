@@ -8,6 +8,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/commands/check_command.h"
@@ -37,10 +38,11 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
     return {replace, ""};
 }
 
-/// Throws if an option stands there more than once.
+/// Throws if an option that takes one value stands there more than once.
 void refuseRepetition(const CLI::App& command) {
     for (const CLI::Option* option : command.get_options()) {
-        if (option->count() > 1) {
+        const bool takesAll = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+        if (option->count() > 1 && !takesAll) {
             throw CLI::ArgumentMismatch(option->get_name() + " is given " +
                                         std::to_string(option->count()) + " times");
         }
@@ -213,25 +215,20 @@ private:
 
     void addSign() {
         CLI::App* command =
-            addCommand("sign", "Sign a file or standard input", "sign my.project letter.txt");
+            addCommand("sign", "Sign files or standard input", "sign my.project letter.txt");
         addPath(command, "PROJECT", sign_.project, "", "The project file")->required();
-        addPath(command, "FILE", sign_.file, "", "The file to sign (-: standard input)");
+        addPath(command, "FILE", sign_.files, "",
+                "The files to sign (-: standard input); of several, a list is printed")
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        addPath(command, "-o,--output", sign_.output, "FILE",
+                "Write to a new file instead (-: standard output)");
         addJson(command, sign_.json);
         onCommand(command, sign_, signCommand);
     }
 
-    void addVerify() {
-        CLI::App* command =
-            addCommand("verify", "Verify a signature of a file or of standard input",
-                       "verify public.project \"$signature\" letter.txt");
-        addPath(command, "PROJECT", verify_.project, "", "The project file")->required();
-        addOption(command, "SIGNATURE", verify_.signature, "", "The text of the signature")
-            ->required();
-        addPath(command, "FILE", verify_.file, "", "The file that was signed (-: standard input)");
-        addJson(command, verify_.json);
-        onCommand(command, verify_, verifyCommand);
-    }
-
+    void addVerify();
+    /// Where the signature is in a file, the only operand behind the project names what was signed.
+    void takeFileForSignature(const CLI::Option& file);
     void addExplain();
     void addExport() {
         CLI::App* command =
@@ -257,6 +254,54 @@ private:
     ConvertOptions convert_;
     std::function<int()> command_;
 };
+
+void CommandLine::addVerify() {
+    CLI::App* command = addCommand("verify", "Verify a signature of a file, or a list of them",
+                                   "verify public.project \"$signature\" letter.txt");
+    addPath(command, "PROJECT", verify_.project, "", "The project file")->required();
+    CLI::Option* signature = addOption(command, "SIGNATURE", verify_.signature, "",
+                                       "The text of the signature; not with --signature-file");
+    CLI::Option* file =
+        addPath(command, "FILE", verify_.file, "", "The file that was signed (-: standard input)");
+    CLI::Option* signatureFile = addPath(command, "--signature-file", verify_.signatureFile, "FILE",
+                                         "Read the signature from a file (-: standard input)");
+    CLI::Option* list =
+        addPath(command, "--check", verify_.list, "LIST",
+                "Verify a list that 'sign' has printed of several files (-: standard input)");
+    for (CLI::Option* ofList :
+         {addFlag(command, "--ignore-missing", verify_.ignoreMissing,
+                  "Say nothing of files of the list that are missing"),
+          addFlag(command, "--quiet", verify_.quiet, "Print no line for a file that is OK"),
+          addFlag(command, "--status", verify_.status, "Print nothing: the exit status tells")}) {
+        ofList->needs(list);
+    }
+    list->excludes(signature)->excludes(signatureFile);
+    addJson(command, verify_.json);
+    command->callback([=, this] {
+        refuseRepetition(*command);
+        if (signature->empty() && signatureFile->empty() && list->empty()) {
+            throw CLI::RequiredError("SIGNATURE");
+        }
+        if (!signatureFile->empty() && !signature->empty()) {
+            takeFileForSignature(*file);
+        }
+        if (!signatureFile->empty() && *verify_.signatureFile == "-" && verify_.file == "-") {
+            throw CLI::ArgumentMismatch(
+                "standard input cannot hold both the signature and what was signed");
+        }
+        command_ = [this] { return verifyCommand(verify_); };
+    });
+}
+
+void CommandLine::takeFileForSignature(const CLI::Option& file) {
+    if (!file.empty()) {
+        throw CLI::ExcludesError("SIGNATURE", "--signature-file");
+    }
+    if (verify_.signature.empty()) {
+        throw CLI::ArgumentMismatch("FILE: an empty path names no file");
+    }
+    verify_.file = std::exchange(verify_.signature, {});
+}
 
 void CommandLine::addExplain() {
     CLI::App* command =

@@ -112,6 +112,9 @@ TEST(ProjectctlCommandLine, RefusesRepetition) {
         {"show", "a", "--json", "--json"},
         {"check", "a", "--json", "--json"},
         {"sign", "a", "--json", "--json"},
+        {"sign", "a", "--output", "b", "--output", "c"},
+        {"verify", "a", "--check", "b", "--check", "c"},
+        {"verify", "a", "--check", "b", "--quiet", "--quiet"},
         {"verify", "a", "b", "--json", "--json"},
         {"export", "a", "--private", "--private"},
         {"convert", "a", "--to", "der", "--to", "hex"},
@@ -138,6 +141,16 @@ TEST(ProjectctlCommandLine, RefusesConflicts) {
         isRefused({"explain", "--body", "a", "--content-length", "1", "--no-content-length"},
                   "--content-length excludes --no-content-length"));
     EXPECT_TRUE(isRefused({"convert", "a", "--digest-of", "b"}, "SIGNATURE excludes --digest-of"));
+    EXPECT_TRUE(isRefused({"verify", "a", "b", "--check", "c"}, "SIGNATURE excludes --check"));
+    EXPECT_TRUE(isRefused({"verify", "a", "--signature-file", "b", "--check", "c"},
+                          "--signature-file excludes --check"));
+    EXPECT_TRUE(isRefused({"verify", "a", "b", "c", "--signature-file", "d"},
+                          "SIGNATURE excludes --signature-file"));
+    for (const Arguments& both : {Arguments{"verify", "a", "--signature-file", "-"},
+                                  {"verify", "a", "--signature-file", "-", "-"}}) {
+        EXPECT_TRUE(
+            isRefused(both, "standard input cannot hold both the signature and what was signed"));
+    }
     EXPECT_TRUE(isRefused({"convert", "a", "--to", "der", "--json"}, "--to excludes --json"));
 }
 
@@ -152,6 +165,10 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
     }
     EXPECT_TRUE(isRefused({"explain", "--body", "b", "--data-encoding", "plain"},
                           "--data-encoding requires --project"));
+    for (const char* option : {"--ignore-missing", "--quiet", "--status"}) {
+        EXPECT_TRUE(
+            isRefused({"verify", "a", "b", option}, std::string(option) + " requires --check"));
+    }
     EXPECT_TRUE(
         isRefused({"convert", "--digest-of", "a", "--to", "der"}, "--to requires SIGNATURE"));
     EXPECT_TRUE(
@@ -168,8 +185,13 @@ TEST(ProjectctlCommandLine, RefusesEmptyPaths) {
         {{"strip", "a", ""}, "OUT"},
         {{"sign", "", "b"}, "PROJECT"},
         {{"sign", "a", ""}, "FILE"},
+        {{"sign", "a", "b", "", "c"}, "FILE"},
+        {{"sign", "a", "-o", ""}, "--output"},
         {{"verify", "", "b"}, "PROJECT"},
         {{"verify", "a", "b", ""}, "FILE"},
+        {{"verify", "a", "--signature-file", "b", ""}, "FILE"},
+        {{"verify", "a", "--signature-file", ""}, "--signature-file"},
+        {{"verify", "a", "--check", ""}, "--check"},
         {{"export", ""}, "FILE"},
         {{"explain", "--body", ""}, "--body"},
         {{"convert", "--digest-of", ""}, "--digest-of"}};

@@ -24,8 +24,11 @@ VALUES = {
     ("explain", "--data"): set(),
     ("explain", "--signature"): set(),
 }
-FILE_OPTIONS = {("create", "--from-scalar"), ("explain", "--body"), ("explain", "--project"),
+FILE_OPTIONS = {("create", "--from-scalar"), ("sign", "--output"), ("verify", "--signature-file"),
+                ("verify", "--check"), ("explain", "--body"), ("explain", "--project"),
                 ("explain", "--file"), ("convert", "--digest-of")}
+# Commands whose options exclude or need each other, and the operands that they may have.
+OPERANDS = {"explain": [[]], "convert": [[], ["AAAA"]], "verify": [["x"], ["x", "AAAA"]]}
 SCRIPT = """
 source "$1"
 COMP_CWORD=$2
@@ -51,7 +54,7 @@ class Completion(unittest.TestCase):
     @classmethod
     def options_in_help(cls, command):
         """The options of a command; those with a value map to True."""
-        lines = re.findall(r"^  (?:-h,)?(--[a-z-]+)( [A-Za-z|0-9]+)?(?= |$)", cls.help_of(command),
+        lines = re.findall(r"^  (?:-[a-z],)?(--[a-z-]+)( [A-Za-z|0-9]+)?(?= |$)", cls.help_of(command),
                            re.MULTILINE)
         return {option: value != "" for option, value in lines}
 
@@ -107,19 +110,19 @@ class Completion(unittest.TestCase):
         return b"see 'projectctl --help'" not in result.stderr
 
     def accepted_option_sets(self, command):
-        """All sets of options that the program takes on one line, with a signature or without."""
+        """All sets of options that the program takes on one line, with some operands."""
         options = sorted(set(self.options[command]) - {"--help"})
         for size in range(len(options) + 1):
             for chosen in itertools.combinations(options, size):
                 words = [word for option in chosen
                          for word in ([option, self.value_of(command, option)]
                                       if self.options[command][option] else [option])]
-                if self.accepts(command, words) or (
-                        command == "convert" and self.accepts(command, ["AAAA", *words])):
+                if any(self.accepts(command, [*operands, *words])
+                       for operands in OPERANDS[command]):
                     yield set(chosen)
 
     def test_offers_the_options_that_the_program_takes_beside_another(self):
-        for command in ("explain", "convert"):
+        for command in OPERANDS:
             accepted = list(self.accepted_option_sets(command))
             for first, has_value in self.options[command].items():
                 if first == "--help":
@@ -154,7 +157,7 @@ class Completion(unittest.TestCase):
 
     def test_offers_files_up_to_the_last_operand(self):
         for command, operands in {"create": 1, "show": 1, "check": 1, "export": 1, "convert": 1,
-                                  "strip": 2, "sign": 2, "verify": 3}.items():
+                                  "strip": 2, "verify": 3}.items():
             for given in range(1, operands + 1):
                 with self.subTest(command=command, given=given):
                     signature_is_next = command == "verify" and given == 1
@@ -162,7 +165,18 @@ class Completion(unittest.TestCase):
                     self.assertEqual(self.offered(command, *["x"] * given, "l"),
                                      {"letter.txt"} if expected else set())
 
+    def test_offers_files_as_operands_of_sign_without_end(self):
+        for given in (1, 2, 20):
+            self.assertEqual(self.offered("sign", *["x"] * given, "l"), {"letter.txt"})
+
+    def test_offers_what_is_verified_beside_the_file_of_a_signature(self):
+        self.assertEqual(self.offered("verify", "--signature-file", "x", "x", "l"), {"letter.txt"})
+        self.assertEqual(self.offered("verify", "--signature-file", "x", "x", "x", "l"), set())
+        self.assertEqual(self.offered("verify", "--check", "x", "l"), {"letter.txt"})
+        self.assertEqual(self.offered("verify", "--check", "x", "x", "l"), set())
+
     def test_tells_operands_from_the_values_of_options(self):
+        self.assertEqual(self.offered("sign", "-o", "l"), {"letter.txt"})
         self.assertEqual(self.offered("create", "--base", "random", "l"), {"letter.txt"})
         self.assertEqual(self.offered("create", "x", "--base", "random", "l"), set())
 

@@ -41,11 +41,11 @@ class ManualPages(unittest.TestCase):
         text = PAGE.read_text(encoding="utf-8")
         description = text[text.index(".Sh DESCRIPTION"):text.index(".Sh ENVIRONMENT")]
         sections = re.split(r"^\.Ss (.*)$", description, flags=re.MULTILINE)
-        documented = {name: set(re.findall(r"^\.It Fl -([a-z-]+)", body, re.MULTILINE))
+        documented = {name: set(re.findall(r"^\.It (?:Fl [a-z] , )?Fl -([a-z-]+)", body, re.MULTILINE))
                       for name, body in zip(sections[1::2], sections[2::2])}
-        self.assertEqual(documented.pop("Options without a command"), {"version"})
+        self.assertEqual(documented.pop("Options without a command"), {"help", "version"})
         in_help = {
-            command: set(re.findall(r"^  (?:-h,)?--([a-z-]+)", self.help_of(command), re.MULTILINE))
+            command: set(re.findall(r"^  (?:-[a-z],)?--([a-z-]+)", self.help_of(command), re.MULTILINE))
             - {"help"}
             for command in self.commands()}
         self.assertEqual(documented, in_help)
@@ -73,7 +73,7 @@ class ManualPages(unittest.TestCase):
             body = body.partition("\n.Nm\n")[0]
             shown.setdefault(name, set()).update(re.findall(r"Fl -([a-z-]+)", body))
         for command in self.commands():
-            in_help = set(re.findall(r"^  (?:-h,)?--([a-z-]+)", self.help_of(command),
+            in_help = set(re.findall(r"^  (?:-[a-z],)?--([a-z-]+)", self.help_of(command),
                                      re.MULTILINE)) - {"help"}
             self.assertEqual(shown[command], in_help, command)
 
@@ -116,6 +116,9 @@ class ManualPages(unittest.TestCase):
         self.assertIn("The program answers 200 OK: true\n", output_of("explain --project"))
         self.assertIn("The program answers 400 Bad Request: 'mode' parameter missing or invalid\n",
                       output_of("explain --body"))
+        self.assertEqual(output_of("projectctl verify public.project --check"),
+                         "letter.txt: OK\npublic.project: OK\n")
+        self.assertEqual(output_of("--signature-file"), "true\n")
         self.assertEqual(output_of("openssl"), "Signature Verified Successfully\n")
         values = {entry["id"]: entry["value"]
                   for entry in json.loads(output_of("show moved.project"))["entries"]}

@@ -60,13 +60,18 @@ class Opens(unittest.TestCase):
         return subprocess.run([*before, self.program, *words], cwd=self.folder,
                               capture_output=True, check=False, timeout=60, **settings)
 
+    def traced(self, command, calls, **settings):
+        """The calls of each of the command's threads, one after the other."""
+        with tempfile.TemporaryDirectory() as traces:
+            self.run_command(*command, before=["strace", "-ff", "-y", "-qq", "-e", f"trace={calls}",
+                                               "-o", Path(traces, "trace")], **settings)
+            return [trace.read_text() for trace in Path(traces).iterdir()]
+
     def opened(self, command, **settings):
         """The paths that the command opens, and for a link what it leads to."""
-        trace = self.folder / "trace"
-        self.run_command(*command, before=["strace", "-f", "-y", "-qq", "-e", "trace=open,openat",
-                                           "-o", trace], **settings)
         return [(self.folder / (found[2] or found[1])).resolve()
-                for found in OPEN.finditer(trace.read_text())]
+                for trace in self.traced(command, "open,openat", **settings)
+                for found in OPEN.finditer(trace)]
 
     def words_of(self, command, project, file):
         names = {"PROJECT": project, "FILE": file, "SIGNATURE": self.signature}
@@ -87,6 +92,21 @@ class Opens(unittest.TestCase):
                     for path in {project, file}:
                         self.assertLessEqual(opened.count(self.folder / path), 1, path)
                     (self.folder / "new").unlink(missing_ok=True)
+
+    def test_many_files_are_opened_once_each_and_have_a_thread_for_each_core(self):
+        names = [f"file{i}" for i in range(20)]
+        for name in names:
+            (self.folder / name).write_text(name)
+        for used in (names, names[:1]):
+            listed = self.run_command("sign", "sound", *used, "letter").stdout
+            for command, files in ((["sign", "sound", *used], len(used)),
+                                   (["verify", "sound", "--check", "-"], len(used) + 1)):
+                with self.subTest(command):
+                    opened = self.opened(command, input=listed)
+                    self.assertEqual([opened.count(self.folder / name) for name in used],
+                                     [1] * len(used))
+                    threads = self.traced(command, "none", input=listed)
+                    self.assertEqual(len(threads), min(os.cpu_count(), files))
 
     def test_a_file_on_standard_input_is_opened_once(self):
         for command in FROM_STANDARD_INPUT:

@@ -101,21 +101,33 @@ class LargeFiles(unittest.TestCase):
             self.run_projectctl("sign", "project", self.sparse_file(LARGE_SIZE), stderr=stream)
         self.assertEqual(errors.read_bytes(), b"")
 
+    def end_when_cut_meanwhile(self, command, name):
+        """What a command ends with that reads a file of this name while it is cut."""
+        self.sparse_file(24 * QUIET_SIZE, name)
+        reading = subprocess.Popen([self.programs / "projectctl", *command], cwd=self.folder,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        maps = Path(f"/proc/{reading.pid}/maps")
+        while reading.poll() is None and str(self.folder / name) not in maps.read_text():
+            time.sleep(0.01)
+        self.sparse_file(1, name)
+        output, errors = reading.communicate(timeout=SECONDS_FOR_A_COMMAND)
+        return reading.returncode, output, errors
+
     def test_a_file_that_is_cut_meanwhile_is_named(self):
         name = "file\x1b[m"
         for command in (["sign", "project", name], ["convert", "--digest-of", name],
                         ["explain", "--project", "project", "--file", name]):
-            self.sparse_file(24 * QUIET_SIZE, name)
-            reading = subprocess.Popen([self.programs / "projectctl", *command], cwd=self.folder,
-                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-            maps = Path(f"/proc/{reading.pid}/maps")
-            while reading.poll() is None and str(self.folder / name) not in maps.read_text():
-                time.sleep(0.01)
-            self.sparse_file(1, name)
-            output, errors = reading.communicate(timeout=SECONDS_FOR_A_COMMAND)
             with self.subTest(command=command):
-                self.assertEqual((reading.returncode, output, errors),
+                self.assertEqual(self.end_when_cut_meanwhile(command, name),
                                  (2, b"", b"projectctl: file\\x1B[m: was cut while it was read\n"))
+
+    def test_files_beside_one_that_is_cut_meanwhile_are_signed(self):
+        for name in ("one", "two"):
+            self.sparse_file(1, name)
+        status, output, errors = self.end_when_cut_meanwhile(
+            ["sign", "project", "one", "file", "two"], "file")
+        self.assertEqual((status, errors), (2, b"projectctl: file: was cut while it was read\n"))
+        self.assertRegex(output, rb"^\S+  one\n\S+  two\n$")
 
     def test_a_pipe_of_any_size_is_signed_in_the_same_memory(self):
         writing = subprocess.Popen(["head", "-c", str(LARGE_SIZE), "/dev/zero"],

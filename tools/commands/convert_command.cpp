@@ -1,14 +1,11 @@
 #include "tools/commands/convert_command.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
-#include "core/hash.h"
-#include "engine/mapped_file.h"
-#include "tools/commands/signed_file.h"
 #include "tools/exit_status.h"
+#include "tools/files/file_digest.h"
 #include "tools/files/input_file.h"
 #include "tools/files/small_file.h"
 #include "tools/report.h"
@@ -57,16 +54,14 @@ int convertSignature(const ConvertOptions& options) {
 }
 
 int writeDigest(const std::string& path, bool json) {
-    MappedInput input;
-    if (const auto failure = mapSignedFile(path, input)) {
-        return reportFailure(*failure);
+    const FileDigest file = digestFile(path, Progress::silent);
+    if (file.refusal.has_value()) {
+        return reportFailure(file.refusal->text);
     }
-    ByteString digest(core::ripemd160DigestSize);
-    core::ripemd160Digest(input.bytes.data(), input.bytes.size(), digest.data());
-    if (const auto failure = cutFailure(path, input)) {
-        return reportFailure(*failure);
+    if (file.remark.has_value()) {
+        reportRemark(*file.remark);
     }
-    std::reverse(digest.begin(), digest.end());
+    const ByteString digest(file.digest.rbegin(), file.digest.rend());
     if (json) {
         printJson({{"digest", hexadecimalDigits(digest)}});
     } else {

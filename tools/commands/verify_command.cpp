@@ -1,61 +1,83 @@
 #include "tools/commands/verify_command.h"
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
-#include "engine/verify.h"
-#include "tools/commands/signed_file.h"
+#include "tools/commands/list_verification.h"
+#include "tools/commands/signature_verdicts.h"
 #include "tools/exit_status.h"
-#include "tools/files/mapping_progress.h"
+#include "tools/files/file_digest.h"
+#include "tools/files/input_file.h"
+#include "tools/files/small_file.h"
 #include "tools/project/key_reading.h"
-#include "tools/project/project_check.h"
 #include "tools/report.h"
-#include "tools/rules.h"
 #include "tools/signature/signature_reading.h"
 
 namespace {
 
-/// Why the verdict is false.
-Refusal invalidity(const VerifyOptions& options, const PreparedOperation& operation) {
-    const SignatureReading signature = readSignature(options.signature);
-    if (signature.refusal.has_value()) {
-        return *signature.refusal;
+/// The signature that a file holds in one line.
+SmallFile readSignatureFile(const std::string& path) {
+    SmallFile file = readSmallFile(path, "signature");
+    for (const char end : {'\n', '\r'}) {
+        if (file.content.ends_with(end)) {
+            file.content.pop_back();
+        }
     }
-    if (const auto unsound = unsoundKey(operation.project)) {
-        return refusalBy(Verdict::unsoundKey, options.project + ": " + *unsound);
+    if (file.content.find('\n') != std::string::npos) {
+        file.failure = inputName(path) +
+                       ": has more than one line, and a signature has one; --check reads a list";
     }
-    return refusalBy(Verdict::mismatch, mismatchReason(signature));
+    return file;
+}
+
+/// What is worth knowing of a signature that is not valid.
+void reportRemarks(const VerifyOptions& options, const std::string& signature) {
+    for (const std::string& remark : signatureRemarks(signature)) {
+        reportRemark(remark);
+    }
+    std::error_code ignored;
+    if (!options.signatureFile.has_value() && std::filesystem::exists(signature, ignored)) {
+        reportRemark("SIGNATURE is the name of a file; --signature-file reads a signature from it");
+    }
+}
+
+int verifySignature(const VerifyOptions& options, const ProjectFile& project) {
+    const SmallFile source = options.signatureFile.has_value()
+                                 ? readSignatureFile(*options.signatureFile)
+                                 : SmallFile{.failure = std::nullopt, .content = options.signature};
+    if (source.failure.has_value()) {
+        return reportFailure(*source.failure);
+    }
+    const FileDigest digest = digestFile(options.file, Progress::shown);
+    if (digest.refusal.has_value()) {
+        return reportFailure(digest.refusal->text);
+    }
+    if (digest.remark.has_value()) {
+        reportRemark(*digest.remark);
+    }
+    const SignatureVerdict verdict =
+        SignatureVerdicts(options.project, project).of(digest, source.content);
+    if (options.json) {
+        printJson({{"valid", verdict.isValid}, {"rule", verdict.ruling.code}});
+    } else {
+        printText(verdict.isValid ? "true\n" : "false\n");
+    }
+    if (verdict.isValid) {
+        return exitDone;
+    }
+    reportRemark(verdict.ruling.text);
+    reportRemarks(options, source.content);
+    return exitNegative;
 }
 
 }  // namespace
 
 int verifyCommand(const VerifyOptions& options) {
-    PreparedOperation operation;
-    if (const auto failure =
-            prepareOperation(options.project, verifyingRefusal, options.file, operation)) {
+    ProjectFile project;
+    if (const auto failure = loadUsableProject(options.project, verifyingRefusal, project)) {
         return reportFailure(*failure);
     }
-    bool valid = false;
-    {
-        const MappingProgress progress(operation.input.bytes.size());
-        valid = verifyWithRecord(operation.project, operation.input.bytes.data(),
-                                 static_cast<std::uint32_t>(operation.input.bytes.size()),
-                                 options.signature.c_str(), operation.key);
-    }
-    if (const auto failure = cutFailure(options.file, operation.input)) {
-        return reportFailure(*failure);
-    }
-    const Refusal ruling = valid ? refusalBy(Verdict::valid, "") : invalidity(options, operation);
-    if (options.json) {
-        printJson({{"valid", valid}, {"rule", ruling.code}});
-    } else {
-        printText(valid ? "true\n" : "false\n");
-    }
-    if (valid) {
-        return exitDone;
-    }
-    reportRemark(ruling.text);
-    for (const std::string& remark : signatureRemarks(options.signature)) {
-        reportRemark(remark);
-    }
-    return exitNegative;
+    return options.list.has_value() ? verifyList(options, project)
+                                    : verifySignature(options, project);
 }

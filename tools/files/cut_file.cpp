@@ -1,5 +1,6 @@
 #include "tools/files/cut_file.h"
 
+#include <setjmp.h>
 #include <unistd.h>
 
 #include <array>
@@ -20,7 +21,13 @@ struct Message {
 
 Message message;
 
-void endProcess(int /*signal*/) {
+/// Where a reading of this thread goes on that can be left; null if there is none.
+thread_local sigjmp_buf* wayOut = nullptr;
+
+void leaveReading(int /*signal*/) {
+    if (wayOut != nullptr) {
+        siglongjmp(*wayOut, 1);
+    }
     [[maybe_unused]] const ssize_t written =
         ::write(STDERR_FILENO, message.text.data(), message.length);
     ::_exit(exitFailed);
@@ -30,7 +37,19 @@ void endProcess(int /*signal*/) {
 
 void reportCutFile() {
     nameReadFile("a file");
-    std::signal(SIGBUS, endProcess);
+    std::signal(SIGBUS, leaveReading);
+}
+
+bool readUncut(const std::function<void()>& read) {
+    sigjmp_buf behind;
+    if (sigsetjmp(behind, 1) != 0) {
+        wayOut = nullptr;
+        return false;
+    }
+    wayOut = &behind;
+    read();
+    wayOut = nullptr;
+    return true;
 }
 
 void nameReadFile(const std::string& name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 // A file that another process cuts while it is read through a mapping: reading what it has lost
@@ -7,6 +8,11 @@
 
 /// From now on SIGBUS ends the process with `exitFailed` and a message.
 void reportCutFile();
+
+/// Calls `read`, and returns whether it came to its end. Once SIGBUS is reported, it is left where
+/// it reads what a file has lost, and the process goes on: nothing that `read` calls may own
+/// anything at that time. Several threads may each read something.
+bool readUncut(const std::function<void()>& read);
 
 /// Names the file of that message, as far as there is room for it.
 void nameReadFile(const std::string& name);

@@ -2,12 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <span>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "engine/mapped_file.h"
+#include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
 #include "tools/exit_status.h"
 
@@ -21,6 +27,14 @@ void readWhatWasCut(const TemporaryFolder& folder) {
     const std::span<const std::uint8_t> bytes = mapInputFile(input, path.c_str());
     std::filesystem::resize_file(path, 1);
     [[maybe_unused]] const volatile std::uint8_t last = bytes[size - 1];
+}
+
+/// Reads what an empty file has lost, or nothing.
+void readMapping(bool isCut) {
+    void* mapping = ::mmap(nullptr, 1, PROT_READ, MAP_SHARED, anonymousFile(""), 0);
+    if (isCut) {
+        [[maybe_unused]] const char lost = *static_cast<const volatile char*>(mapping);
+    }
 }
 
 void expectMessage(const std::string& name, const std::string& message) {
@@ -40,6 +54,27 @@ TEST(CutFile, EndsTheProcessWithAMessage) {
     expectMessage("", "projectctl: a file: was cut while it was read\n");
     expectMessage("letter", "projectctl: letter: was cut while it was read\n");
     expectMessage("\x1b[m", "projectctl: \\x1B[m: was cut while it was read\n");
+}
+
+TEST(CutFile, CanBeLeftWhereItIsReadBySeveralThreads) {
+    const TemporaryFolder folder;
+    EXPECT_EXIT(
+        {
+            reportCutFile();
+            std::atomic<int> left = 0;
+            for (int round = 0; round < 3; ++round) {
+                std::vector<std::jthread> threads;
+                for (int i = 0; i < 4; ++i) {
+                    threads.emplace_back(
+                        [&, i] { left += readUncut([=] { readMapping(i % 2 == 0); }) ? 0 : 1; });
+                }
+            }
+            nameReadFile(std::to_string(left));
+            // Outside of such a reading the process ends as before.
+            readWhatWasCut(folder);
+        },
+        testing::ExitedWithCode(exitFailed),
+        testing::Eq("projectctl: 6: was cut while it was read\n"));
 }
 
 TEST(CutFile, IsNamedWholeUpToTheLongestPath) {

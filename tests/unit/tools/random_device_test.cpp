@@ -67,7 +67,7 @@ TEST_F(UselessDevice, MakesNoKeyAndNoSignature) {
     create.file = folder.file("new");
     EXPECT_EQ(runCommand(createCommand, create), refused);
     EXPECT_FALSE(std::filesystem::exists(create.file));
-    EXPECT_EQ(runCommand(signCommand, SignOptions{.project = project, .file = letter}), refused);
+    EXPECT_EQ(runCommand(signCommand, SignOptions{.project = project, .files = {letter}}), refused);
 }
 
 TEST_F(UselessDevice, IsRemarkedOnWhereAProjectSigns) {

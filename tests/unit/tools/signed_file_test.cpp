@@ -62,7 +62,7 @@ protected:
 }  // namespace
 
 TEST_F(SignedFile, IsNotSignedWhenItIsCutMeanwhile) {
-    expectTold([this] { return runCommand(signCommand, {.project = project, .file = path}); });
+    expectTold([this] { return runCommand(signCommand, {.project = project, .files = {path}}); });
 }
 
 TEST_F(SignedFile, IsNotVerifiedWhenItIsCutMeanwhile) {

@@ -1,0 +1,88 @@
+#include "tools/files/file_digest.h"
+
+#include <gtest/gtest.h>
+#include <openssl/ripemd.h>
+
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/support/failing_calls.h"
+#include "tests/support/random_operands.h"
+#include "tests/support/standard_streams.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+Bytes judgedDigest(const Bytes& data) {
+    Bytes digest(RIPEMD160_DIGEST_LENGTH);
+    RIPEMD160(data.data(), data.size(), digest.data());
+    return digest;
+}
+
+/// The digests as they come; for a file without one, the words of the refusal.
+std::vector<Bytes> digestsOf(const std::vector<std::string>& paths) {
+    std::vector<Bytes> digests;
+    digestFiles(paths, [&](std::size_t place, const FileDigest& file) {
+        EXPECT_EQ(place, digests.size());
+        digests.emplace_back(file.digest.begin(), file.digest.end());
+        if (file.refusal.has_value()) {
+            digests.back().assign(file.refusal->text.begin(), file.refusal->text.end());
+        }
+    });
+    return digests;
+}
+
+Bytes bytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+TEST(FileDigests, AreThoseOfLibcryptoInTheOrderOfTheFiles) {
+    const TemporaryFolder folder;
+    std::vector<std::string> paths;
+    std::vector<Bytes> expected;
+    for (int i = 0; i < 300; ++i) {
+        // Every tenth takes much longer than those behind it.
+        const Bytes data = randomBytes(i % 10 == 0 ? 1'000'000 : 1 + randomBelow(200));
+        paths.push_back(folder.write(std::to_string(i), data));
+        expected.push_back(judgedDigest(data));
+    }
+    EXPECT_EQ(digestsOf(paths), expected);
+}
+
+TEST(FileDigests, StandBesideRefusals) {
+    const TemporaryFolder folder;
+    const std::string empty = folder.write("empty", {});
+    const std::string missing = folder.file("missing");
+    const std::string letter = folder.write("letter", {'a'});
+    const ScopedInput input("b");
+    const std::vector<Bytes> expected = {
+        bytesOf(empty + ": is empty"),
+        judgedDigest({'a'}),
+        bytesOf(missing + ": cannot be opened: No such file or directory"),
+        bytesOf(folder.path() + ": is a directory"),
+        judgedDigest({'b'}),
+        judgedDigest({'a'}),
+        bytesOf("standard input: can be read only once")};
+    EXPECT_EQ(digestsOf({empty, letter, missing, folder.path(), "-", letter, "-"}), expected);
+    EXPECT_TRUE(digestFile(missing, Progress::silent).isMissing);
+    EXPECT_FALSE(digestFile(folder.path(), Progress::silent).isMissing);
+    EXPECT_EQ(digestsOf({}), std::vector<Bytes>{});
+}
+
+TEST(FileDigests, EndWithWhatTheirTakerThrows) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> paths(50, folder.write("letter", {'a'}));
+    std::size_t taken = 0;
+    const auto take = [&](std::size_t /*place*/, const FileDigest& /*file*/) {
+        if (++taken == 3) {
+            throw std::runtime_error("enough");
+        }
+    };
+    EXPECT_THROW(digestFiles(paths, take), std::runtime_error);
+    EXPECT_EQ(taken, 3U);
+}
+
+}  // namespace
