@@ -53,10 +53,6 @@ bool readUncut(const std::function<void()>& read) {
 }
 
 void nameReadFile(const std::string& name) {
-    const std::string line = messageLine(cutFileMessage(name));
+    const std::string line = messageLine(name + ": " + cutFileWords);
     message.length = line.copy(message.text.data(), message.text.size());
-}
-
-std::string cutFileMessage(const std::string& name) {
-    return name + ": was cut while it was read";
 }

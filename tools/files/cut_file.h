@@ -6,6 +6,9 @@
 // A file that another process cuts while it is read through a mapping: reading what it has lost
 // raises SIGBUS.
 
+/// What is said of such a file, behind its name.
+inline constexpr const char* cutFileWords = "was cut while it was read";
+
 /// From now on SIGBUS ends the process with `exitFailed` and a message.
 void reportCutFile();
 
@@ -16,6 +19,3 @@ bool readUncut(const std::function<void()>& read);
 
 /// Names the file of that message, as far as there is room for it.
 void nameReadFile(const std::string& name);
-
-/// "NAME: was cut while it was read".
-std::string cutFileMessage(const std::string& name);

@@ -21,16 +21,20 @@ FileDigest refused(const Refusal& refusal) {
     return {.refusal = refusal};
 }
 
-/// Digests the bytes; false when they are cut meanwhile.
-bool digestBytes(const MappedInput& input, Progress progress, std::uint8_t* digest) {
+/// Digests the bytes, unless there is a fault; one is that they are cut meanwhile.
+void digestBytes(MappedInput& input, Progress progress, std::uint8_t* digest) {
+    if (input.fault != FileFault::none) {
+        return;
+    }
     std::optional<MappingProgress> bar;
     if (progress == Progress::shown) {
         bar.emplace(input.bytes.size());
     }
-    return readUncut([&] {
-               coreEntry::ripemd160Digest(input.bytes.data(), input.bytes.size(), digest);
-           }) &&
-           input.isWhole();
+    if (!readUncut(
+            [&] { coreEntry::ripemd160Digest(input.bytes.data(), input.bytes.size(), digest); })) {
+        input.fault = FileFault::cut;
+    }
+    input.endWhole();
 }
 
 /// One task for each file.
@@ -107,14 +111,12 @@ FileDigest digestFile(const std::string& path, Progress progress) {
     }
     MappedInput input;
     mapInputFile(input, file.path.c_str());
+    FileDigest result;
+    digestBytes(input, progress, result.digest.data());
     if (auto refusal = inputFileRefusal(input)) {
         refusal->text.insert(0, name);
         return {.refusal = refusal,
                 .isMissing = input.fault == FileFault::open && input.openError == ENOENT};
-    }
-    FileDigest result;
-    if (!digestBytes(input, progress, result.digest.data())) {
-        return refused(refusalBy(Verdict::fileCut, cutFileMessage(inputName(path))));
     }
     if (const auto remark = inputFileRemark(input)) {
         result.remark = name + *remark;

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "tools/counted_text.h"
+#include "tools/files/cut_file.h"
 #include "tools/files/write_all.h"
 #include "tools/rules.h"
 
@@ -117,7 +118,7 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
         case FileFault::changed:
             return refusalBy(FileFault::changed, "has changed meanwhile");
         case FileFault::cut:
-            return refusalBy(FileFault::cut, "was cut while it was read");
+            return refusalBy(FileFault::cut, cutFileWords);
     }
     return std::nullopt;
 }
