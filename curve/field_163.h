@@ -15,6 +15,9 @@ inline constexpr std::uint64_t degree163 = 163;
 inline constexpr std::size_t words163 = 3;
 using Words163 = std::array<std::uint64_t, words163>;
 
+/// A product of two, unreduced: 325 bits.
+using Product163 = std::array<std::uint64_t, 2 * words163>;
+
 /// Bits of the top word of a reduced element.
 inline constexpr unsigned topBits163 = 35;
 
@@ -37,5 +40,10 @@ constexpr bool isPolynomial163(const FieldElement& polynomial) {
     return polynomial.degree == degree163 &&
            load163(polynomial) == Words163{lowTerms163, 0, std::uint64_t{1} << topBits163};
 }
+
+/// a * b for reduced operands: the comb with a window of four bits (Guide to Elliptic Curve
+/// Cryptography, algorithm 2.36), without a branch that depends on them. The bits of `a` choose
+/// among 16 entries of a table.
+Product163 multiply163(const Words163& a, const Words163& b);
 
 }  // namespace core

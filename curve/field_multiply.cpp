@@ -35,40 +35,50 @@ void multiplyBitwise(const FieldElement& a, const FieldElement& b, FieldElement&
 constexpr unsigned combWidth = 4;
 constexpr std::size_t combSize = 1 << combWidth;
 
-using Product163 = std::array<std::uint64_t, 2 * words163>;
+}  // namespace
 
-/// Reduced operands of degree 163: the comb with a window of four bits (algorithm 2.36), without a
-/// branch that depends on `a`.
 Product163 multiply163(const Words163& a, const Words163& b) {
-    // The multiples of b by all polynomials of degree below 4; they fit in three words.
-    std::array<Words163, combSize> multiples{};
-    multiples[1] = b;
+    // The multiples of b by all polynomials of degree below 4; they fit in three words, and are
+    // found faster in four.
+    using Multiple = std::array<std::uint64_t, words163 + 1>;
+    std::array<Multiple, combSize> multiples;
+    multiples[0] = {};
+    multiples[1] = {b[0], b[1], b[2]};
     for (std::size_t i = 2; i < combSize; i += 2) {
-        const Words163& half = multiples[i / 2];
+        const Multiple& half = multiples[i / 2];
         multiples[i] = {half[0] << 1, half[1] << 1 | half[0] >> 63, half[2] << 1 | half[1] >> 63};
         for (std::size_t word = 0; word < words163; ++word) {
             multiples[i + 1][word] = multiples[i][word] ^ b[word];
         }
     }
 
-    Product163 product{};
+    // Words by name stay in registers, which takes a third of the time of an array.
+    std::uint64_t p0 = 0;
+    std::uint64_t p1 = 0;
+    std::uint64_t p2 = 0;
+    std::uint64_t p3 = 0;
+    std::uint64_t p4 = 0;
+    std::uint64_t p5 = 0;
+    constexpr unsigned rest = 64 - combWidth;
     for (unsigned bit = 64; bit > 0;) {
         bit -= combWidth;
-        for (std::size_t i = 2 * words163; i-- > 1;) {
-            product[i] = product[i] << combWidth | product[i - 1] >> (64 - combWidth);
-        }
-        product[0] <<= combWidth;
-        for (std::size_t j = 0; j < words163; ++j) {
-            const Words163& multiple = multiples[a[j] >> bit & (combSize - 1)];
-            for (std::size_t i = 0; i < words163; ++i) {
-                product[i + j] ^= multiple[i];
-            }
-        }
+        p5 = p5 << combWidth | p4 >> rest;
+        p4 = p4 << combWidth | p3 >> rest;
+        p3 = p3 << combWidth | p2 >> rest;
+        p2 = p2 << combWidth | p1 >> rest;
+        p1 = p1 << combWidth | p0 >> rest;
+        p0 <<= combWidth;
+        const Multiple& low = multiples[a[0] >> bit & (combSize - 1)];
+        const Multiple& middle = multiples[a[1] >> bit & (combSize - 1)];
+        const Multiple& high = multiples[a[2] >> bit & (combSize - 1)];
+        p0 ^= low[0];
+        p1 ^= low[1] ^ middle[0];
+        p2 ^= low[2] ^ middle[1] ^ high[0];
+        p3 ^= middle[2] ^ high[1];
+        p4 ^= high[2];
     }
-    return product;
+    return {p0, p1, p2, p3, p4, p5};
 }
-
-}  // namespace
 
 int fieldMultiply(const FieldElement& a, const FieldElement& b, FieldElement& out) {
     verify(&out != &a && &out != &b && 2 * fieldWords(a.degree) <= fieldWordRoom);

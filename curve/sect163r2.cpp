@@ -1,49 +1,12 @@
 #include "curve/sect163r2.h"
 
-#include <cstddef>
-#include <string_view>
-
-#include "curve/field_163.h"
+#include "curve/sect163r2_values.h"
 
 namespace core {
 
 namespace {
 
-constexpr std::uint64_t capacity = 48;
-
-consteval std::uint64_t digitValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return static_cast<std::uint64_t>(digit - '0');
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return static_cast<std::uint64_t>(digit - 'A') + 10;
-    }
-    throw "no hexadecimal digit";
-}
-
-/// The element of degree 163 with these hexadecimal digits, most significant first.
-consteval FieldElement fieldConstant(std::string_view digits) {
-    FieldElement e{.degree = degree163, .capacity = capacity};
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        const std::size_t position = 4 * (digits.size() - 1 - i);
-        e.words[position / 64] |= digitValue(digits[i]) << position % 64;
-    }
-    return e;
-}
-
-// SEC 2 version 2.0, section 3.2: z^163 + z^7 + z^6 + z^3 + 1, a, b, G, n and h.
-constexpr FieldElement reductionPolynomial =
-    fieldConstant("800000000000000000000000000000000000000C9");
-constexpr FieldElement coefficientA = fieldConstant("1");
-constexpr FieldElement coefficientB = fieldConstant("20A601907B8C953CA1481EB10512F78744A3205FD");
-constexpr FieldElement basePointX = fieldConstant("3F0EBA16286A2D57EA0991168D4994637E8343E36");
-constexpr FieldElement basePointY = fieldConstant("D51FBC6C71A0094FA2CDD545B11C5C0C797324F1");
-constexpr FieldElement order = fieldConstant("40000000000000000000292FE77E70C12A4234C33");
-constexpr FieldElement cofactor = fieldConstant("2");
-
-static_assert(isPolynomial163(reductionPolynomial));
-static_assert(order.words[0] == 0x77E70C12A4234C33 && order.words[1] == 0x292FE &&
-              order.words[2] == 0x400000000);
+using namespace sect163r2Values;
 
 // A point refers to elements that may be written through it. These stand in read-only memory, and
 // no operation writes to the coordinates of an operand.
