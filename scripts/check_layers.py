@@ -55,7 +55,13 @@ class Layer:
 
 LAYERS = {
     "core": Layer(),
-    "curve": Layer(folders=frozenset({"core"})),
+    "curve": Layer(
+        folders=frozenset({"core"}),
+        only_in={
+            "fast/carryless_products.h": {"emmintrin.h", "wmmintrin.h"},
+            "fast/processor.cpp": {"sys/platform/x86.h"},
+        },
+    ),
     "random": Layer(
         headers=frozenset({"core/host.h", "core/entry.h", "pthread.h"}),
         only_in={"random_device.cpp": {"sys/stat.h", "sys/sysmacros.h"}},
