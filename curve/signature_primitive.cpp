@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include "core/hash.h"
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
 #include "core/montgomery.h"
+#include "curve/fast/fast_signature.h"
 #include "curve/field.h"
 #include "curve/point.h"
 #include "curve/random_scalar.h"
@@ -18,21 +20,20 @@ namespace {
 
 using Digest = std::array<std::uint8_t, ripemd160DigestSize>;
 
-/// The group order as an integer, with the MontgomeryContext set up on it for the scope's life.
-class OrderScope {
+/// The group order as an integer.
+IntegerTemporary orderOf(const CurveDomain& domain) {
+    IntegerTemporary order(integerAlloc(16 * domain.degree));
+    fieldToInteger(domain.order, *order);
+    return order;
+}
+
+/// The MontgomeryContext set up on a modulus for the scope's life.
+class MontgomeryScope {
 public:
-    explicit OrderScope(const CurveDomain& domain) : order_(integerAlloc(16 * domain.degree)) {
-        fieldToInteger(domain.order, *order_);
-        montgomerySetup(*order_);
-    }
-    ~OrderScope() { montgomeryTeardown(); }
-    OrderScope(const OrderScope&) = delete;
-    OrderScope& operator=(const OrderScope&) = delete;
-
-    const CoreInteger& operator*() const { return *order_; }
-
-private:
-    IntegerTemporary order_;
+    explicit MontgomeryScope(const CoreInteger& modulus) { montgomerySetup(modulus); }
+    ~MontgomeryScope() { montgomeryTeardown(); }
+    MontgomeryScope(const MontgomeryScope&) = delete;
+    MontgomeryScope& operator=(const MontgomeryScope&) = delete;
 };
 
 /// Reads the digest as a little-endian number. Its limbs are not trimmed.
@@ -54,13 +55,32 @@ void reduceX(const CurvePoint& R, const CoreInteger& order, CoreInteger& r) {
     integerModulo(r, order, nullptr);
 }
 
+/// Signs with one nonce after the other until `attempt` says that neither half is zero.
+template <typename Attempt>
+void signInAttempts(const CurveDomain& domain, const SignaturePair& pair, const Attempt& attempt) {
+    const FieldTemporary k(fieldNew(domain.degree));
+    for (int i = 0; i < signatureAttemptLimit; ++i) {
+        drawScalar(*k, domain.order);
+        if (attempt(*k)) {
+            return;
+        }
+    }
+    integerClear(pair.r);
+    integerClear(pair.s);
+}
+
 }  // namespace
 
 void curveSignDigest(const CurveDomain& domain, const CoreInteger& privateScalar,
                      const std::uint8_t* digest, const SignaturePair& pair) {
+    if (const std::optional<FastSigningKey> key = fastSigningKey(domain, privateScalar)) {
+        signInAttempts(domain, pair,
+                       [&](const FieldElement& k) { return signFast(*key, k, digest, pair); });
+        return;
+    }
     const std::uint64_t bits = 16 * domain.degree;
-    const OrderScope order(domain);
-    const FieldTemporary k(fieldNew(domain.degree));
+    const IntegerTemporary order = orderOf(domain);
+    const MontgomeryScope montgomery(*order);
     PointTemporary R(domain.degree);
     const IntegerTemporary r(integerAlloc(bits));
     const IntegerTemporary e(integerAlloc(bits));
@@ -70,29 +90,24 @@ void curveSignDigest(const CurveDomain& domain, const CoreInteger& privateScalar
     const IntegerTemporary sum(integerAlloc(bits));
     digestToInteger(domain, digest, *e);
 
-    for (int attempt = 0; attempt < signatureAttemptLimit; ++attempt) {
-        drawScalar(*k, domain.order);
-        pointMultiply(*k, domain.basePoint, {domain.coefficientA, domain.coefficientB}, *R,
+    signInAttempts(domain, pair, [&](const FieldElement& k) {
+        pointMultiply(k, domain.basePoint, {domain.coefficientA, domain.coefficientB}, *R,
                       domain.reductionPolynomial);
         reduceX(*R, *order, *r);
         if (integerIsZero(*r)) {
-            continue;
+            return false;
         }
         integerNormalise(*r);
         integerCopy(*r, pair.r);
 
-        fieldToInteger(*k, *nonce);
+        fieldToInteger(k, *nonce);
         integerModularInverse(*nonce, *order, *inverse);
         integerClear(*nonce);
         modularProduct(privateScalar, *r, *order, *product);
         integerAdd(*product, *e, *sum);
         modularProduct(*inverse, *sum, *order, pair.s);
-        if (!integerIsZero(pair.s)) {
-            return;
-        }
-    }
-    integerClear(pair.r);
-    integerClear(pair.s);
+        return !integerIsZero(pair.s);
+    });
 }
 
 PairFault zeroFault(const CoreInteger& r, const CoreInteger& s) {
@@ -109,31 +124,45 @@ PairFault rangeFault(const CoreInteger& r, const CoreInteger& s, const CoreInteg
     return integerCompare(s, order) != -1 ? PairFault::sRange : PairFault::none;
 }
 
+namespace {
+
+/// R := e / s * G + r / s * Q.
+void recompute(const CurveDomain& domain, const CurvePoint& publicPoint, const std::uint8_t* digest,
+               const SignaturePair& pair, const CoreInteger& order, CurvePoint& R) {
+    const std::uint64_t bits = 16 * domain.degree;
+    const MontgomeryScope montgomery(order);
+    const IntegerTemporary e(integerAlloc(bits));
+    const IntegerTemporary inverse(integerAlloc(bits));
+    const IntegerTemporary product(integerAlloc(bits));
+    const FieldTemporary u1(fieldNew(domain.degree));
+    const FieldTemporary u2(fieldNew(domain.degree));
+
+    digestToInteger(domain, digest, *e);
+    integerModularInverse(pair.s, order, *inverse);
+    modularProduct(*e, *inverse, order, *product);
+    fieldFromInteger(*product, *u1);
+    modularProduct(pair.r, *inverse, order, *product);
+    fieldFromInteger(*product, *u2);
+    pointMultiplyTwin(domain.basePoint, publicPoint, *u1, *u2, R,
+                      {domain.coefficientA, domain.coefficientB}, domain.reductionPolynomial);
+}
+
+}  // namespace
+
 std::uint8_t curveVerifyDigest(const CurveDomain& domain, const CurvePoint& publicPoint,
                                const std::uint8_t* digest, const SignaturePair& pair) {
     if (zeroFault(pair.r, pair.s) != PairFault::none) {
         return 0;
     }
     const std::uint64_t bits = 16 * domain.degree;
-    const OrderScope order(domain);
+    const IntegerTemporary order = orderOf(domain);
     if (rangeFault(pair.r, pair.s, *order) != PairFault::none) {
         return 0;
     }
-    const IntegerTemporary e(integerAlloc(bits));
-    const IntegerTemporary inverse(integerAlloc(bits));
-    const IntegerTemporary product(integerAlloc(bits));
-    const FieldTemporary u1(fieldNew(domain.degree));
-    const FieldTemporary u2(fieldNew(domain.degree));
     PointTemporary R(domain.degree);
-
-    digestToInteger(domain, digest, *e);
-    integerModularInverse(pair.s, *order, *inverse);
-    modularProduct(*e, *inverse, *order, *product);
-    fieldFromInteger(*product, *u1);
-    modularProduct(pair.r, *inverse, *order, *product);
-    fieldFromInteger(*product, *u2);
-    pointMultiplyTwin(domain.basePoint, publicPoint, *u1, *u2, *R,
-                      {domain.coefficientA, domain.coefficientB}, domain.reductionPolynomial);
+    if (!recomputeFast(domain, publicPoint, digest, pair, *R)) {
+        recompute(domain, publicPoint, digest, pair, *order, *R);
+    }
     if (pointIsInfinity(*R)) {
         return 0;
     }

@@ -8,6 +8,7 @@
 #include "tests/support/curve_keys.h"
 #include "tests/support/leak_check.h"
 #include "tests/support/random_operands.h"
+#include "tests/unit/curve/chosen_route.h"
 
 namespace {
 
@@ -110,6 +111,7 @@ TEST_F(VerifyRefuses, AnROfTheOrderOrAbove) {
 }
 
 TEST_F(VerifyRefuses, AnROrSOutOfRangeBeforeThePoints) {
+    const ChosenRoute defining(nullptr);
     const auto allocationsOf = [&](const BigNumber& r, const BigNumber& s) {
         const std::uint64_t before = testHostAllocations();
         EXPECT_EQ(accepts(r, s), r == r_ && s == s_);

@@ -1,0 +1,194 @@
+// Signatures and verdicts on both routes, with the same random bytes.
+
+#include "curve/fast/fast_signature.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+#include "core/host.h"
+#include "tests/support/curve_keys.h"
+#include "tests/support/leak_check.h"
+#include "tests/support/long_run.h"
+#include "tests/support/random_operands.h"
+#include "tests/unit/curve/chosen_route.h"
+#include "tests/unit/curve/fast_routes.h"
+
+namespace {
+
+constexpr std::size_t digestSize = 20;
+
+/// Random bytes for so many draws of a nonce that one is taken.
+Bytes manyDraws() {
+    return randomBytes(24 * 100);
+}
+
+void forgetRandomLeft() {
+    Bytes left(testHostRandomLeft());
+    core::hostRandomBytes(left.data(), static_cast<std::uint32_t>(left.size()));
+}
+
+class FastSignature : public LeakCheckedTest, public testing::WithParamInterface<NamedRoute> {
+protected:
+    /// The signature by the route of the parameter, or by the defining one.
+    SignatureNumbers fast(const KeyRecords& key, const Bytes& digest) const {
+        const ChosenRoute chosen(&GetParam().route);
+        return signDigestWith(key, digest);
+    }
+    static SignatureNumbers defining(const KeyRecords& key, const Bytes& digest) {
+        const ChosenRoute chosen(nullptr);
+        return signDigestWith(key, digest);
+    }
+
+    /// Both must be the same of the same random bytes, of which both take as many.
+    void expectSameSignature(const KeyRecords& key, const Bytes& digest,
+                             const Bytes& draws = manyDraws()) const {
+        testHostPlayRandom(draws);
+        const SignatureNumbers expected = defining(key, digest);
+        const std::size_t left = testHostRandomLeft();
+        forgetRandomLeft();
+        testHostPlayRandom(draws);
+        EXPECT_EQ(fast(key, digest), expected);
+        EXPECT_EQ(testHostRandomLeft(), left);
+        forgetRandomLeft();
+    }
+
+    bool verdictOf(const core::FastRoute* route, const KeyRecords& key, const Bytes& digest,
+                   const SignatureNumbers& signature) const {
+        const ChosenRoute chosen(route);
+        return verifiesDigestWith(key, digest, signature);
+    }
+
+    void expectVerdict(bool expected, const KeyRecords& key, const Bytes& digest,
+                       const SignatureNumbers& signature) const {
+        EXPECT_EQ(verdictOf(&GetParam().route, key, digest, signature), expected);
+        EXPECT_EQ(verdictOf(nullptr, key, digest, signature), expected);
+    }
+};
+
+TEST_P(FastSignature, IsThatOfTheDefinitionAndAcceptedByTheJudge) {
+    int differ = 0;
+    for (int i = 0; i < roundsOf(200, 10000); ++i) {
+        const ProjectKey key = randomProjectKey();
+        const KeyRecords records(key);
+        const Bytes digest = randomBytes(digestSize);
+        expectSameSignature(records, digest);
+        const SignatureNumbers signature = fast(records, digest);
+        differ += judgeAcceptsDigest(key, digest, signature) ? 0 : 1;
+        expectVerdict(true, records, digest, signature);
+        const SignatureNumbers changed = {.r = signature.s, .s = signature.r};
+        expectVerdict(judgeAcceptsDigest(key, digest, changed), records, digest, changed);
+    }
+    EXPECT_EQ(differ, 0);
+}
+
+TEST_P(FastSignature, IsThatOfTheDefinitionForEdgeScalarsAndDigests) {
+    const ProjectKey key = randomProjectKey();
+    const BigNumber n = curveOrder();
+    const AffinePoint base = {BigNumber::fromHexadecimal(key.baseX),
+                              BigNumber::fromHexadecimal(key.baseY)};
+    for (const BigNumber& scalar :
+         {BigNumber(0), BigNumber(1), BigNumber(2), BigNumber::powerOfTwo(64),
+          BigNumber::powerOfTwo(128) - 1, n - 2, n - 1, n, n + 1, BigNumber::powerOfTwo(163),
+          BigNumber::powerOfTwo(192) - 1, BigNumber::powerOfTwo(192), BigNumber::powerOfTwo(300)}) {
+        for (const Bytes& digest :
+             {Bytes(digestSize, 0), Bytes(digestSize, 0xFF), randomBytes(digestSize)}) {
+            expectSameSignature(KeyRecords(base, scalar), digest);
+        }
+    }
+}
+
+TEST_P(FastSignature, IsThatOfTheDefinitionForEdgeNonces) {
+    const KeyRecords key(randomProjectKey());
+    const BigNumber n = curveOrder();
+    std::vector<BigNumber> nonces = {1, 2, 3, 4, n - 3, n - 2, n - 1, n >> 1, (n >> 1) + 1};
+    for (std::uint64_t bit = 2; bit < 163; ++bit) {
+        nonces.push_back(BigNumber::powerOfTwo(bit));
+    }
+    for (const BigNumber& nonce : nonces) {
+        expectSameSignature(key, randomBytes(digestSize), nonceDraw(nonce));
+    }
+}
+
+TEST_P(FastSignature, PassesOverAZeroS) {
+    const Bytes digest = randomBytes(digestSize);
+    const BigNumber n = curveOrder();
+    const AffinePoint base = CurveJudge().randomPoint();
+    const BigNumber nonce = CurveJudge().randomScalar();
+    const BigNumber r = CurveJudge().multiply(nonce, base).x % n;
+    const KeyRecords key(base, (n - BigNumber::fromBytes(digest)) * r.inverseModulo(n) % n);
+    Bytes draws = nonceDraw(nonce);
+    const Bytes next = nonceDraw(nonce + 1);
+    draws.insert(draws.end(), next.begin(), next.end());
+    expectSameSignature(key, digest, draws);
+    testHostPlayRandom(draws);
+    fast(key, digest);
+    EXPECT_EQ(testHostRandomLeft(), 0U) << "the first nonce was taken";
+}
+
+TEST_P(FastSignature, HasTheVerdictOfTheDefinitionForRelatedKeys) {
+    // The walk meets points of one x, gives up, and the definition decides.
+    const BigNumber n = curveOrder();
+    const ProjectKey some = randomProjectKey();
+    for (const BigNumber& scalar : {BigNumber(1), BigNumber(2), BigNumber(3), n - 1, n - 2, n - 3,
+                                    (n + 1) >> 1, n - ((n + 1) >> 1)}) {
+        const ProjectKey key = keyWithScalar(scalar.toHexadecimal(), some.baseX, some.baseY);
+        const KeyRecords records(key);
+        for (int i = 0; i < 10; ++i) {
+            const Bytes digest = randomBytes(digestSize);
+            expectSameSignature(records, digest);
+            SignatureNumbers signature = fast(records, digest);
+            expectVerdict(true, records, digest, signature);
+            signature.s = polynomialSum(BigNumber::fromHexadecimal(signature.s), 1).toHexadecimal();
+            expectVerdict(false, records, digest, signature);
+        }
+    }
+}
+
+TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
+    const ProjectKey sound = randomProjectKey();
+    const KeyRecords records(sound);
+    const ChosenRoute chosen(&GetParam().route);
+    const auto offered = [](const core::CurveDomain& domain, const core::CoreInteger& scalar) {
+        return core::fastSigningKey(domain, scalar).has_value();
+    };
+    EXPECT_TRUE(offered(records.domain(), records.scalar()));
+    const BigNumber n = curveOrder();
+    const std::vector<std::pair<core::CoreInteger, bool>> scalars = {
+        {BigNumber(0).toInteger(5), true},
+        {(n - 1).toInteger(5), true},
+        {n.toInteger(5), false},
+        {BigNumber::powerOfTwo(192).toInteger(5), false},
+        {(-BigNumber(1)).toInteger(5), false},
+    };
+    for (const auto& [scalar, expected] : scalars) {
+        EXPECT_EQ(offered(records.domain(), scalar), expected) << BigNumber::fromInteger(scalar);
+    }
+
+    const AffinePoint base = {BigNumber::fromHexadecimal(sound.baseX),
+                              BigNumber::fromHexadecimal(sound.baseY)};
+    EXPECT_TRUE(offered(KeyRecords(base, 7).domain(), records.scalar()));
+    EXPECT_FALSE(offered(KeyRecords(base, 7, 0).domain(), records.scalar())) << "a = 0";
+    EXPECT_FALSE(offered(KeyRecords(*CurveJudge().pointWithX(0), 7).domain(), records.scalar()));
+    const core::CurveDomain domain = records.domain();
+    const core::FieldElement otherOrder = elementFrom(n - 2);
+    EXPECT_FALSE(offered({domain.degree, domain.reductionPolynomial, domain.coefficientA,
+                          domain.coefficientB, domain.basePoint, otherOrder, domain.cofactor},
+                         records.scalar()));
+    const core::FieldElement otherPolynomial = elementFrom(curvePolynomial() + 2);
+    EXPECT_FALSE(offered({domain.degree, otherPolynomial, domain.coefficientA, domain.coefficientB,
+                          domain.basePoint, domain.order, domain.cofactor},
+                         records.scalar()));
+}
+
+TEST(FastSignatureOfNoRoute, IsNotOffered) {
+    const ChosenRoute chosen(nullptr);
+    const KeyRecords records(randomProjectKey());
+    EXPECT_FALSE(core::fastSigningKey(records.domain(), records.scalar()).has_value());
+}
+
+INSTANTIATE_TEST_SUITE_P(By, FastSignature, testing::ValuesIn(fastRoutes()),
+                         routeName<testing::TestParamInfo<NamedRoute>>);
+
+}  // namespace
