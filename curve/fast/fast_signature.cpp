@@ -6,6 +6,7 @@
 #include "core/hash.h"
 #include "core/integer.h"
 #include "core/integer_magnitude.h"
+#include "curve/declassify.h"
 #include "curve/fast/fast_field.h"
 #include "curve/fast/order.h"
 #include "curve/field.h"
@@ -53,7 +54,9 @@ std::optional<FastSigningKey> fastSigningKey(const CurveDomain& domain,
         return std::nullopt;
     }
     const Words163 scalar = wordsOf(privateScalar);
-    if (belowOrder(scalar) == 0) {
+    const std::uint64_t isBelow = belowOrder(scalar);
+    declassify(&isBelow, sizeof isBelow);
+    if (isBelow == 0) {
         return std::nullopt;
     }
     return FastSigningKey{.route = *route, .baseX = load163(*domain.basePoint.x), .scalar = scalar};
@@ -66,6 +69,8 @@ bool signFast(const FastSigningKey& key, const FieldElement& k, const std::uint8
     const Words163 r = reduceOnce(key.route.multipleX(nonce, key.baseX));
     const Words163 product = orderProduct(toOrderForm(key.scalar), r);
     const Words163 s = orderProduct(orderInverse(nonce), orderSum(product, wordsOfDigest(digest)));
+    declassify(&r, sizeof r);
+    declassify(&s, sizeof s);
     if (isZero163(r) || isZero163(s)) {
         return false;
     }

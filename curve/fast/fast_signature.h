@@ -8,7 +8,9 @@
 
 namespace core {
 
-// The numbers of signature_primitive.h by the second route, where that is taken.
+// The numbers of signature_primitive.h by the second route, where that is taken. Between the draw
+// of a nonce and the finished pair, nothing but the products of the route has a branch or an
+// address that depends on the nonce or the scalar, and with carry-less multiplication nothing has.
 
 /// What the second route signs with.
 struct FastSigningKey {
