@@ -5,7 +5,8 @@
 #
 # Quick is the program with what sends it the most various requests: the corpora of the fuzz targets
 # and random requests. After dev, the tests of the built programs run once more on the release
-# programs, as installed.
+# programs, as installed, and those of the CGI program on one that computes with points by the defining
+# arithmetic alone.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null
@@ -38,4 +39,8 @@ if [[ $preset == dev ]]; then
     cmake --build --preset release
     python3 bench/instruction_counts.py build/release
     SIGN_PROGRAM_FOLDER=$PWD/build/release ctest --preset dev --parallel "$at_a_time" -R '^Pro(gram|jectctl)'
+
+    cmake --preset release -B build/defining -DSIGN_DEFINING_ROUTE_ONLY=ON
+    cmake --build build/defining --target sign_cgi projectctl
+    SIGN_PROGRAM_FOLDER=$PWD/build/defining ctest --preset dev --parallel "$at_a_time" -R '^Program'
 fi
