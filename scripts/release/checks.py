@@ -84,6 +84,12 @@ CHECKS = (
            Found(r"^(\d+ processes, as many nonces)$")),
           "{} nonces of one process: {} tests of uniformity and of the streams of 1000 seeds pass; "
           "{}", FULL),
+    Check("routes",
+          build("dev", "unit_curve") + SEED + "{full}build/dev/tests/unit_curve --gtest_filter="
+          "'By/Fast*:SecretSigning.*:SigningTime.*'",
+          (Found(PASSED),),
+          "{} tests of the second route to multiples of points, against the defining one and "
+          "libcrypto, and of what signing shows of a nonce pass", FULL),
     mutation("program", DEFAULT_FOLDERS, (600, 16), (500, 8)),
     mutation("tools", ("tools",), (300, 8), (200, 4)),
     *(fuzz(target) for target in FUZZ_TARGETS),
