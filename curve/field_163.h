@@ -16,7 +16,8 @@ inline constexpr std::size_t words163 = 3;
 using Words163 = std::array<std::uint64_t, words163>;
 
 /// A product of two, unreduced: 325 bits.
-using Product163 = std::array<std::uint64_t, 2 * words163>;
+inline constexpr std::size_t productWords163 = 2 * words163;
+using Product163 = std::array<std::uint64_t, productWords163>;
 
 /// Bits of the top word of a reduced element.
 inline constexpr unsigned topBits163 = 35;

@@ -19,7 +19,7 @@ constexpr bool isZero163(const Words163& a) {
 constexpr Words163 reduce163(Product163 c) {
     // 192 = 163 + 29, so z^192 = z^29 * (z^7 + z^6 + z^3 + 1): what is shifted out of one word
     // belongs to the next.
-    for (std::size_t i = 2 * words163 - 1; i >= words163; --i) {
+    for (std::size_t i = productWords163 - 1; i >= words163; --i) {
         const std::uint64_t t = c[i];
         c[i - 3] ^= t << 36 ^ t << 35 ^ t << 32 ^ t << 29;
         c[i - 2] ^= t >> 28 ^ t >> 29 ^ t >> 32 ^ t >> 35;

@@ -19,7 +19,7 @@ namespace {
 /// Whether all that points are computed with is that of sect163r2. Of the curve's coefficients, the
 /// group law has a alone.
 bool isSect163r2(const CurveDomain& domain) {
-    return isPolynomial163(domain.reductionPolynomial) &&
+    return domain.degree == degree163 && isPolynomial163(domain.reductionPolynomial) &&
            fieldCompare(domain.order, sect163r2Values::order) == 0 &&
            fieldCompare(domain.coefficientA, sect163r2Values::coefficientA) == 0;
 }

@@ -2,11 +2,11 @@
 // nothing to a clock.
 
 #include <gtest/gtest.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <ctime>
 #include <string>
 #include <vector>
 
