@@ -79,7 +79,11 @@ std::string listLine(const ListedSignature& listed) {
 }
 
 std::string reportedName(const std::string& file) {
-    return file.find('\n') == std::string::npos ? file : "\\" + escapedName(file);
+    if (file.find('\n') == std::string::npos) {
+        return file;
+    }
+    std::string name = "\\";
+    return name.append(escapedName(file));
 }
 
 SignatureList readSignatureList(std::string_view content) {
