@@ -259,6 +259,15 @@ def number_seeds():
     yield "field_division", "by-one", b"\0" + ones + b"\1"
     yield "field_division", "by-zero", b"\0" + ones
 
+    def scalars(*values):
+        return b"".join((value % ORDER).to_bytes(24, "little") for value in values)
+
+    for u1 in (0, 1, 2, -1, -2, 2**162, ORDER // 2):
+        for u2 in (0, 1, -1, 2**64 - 1):
+            yield "second_route", f"scalars-{u1 % 97}-{u2 % 97}", scalars(u1, u2) + b"\7"
+    for factor in (1, 2, 3, -1, -2, -3, 2**81):
+        yield "second_route", f"factor-{factor % 97}", scalars(2**100 + 1, 3**90, factor)[:69]
+
 
 def main(arguments):
     if len(arguments) != 1:

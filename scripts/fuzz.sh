@@ -20,8 +20,8 @@ exec </dev/null
 declare -A longest=(
     [core_text]=140 [field_division]=120 [form_body]=600 [integer_division]=140
     [integer_inverse]=70 [integer_modulo]=140 [json_body]=600 [key_attributes]=420
-    [percent_decoding]=300 [project_file]=512 [request_base64]=200 [signature_text]=200
-    [unsound_key]=140 [whole_request]=800
+    [percent_decoding]=300 [project_file]=512 [request_base64]=200 [second_route]=69
+    [signature_text]=200 [unsound_key]=140 [whole_request]=800
 )
 declare -A dictionary=(
     [form_body]=request [json_body]=request [percent_decoding]=request [whole_request]=request

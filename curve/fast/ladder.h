@@ -46,6 +46,13 @@ inline void exchangeIf(std::uint64_t bit, Words163& a, Words163& b) {
 /// X = x * Z, and the sum is P or -P. If the sum is infinity, T = U, neither is 0, and Z is 0 while
 /// X is not. The double has X = X1^4 + b * Z1^4 and Z = X1^2 * Z1^2: infinity for infinity, and for
 /// nothing else, since X1 is not 0.
+///
+/// For k from 1 to n - 1, `pointMultiply` gives the same. Behind each doubling to 2m * P, for the m
+/// of the digits so far, it may add P or -P, and `pointAdd` is the group law wherever the two have
+/// different x. They have one x only if 2m is n - 1 or n + 1: the digits that follow change 2^j * m
+/// by less than 2^j, so that no 2m is above n + 1. Were the digit d that is added not the last, k
+/// would be at least 2 * (2m + d) - 1, above n. So k = 2m + d with d = +-1, and below n only for
+/// 2m = n - 1 and d = -1: -P is added to -P, in the same words, and `pointAdd` doubles it, rightly.
 template <class Products>
 Words163 ladderMultipleX(const Words163& k, const Words163& x) {
     using Field = FastField<Products>;

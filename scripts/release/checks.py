@@ -10,7 +10,7 @@ from release.check import Check, Found
 FUZZ_TARGETS = (
     *("core_text", "field_division", "form_body", "integer_division", "integer_inverse"),
     *("integer_modulo", "json_body", "key_attributes", "percent_decoding", "project_file"),
-    *("request_base64", "signature_text", "unsound_key", "whole_request"),
+    *("request_base64", "second_route", "signature_text", "unsound_key", "whole_request"),
 )
 SEED = "SIGN_TEST_SEED={seed} "
 FULL = {"full": ("SIGN_LONG_RUN=1 ", "")}

@@ -15,7 +15,7 @@
 #include "tests/support/leak_check.h"
 #include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/fast_routes.h"
+#include "tests/support/fast_routes.h"
 
 namespace {
 

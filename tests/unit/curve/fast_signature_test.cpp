@@ -13,7 +13,7 @@
 #include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/curve/chosen_route.h"
-#include "tests/unit/curve/fast_routes.h"
+#include "tests/support/fast_routes.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "tests/support/curve_keys.h"
 #include "tests/support/random_operands.h"
-#include "tests/unit/curve/fast_routes.h"
+#include "tests/support/fast_routes.h"
 
 namespace {
 
