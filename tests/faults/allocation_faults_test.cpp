@@ -111,7 +111,7 @@ protected:
 
 TEST_F(AllocationFaults, LeaveEachRequestWithAProperEnding) {
     const std::vector<AllocationFault> faults = faultsOfAll();
-    EXPECT_GT(faults.size(), 2000U);
+    EXPECT_GT(faults.size(), 1000U);
     const std::vector<std::size_t> share = shareOf(faults.size(), 600);
     for (const std::size_t i : share) {
         ASSERT_NO_FATAL_FAILURE(expectProperEnding(faults[i]));
