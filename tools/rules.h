@@ -20,7 +20,7 @@ enum class Verdict : std::uint8_t {
     noData,       ///< there is nothing to sign
     noSignature,  ///< no attempt gives a signature
     unsoundKey,
-    mismatch,  ///< the signature is of other data or of another key
+    mismatch,              ///< the signature is of other data or of another key
     paddedR,               ///< r has more zeros in front than verifying accepts
     notDer,                ///< bytes that are no DER
     notHexadecimal,        ///< text that is no hexadecimal form

@@ -7,8 +7,8 @@
 
 #include "curve/fast/carryless_products.h"
 #include "curve/fast/plain_products.h"
-#include "tests/support/random_operands.h"
 #include "tests/support/fast_routes.h"
+#include "tests/support/random_operands.h"
 
 namespace {
 

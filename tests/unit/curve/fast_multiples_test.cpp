@@ -12,10 +12,10 @@
 #include "curve/point.h"
 #include "curve/sect163r2.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/fast_routes.h"
 #include "tests/support/leak_check.h"
 #include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
-#include "tests/support/fast_routes.h"
 
 namespace {
 

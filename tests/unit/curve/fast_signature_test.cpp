@@ -9,11 +9,11 @@
 
 #include "core/host.h"
 #include "tests/support/curve_keys.h"
+#include "tests/support/fast_routes.h"
 #include "tests/support/leak_check.h"
 #include "tests/support/long_run.h"
 #include "tests/support/random_operands.h"
 #include "tests/unit/curve/chosen_route.h"
-#include "tests/support/fast_routes.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "tests/support/curve_keys.h"
-#include "tests/support/random_operands.h"
 #include "tests/support/fast_routes.h"
+#include "tests/support/random_operands.h"
 
 namespace {
 

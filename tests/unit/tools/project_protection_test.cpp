@@ -77,10 +77,11 @@ TEST_F(CheckProtection, FindsAScalarThatOthersCanReach) {
                                                      {{alice, 0610}, "0610"},
                                                      {{alice, 0604}, "0604"},
                                                      {{alice, 04604}, "4604"}}) {
-        EXPECT_EQ(foundWith(file, alice),
-                  Strings{"project.permissions: holds a private scalar and is open to others than its "
-                          "owner: mode " +
-                          mode + "; chmod it to 600, or to 640 if root owns it"});
+        EXPECT_EQ(
+            foundWith(file, alice),
+            Strings{"project.permissions: holds a private scalar and is open to others than its "
+                    "owner: mode " +
+                    mode + "; chmod it to 600, or to 640 if root owns it"});
     }
 }
 
@@ -91,9 +92,10 @@ TEST_F(CheckProtection, LetsEverybodyReadAProjectWithoutAScalarAndNobodyChangeIt
         }
         for (const auto& [mode, text] :
              {std::pair<mode_t, std::string>{0664, "0664"}, {0646, "0646"}, {0666, "0666"}}) {
-            EXPECT_EQ(foundWith({owner, mode}, alice, false),
-                      Strings{"project.permissions: can be changed by others than its owner: mode " + text +
-                              "; chmod it to 644"});
+            EXPECT_EQ(
+                foundWith({owner, mode}, alice, false),
+                Strings{"project.permissions: can be changed by others than its owner: mode " +
+                        text + "; chmod it to 644"});
         }
     }
 }
@@ -101,9 +103,11 @@ TEST_F(CheckProtection, LetsEverybodyReadAProjectWithoutAScalarAndNobodyChangeIt
 TEST_F(CheckProtection, FindsAnotherOwner) {
     for (const bool holdsScalar : {false, true}) {
         for (const uid_t user : {uid_t{0}, alice}) {
-            EXPECT_EQ(foundWith({bob, 0600}, user, holdsScalar),
-                      Strings{"project.owner: belongs to user 1001, who can put another key into it; chown "
-                              "it to root"});
+            EXPECT_EQ(
+                foundWith({bob, 0600}, user, holdsScalar),
+                Strings{
+                    "project.owner: belongs to user 1001, who can put another key into it; chown "
+                    "it to root"});
         }
     }
     // The owner's own folder adds nothing.
@@ -117,8 +121,8 @@ TEST_F(CheckProtection, FindsEachFolderAboveThatAnotherOwns) {
         status.files[above] = Access{bob, 0755};
         for (const bool holdsScalar : {false, true}) {
             EXPECT_EQ(found(alice, holdsScalar),
-                      Strings{"project.folder: can be replaced by user 1001, who owns the folder " + above +
-                              "; chown that to root"});
+                      Strings{"project.folder: can be replaced by user 1001, who owns the folder " +
+                              above + "; chown that to root"});
         }
         EXPECT_EQ(found(bob), Strings{});
         status.files[above] = Access{0, 0755};
@@ -131,9 +135,10 @@ TEST_F(CheckProtection, FindsEachFolderAboveThatOthersMayWriteTo) {
         for (const auto& [mode, text] :
              {std::pair<mode_t, std::string>{0777, "0777"}, {0775, "0775"}, {02757, "2757"}}) {
             status.files[above] = Access{0, mode};
-            EXPECT_EQ(found(alice),
-                      Strings{"project.folder: can be replaced by others, who may write to the folder " +
-                              above + ": mode " + text + "; chmod that to 755"});
+            EXPECT_EQ(
+                found(alice),
+                Strings{"project.folder: can be replaced by others, who may write to the folder " +
+                        above + ": mode " + text + "; chmod that to 755"});
         }
         // Where each removes what is their own alone.
         status.files[above] = Access{0, 01777};
@@ -151,9 +156,10 @@ TEST_F(CheckProtection, FollowsLinksAndLooksAtTheFoldersOfBothEnds) {
          {std::pair(folder.path(), other.path()), {other.path(), folder.path()}}) {
         status.files[unsafe] = Access{0, 0777};
         status.files[safe] = Access{0, 0755};
-        EXPECT_EQ(foundAt(link, 0),
-                  Strings{"project.folder: can be replaced by others, who may write to the folder " +
-                          unsafe + ": mode 0777; chmod that to 755"});
+        EXPECT_EQ(
+            foundAt(link, 0),
+            Strings{"project.folder: can be replaced by others, who may write to the folder " +
+                    unsafe + ": mode 0777; chmod that to 755"});
     }
 }
 
