@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the programs and shows them at work, each request with its response:
 #
-#   scripts/demo.sh                  exits 0 only if every answer was as it must be
+#   scripts/demo.sh                  exits 0 only if every answer was as it must be; those of nph-sign.cgi are
+#                                    shown only when they are not
 #   scripts/demo.sh --serve [PORT]   goes on to serve sign.cgi on 127.0.0.1 (port 8080) until Ctrl-C
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -20,6 +21,14 @@ if [[ $# -gt 0 ]]; then
     serve=yes
     port=${2:-$port}
     [[ $port =~ ^[1-9][0-9]{0,4}$ && $port -le 65535 ]] || usage
+fi
+
+port_is_taken() {
+    (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null
+}
+if [[ -n $serve ]] && port_is_taken; then
+    echo "demo: port $port of 127.0.0.1 is in use; choose another: scripts/demo.sh --serve PORT" >&2
+    exit 1
 fi
 
 programs=$PWD/build/release
@@ -49,7 +58,7 @@ complain() {
     right=
 }
 
-# Starts program $1 as a web server does, with a body of type $2 and text $3, and shows what came.
+# Starts program $1 as a web server does, with a body of type $2 and text $3, and writes what came.
 # The answer must be, byte for byte, what $4 (status), $5 (content type) and $6 (an extended regular
 # expression for the body) say; the body is left in $body, the signature in it in $signature.
 exchange() {
@@ -107,7 +116,7 @@ form_escaped() {
     printf %s "${text//=/%3D}"
 }
 
-show_forms() {
+use_forms() {
     local program=$1 sig
     heading "$program: sign a text, as a form"
     exchange "$program" $form 'project=demo.project&sig_create=true&sig_data=hello+world' \
@@ -133,7 +142,7 @@ show_forms() {
         '200 OK' text/plain true
 }
 
-show_json() {
+use_json() {
     local program=$1 project=demo.project
     heading "$program: sign a text, as JSON"
     exchange "$program" $json "$(json_request generateSignature $project data 'hello world')" \
@@ -158,7 +167,7 @@ show_json() {
         '200 OK' $json '\{"valid":true\}'
 }
 
-show_refusal() {
+be_refused() {
     heading "$1: a refusal: both a text and a file"
     exchange "$1" $form 'project=demo.project&sig_create=true&sig_data=hello&sig_file=letter.txt' \
         '400 Bad Request' text/plain "Either 'data' or 'file' parameter is required"
@@ -226,28 +235,41 @@ EOF
     exit 1
 }
 
-# cmake and ninja say much; it matters only when they fail.
-quietly() {
-    if ! "$@" >"$work/build.log" 2>&1; then
+# One of several demonstrations at a time.
+build() {
+    local lock
+    mkdir -p build
+    exec {lock}>build/demo.lock
+    flock "$lock"
+    echo "Building build/release"
+    if ! cmake --preset release >"$work/build.log" 2>&1; then
         cat "$work/build.log" >&2
-        echo "demo: this failed: $*" >&2
+        echo "demo: cmake could not configure build/release" >&2
         exit 1
     fi
+    if ! cmake --build --preset release 2>&1 | awk -f scripts/tenths.awk; then
+        echo "demo: build/release could not be built" >&2
+        exit 1
+    fi
+    exec {lock}>&-
 }
 
 scripts/install-packages.sh build ${serve:+serve}
-echo "Building build/release"
-quietly cmake --preset release
-quietly cmake --build --preset release
+build
 
 "$programs/projectctl" create "$work/demo.project"
 printf 'Dear reader,\n\nthis file is signed.\n' >"$work/letter.txt"
 
-for program in sign.cgi nph-sign.cgi; do
-    show_forms $program
-    show_json $program
-    show_refusal $program
-done
+use() {
+    use_forms "$1"
+    use_json "$1"
+    be_refused "$1"
+}
+use sign.cgi
+shown=$exchanges
+use nph-sign.cgi >"$work/nph"
+heading "nph-sign.cgi: the same $((exchanges - shown)) requests; its answers begin with 'HTTP/1.0', not with 'Status:'"
+[[ $wrong -eq 0 ]] || cat "$work/nph"
 
 if [[ $wrong -gt 0 ]]; then
     heading "demo: $wrong of $exchanges answers are WRONG"

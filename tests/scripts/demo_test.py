@@ -64,6 +64,9 @@ class Demo(unittest.TestCase):
         print(output)
         self.assertIn("demo: all 22 answers are as they must be\n", output)
         self.assertNotIn("WRONG", output)
+        requests = re.findall(r"^  CONTENT_TYPE=\S+ CONTENT_LENGTH=\d+ (.*)$", output, re.MULTILINE)
+        self.assertEqual(requests, ["sign.cgi"] * 11)
+        self.assertLess(output.count("\n"), 200)
 
         answers = [subprocess.run(["bash", "-c", command], capture_output=True, text=True,
                                   check=True, timeout=SECONDS_FOR_A_COMMAND).stdout
@@ -80,14 +83,24 @@ class Demo(unittest.TestCase):
         with socket.socket() as probe:
             self.assertNotEqual(probe.connect_ex(("127.0.0.1", port)), 0)
 
-    def test_tells_that_the_port_is_in_use(self):
+    def test_tells_that_the_port_is_in_use_before_anything_else(self):
         with socket.socket() as other:
             other.bind(("127.0.0.1", 0))
             other.listen()
-            demo = start_demo("--serve", str(other.getsockname()[1]))
-            output, _ = demo.communicate()
+            port = other.getsockname()[1]
+            demo = start_demo("--serve", str(port))
+            output, _ = demo.communicate(timeout=SECONDS_FOR_A_COMMAND)
         self.assertEqual(demo.returncode, 1)
-        self.assertIn("is the port in use?", output)
+        self.assertEqual(output, f"demo: port {port} of 127.0.0.1 is in use; choose another: "
+                                 "scripts/demo.sh --serve PORT\n")
+
+    def test_runs_twice_at_once(self):
+        demos = [start_demo("--serve", str(free_port())), start_demo()]
+        for demo in demos:
+            self.addCleanup(stop, demo)
+        self.assertIn("until Ctrl-C", read_until(demos[0], "until Ctrl-C"))
+        output, _ = demos[1].communicate()
+        self.assertEqual(demos[1].returncode, 0, output)
 
     def test_refuses_other_arguments(self):
         for arguments in (["--server"], ["--serve", "0"], ["--serve", "65536"],
