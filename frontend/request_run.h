@@ -4,7 +4,7 @@
 
 #include "engine/signature_engine.h"
 #include "frontend/base64_decoder.h"
-#include "frontend/json_members.h"
+#include "frontend/json_notes.h"
 #include "frontend/request_record.h"
 #include "frontend/request_rules.h"
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "frontend/json_input.h"
+#include "frontend/json_members.h"
 #include "tools/counted_text.h"
 #include "tools/request/fault_reasons.h"
 #include "tools/request/json_types.h"
