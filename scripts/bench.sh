@@ -18,7 +18,7 @@ case ${1:-} in
         ;;
 esac
 echo "Load of the machine when the bench begins: $(cat /proc/loadavg)"
-scripts/install-packages.sh build test bench
+scripts/install-packages.sh build test suite bench
 cmake --preset release -B build/bench -DSIGN_BENCH=ON -DSIGN_TESTS=ON
 cmake --build build/bench --target sign_cgi projectctl limited counted_request arithmetic_bench hash_bench \
     empty_process answering_stand_in

@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null
 
-scripts/install-packages.sh build test coverage
+scripts/install-packages.sh build test suite coverage
 mapfile -t tests < <(/usr/bin/python3 -B scripts/coverage_report.py --tests)
 cmake --preset coverage
 cmake --build --preset coverage --target sign_cgi projectctl "${tests[@]}"

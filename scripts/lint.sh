@@ -20,7 +20,7 @@ if [[ $# -gt 0 ]]; then
     done
 fi
 
-scripts/install-packages.sh build test bench clang lint
+scripts/install-packages.sh build test suite bench clang lint
 
 echo "commits"
 /usr/bin/python3 -B scripts/check_commits.py

@@ -12,7 +12,7 @@ from release.check import LONG, SHORT, chosen
 from release.checks import CHECKS
 
 ROOT = Path(__file__).resolve().parents[1]
-PURPOSES = ("build", "test", "clang", "coverage", "lint", "bench")
+PURPOSES = ("build", "test", "suite", "clang", "coverage", "lint", "bench")
 
 
 def arguments():

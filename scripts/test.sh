@@ -1,46 +1,97 @@
 #!/usr/bin/env bash
-# Builds the programs and the tests, warnings being errors, and runs every test:
+# Installs what is missing, builds the programs and the tests, warnings being errors, and runs tests:
 #
-#   scripts/test.sh [PRESET [quick]]   dev unless told otherwise, or asan, which clang builds
-#
-# Quick is the program with what sends it the most various requests: the corpora of the fuzz targets
-# and random requests. After dev, the tests of the built programs run once more on the release
-# programs, as installed, and those of the CGI program on one that computes with points by the defining
-# arithmetic alone.
+#   scripts/test.sh                the quick ones: what takes a compiler, GoogleTest, openssl and Python
+#   scripts/test.sh all            every test, behind servers, in a browser and under valgrind too; those of
+#                                  the built programs once more on the release programs, as installed, and
+#                                  on the CGI program with the defining arithmetic alone
+#   scripts/test.sh asan [quick]   those that can run under sanitizers, built by clang; quick is the
+#                                  corpora of the fuzz targets and random requests
 set -euo pipefail
 cd "$(dirname "$0")/.."
 exec </dev/null
+SECONDS=0
 
-preset=${1:-dev}
-case $preset in
-    dev) purposes=(build test) ;;
-    asan) purposes=(build test clang) ;;
-    *)
-        echo "usage: scripts/test.sh [dev|asan [quick]]" >&2
-        exit 2
-        ;;
-esac
+usage() {
+    echo "usage: scripts/test.sh [all | asan [quick]]" >&2
+    exit 2
+}
+
+what=${1:-quick}
+preset=dev
 targets=(all)
 which_tests=()
-if [[ ${2:-} == quick ]]; then
-    targets=(sign_cgi projectctl fuzz_targets)
-    which_tests=(-R '^(Fuzz|ProgramAgainstReference)')
-fi
+options=()
+case $what:${2:-} in
+    quick:) purposes=(build test) options=(-DSIGN_QUICK_TESTS=ON) ;;
+    all:) purposes=(build test suite) targets+=(sign_headers_alone) ;;
+    asan:) purposes=(build test suite clang) preset=asan ;;
+    asan:quick)
+        purposes=(build test clang) preset=asan
+        targets=(sign_cgi projectctl fuzz_targets)
+        which_tests=(-R '^(Fuzz|ProgramAgainstReference)')
+        ;;
+    *) usage ;;
+esac
+[[ $# -le 2 ]] || usage
 
-scripts/install-packages.sh "${purposes[@]}"
+output=$(mktemp)
+step=
+trap 'rm -f "$output"; [[ -z $step ]] || echo "test: FAILED after $SECONDS s: $step" >&2' EXIT
+trap 'exit 130' INT TERM
+
+# Prints the output of a command that fails.
+quietly() {
+    "$@" >"$output" 2>&1 || {
+        cat "$output"
+        return 1
+    }
+}
+
+configure_and_build() {
+    local preset=$1
+    shift
+    step="configuring build/$preset"
+    quietly cmake --preset "$preset" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON "${options[@]}"
+    if [[ $what == all && -s build/dev/left-out.txt ]]; then
+        step="not all tests can run: $(head -n 1 build/dev/left-out.txt)"
+        exit 1
+    fi
+    step="building build/$preset"
+    echo "Building build/$preset"
+    cmake --build --preset "$preset" --target "$@" 2>&1 | awk -f scripts/tenths.awk
+}
+
 # Some tests wait more than they work.
-at_a_time=$(($(nproc) + 2))
-cmake --preset "$preset" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
-cmake --build --preset "$preset" --target "${targets[@]}"
-ctest --preset "$preset" --parallel "$at_a_time" "${which_tests[@]}"
+run_tests() {
+    step="running the tests of build/$preset $*"
+    echo "Running the tests${1:+ $*}"
+    ctest --preset "$preset" --parallel $(($(nproc) + 2)) "$@" 2>&1 | tee "$output" | awk -f scripts/tenths.awk
+    tests=$((tests + $(sed -n 's/.* tests failed out of \([0-9]*\)$/\1/p' "$output")))
+}
 
-if [[ $preset == dev ]]; then
-    cmake --preset release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
-    cmake --build --preset release
+step="installing packages"
+scripts/install-packages.sh "${purposes[@]}"
+tests=0
+configure_and_build "$preset" "${targets[@]}"
+run_tests "${which_tests[@]}"
+
+if [[ $what == all ]]; then
+    configure_and_build release all
+    step="counting instructions"
     python3 bench/instruction_counts.py build/release
-    SIGN_PROGRAM_FOLDER=$PWD/build/release ctest --preset dev --parallel "$at_a_time" -R '^Pro(gram|jectctl)'
+    SIGN_PROGRAM_FOLDER=$PWD/build/release run_tests -R '^Pro(gram|jectctl)'
 
-    cmake --preset release -B build/defining -DSIGN_DEFINING_ROUTE_ONLY=ON
-    cmake --build build/defining --target sign_cgi projectctl
-    SIGN_PROGRAM_FOLDER=$PWD/build/defining ctest --preset dev --parallel "$at_a_time" -R '^Program'
+    step="building build/defining"
+    quietly cmake --preset release -B build/defining -DSIGN_DEFINING_ROUTE_ONLY=ON
+    quietly cmake --build build/defining --target sign_cgi projectctl
+    SIGN_PROGRAM_FOLDER=$PWD/build/defining run_tests -R '^Program'
 fi
+
+step=
+left_out=$(wc -l <"build/$preset/left-out.txt")
+sed 's/^/Left out: /' "build/$preset/left-out.txt"
+if [[ $left_out -gt 0 ]]; then
+    more="; $left_out lines of tests left out, as listed: scripts/test.sh all"
+fi
+echo "test: all $tests tests passed in $((SECONDS / 60)) min $((SECONDS % 60)) s${more:-}"

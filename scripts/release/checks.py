@@ -46,7 +46,7 @@ def fuzz(target):
 
 
 CHECKS = (
-    Check("suite", SEED + "scripts/test.sh",
+    Check("suite", SEED + "scripts/test.sh all",
           (Found(ALL_PASS.pattern, lines=2, joined=" and "),), "{} tests, all pass"),
     Check("sanitizers", SEED + "scripts/test.sh asan{quick}", (ALL_PASS,),
           "{} tests under AddressSanitizer, LeakSanitizer, UndefinedBehaviorSanitizer and "

@@ -31,11 +31,11 @@ def make_package(folder, **options):
                           **options).strip())
 
 
-def make_system(root, packages, folder):
+def make_system(root, packages, folder, *options):
     """Begins to make a Debian with these packages at `root`; a process to wait for. `folder` is
-    for what is needed meanwhile."""
+    for what is needed meanwhile; options go to mmdebstrap."""
     return subprocess.Popen([*APART, "mmdebstrap", "--quiet", "--variant=apt",
-                             f"--include={','.join(packages)}", "bookworm", root],
+                             f"--include={','.join(packages)}", *options, "bookworm", root],
                             env=os.environ | {"TMPDIR": str(folder)})
 
 

@@ -14,7 +14,7 @@ std::string trimmed(const std::string& text) {
 }  // namespace
 
 std::string vectorPath(const std::string& name) {
-    return std::string(SIGN_VECTOR_FOLDER) + "/" + name;
+    return std::string(SIGN_VECTOR_FOLDER "/") + name;
 }
 
 std::vector<VectorCase> readVectorFile(const std::string& name) {
