@@ -31,8 +31,8 @@ constexpr Words163 reduce163(Product163 c) {
 }
 
 /// GF(2^163) in three words by value, all reduced. `Products` gives the unreduced products:
-/// `multiply(a, b)` and `square(a)`. Nothing here has a branch or an address that depends on an
-/// operand.
+/// `multiply(a, b)` and `square(a)`. Beside what these do, nothing has a branch or an address
+/// that depends on an operand.
 template <class Products>
 struct FastField {
     static Words163 product(const Words163& a, const Words163& b) {

@@ -50,13 +50,17 @@ std::optional<FastSigningKey> fastSigningKey(const CurveDomain& domain,
                                              const CoreInteger& privateScalar) {
     const FastRoute* route = fastRoute();
     if (route == nullptr || !isSect163r2(domain) || !route->isSound(domain.basePoint) ||
-        integerIsNegative(privateScalar) || integerLimbCount(privateScalar) > words163) {
+        integerIsNegative(privateScalar)) {
         return std::nullopt;
     }
     const Words163 scalar = wordsOf(privateScalar);
-    const std::uint64_t isBelow = belowOrder(scalar);
-    declassify(&isBelow, sizeof isBelow);
-    if (isBelow == 0) {
+    // Of a scalar that states more bits than it has, the limbs on top are zero.
+    std::uint64_t excess = ~belowOrder(scalar);
+    for (std::size_t i = words163; i < integerLimbCount(privateScalar); ++i) {
+        excess |= privateScalar.limbs[i];
+    }
+    declassify(&excess, sizeof excess);
+    if (excess != 0) {
         return std::nullopt;
     }
     return FastSigningKey{.route = *route, .baseX = load163(*domain.basePoint.x), .scalar = scalar};
@@ -93,6 +97,7 @@ bool recomputeFast(const CurveDomain& domain, const CurvePoint& publicPoint,
     if (!route->twinMultipleX(load163(domain.basePoint), load163(publicPoint), u1, u2, x)) {
         return false;
     }
+    R.flags &= ~pointInfinity;
     std::copy(x.begin(), x.end(), R.x->words.begin());
     return true;
 }

@@ -29,8 +29,8 @@ std::optional<FastSigningKey> fastSigningKey(const CurveDomain& domain,
 bool signFast(const FastSigningKey& key, const FieldElement& k, const std::uint8_t* digest,
               const SignaturePair& pair);
 
-/// R := e / s * G + r / s * Q for r and s from 1 to n - 1, by its x alone. False, with R as it was,
-/// when the second route cannot be taken or gives up.
+/// R := e / s * G + r / s * Q for r and s from 1 to n - 1, by its x alone; R is new, and of degree
+/// 163. False, with R as it was, when the second route cannot be taken or gives up.
 bool recomputeFast(const CurveDomain& domain, const CurvePoint& publicPoint,
                    const std::uint8_t* digest, const SignaturePair& pair, CurvePoint& R);
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <type_traits>
 
 #include "core/integer_magnitude.h"
 #include "curve/sect163r2_values.h"
@@ -26,6 +27,10 @@ constexpr Words163 subtract(const Words163& a, const Words163& b, std::uint64_t&
 
 /// b where the mask is all ones, a where it is zero.
 constexpr Words163 select(const Words163& a, const Words163& b, std::uint64_t mask) {
+    if (!std::is_constant_evaluated()) {
+        // The compiler is not to learn that there are two cases, and to make a branch of them.
+        __asm__("" : "+r"(mask));
+    }
     Words163 chosen = a;
     for (std::size_t i = 0; i < words163; ++i) {
         chosen[i] ^= (a[i] ^ b[i]) & mask;

@@ -146,6 +146,12 @@ TEST_P(FastSignature, HasTheVerdictOfTheDefinitionForRelatedKeys) {
     }
 }
 
+/// The value with zero limbs on top, as a scalar that states more bits than it has is read.
+core::CoreInteger withLimbs(core::CoreInteger value, std::uint32_t limbs) {
+    value.lengthAndSign = limbs;
+    return value;
+}
+
 TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
     const ProjectKey sound = randomProjectKey();
     const KeyRecords records(sound);
@@ -161,6 +167,9 @@ TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
         {n.toInteger(5), false},
         {BigNumber::powerOfTwo(192).toInteger(5), false},
         {(-BigNumber(1)).toInteger(5), false},
+        {withLimbs((n - 1).toInteger(5), 4), true},
+        {withLimbs((n - 1).toInteger(5), 5), true},
+        {BigNumber::powerOfTwo(256).toInteger(5), false},
     };
     for (const auto& [scalar, expected] : scalars) {
         EXPECT_EQ(offered(records.domain(), scalar), expected) << BigNumber::fromInteger(scalar);

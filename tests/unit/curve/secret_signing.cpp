@@ -82,8 +82,9 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     coreEntry::coreStart();
-    core::CoreInteger scalar{.lengthAndSign = 3, .capacity = 3, .limbs = {1, 2, 3}};
-    VALGRIND_MAKE_MEM_UNDEFINED(scalar.limbs.data(), 3 * sizeof(std::uint64_t));
+    // It states more bits than it has.
+    core::CoreInteger scalar{.lengthAndSign = 5, .capacity = 5, .limbs = {1, 2, 3}};
+    VALGRIND_MAKE_MEM_UNDEFINED(scalar.limbs.data(), 5 * sizeof(std::uint64_t));
     constexpr std::array<std::uint8_t, 20> digest = {1, 2, 3};
     for (int i = 0; i < 3; ++i) {
         core::CoreInteger r{.capacity = 3};
