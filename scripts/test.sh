@@ -84,7 +84,7 @@ if [[ $what == all ]]; then
 
     step="building build/defining"
     quietly cmake --preset release -B build/defining -DSIGN_DEFINING_ROUTE_ONLY=ON
-    quietly cmake --build build/defining --target sign_cgi projectctl
+    quietly cmake --build build/defining --target sign_cgi projectctl limited
     SIGN_PROGRAM_FOLDER=$PWD/build/defining run_tests -R '^Program'
 fi
 
