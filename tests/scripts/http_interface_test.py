@@ -119,9 +119,13 @@ FIRST_LINES = "| The program's file name | First line | Then |"
 RESPONSES = "| Status | Content type | Body | Exit status | When |"
 DIFFERENCES = "| | Signing | Verifying |"
 RULES = "| Message | Rules |"
+ZERO_BYTES = "| Zero byte in | Effect |"
+ENDS = "| Case | Signal |"
+# tests/servers/answers_test.py runs its rows.
+SERVERS = "| Request | Apache | lighttpd | nginx |"
 # Each has a test that runs its rows, and fails for a row that it cannot run.
-TABLES = (PARAMETERS, FORM_TEXTS, DECODED_VALUES, JSON_BODIES, LENGTHS, BASE64_TEXTS, FIRST_LINES,
-          RESPONSES, DIFFERENCES, RULES)
+TABLES = (PARAMETERS, ZERO_BYTES, FORM_TEXTS, DECODED_VALUES, JSON_BODIES, BASE64_TEXTS, FIRST_LINES,
+          RESPONSES, DIFFERENCES, SERVERS, ENDS, RULES, LENGTHS)
 
 
 def table(header):
@@ -247,6 +251,13 @@ class Description(unittest.TestCase):
             with self.subTest(name):
                 self.assertTrue(body_fits(request.content_type, request.body.decode()))
 
+    def test_data_and_a_file_have_schemas_of_their_own(self):
+        # A client that is generated can tell them apart by what they require.
+        for name, schema in DESCRIPTION["components"]["schemas"].items():
+            with self.subTest(name):
+                self.assertNotIn("oneOf", schema if "properties" in schema else {})
+                self.assertLess(len({"data", "file", "sig_data", "sig_file"} &
+                                    schema.get("properties", {}).keys()), 2)
 
     def test_no_schema_takes_an_empty_value_for_a_given_one(self):
         requests = {name: (schema, value) for name, schema, value, _ in request_examples()}
@@ -287,6 +298,10 @@ class Reference(unittest.TestCase):
     def test_every_table_is_one_whose_rows_are_run(self):
         headers = re.findall(r"^(\|.*)\n\|[-:| ]+\|$", REFERENCE, re.MULTILINE)
         self.assertEqual(headers, list(TABLES))
+
+    def test_the_description_has_every_status_of_the_servers(self):
+        told = {cell for _, *cells in table(SERVERS) for cell in cells} - {"program"}
+        self.assertEqual(told - OPERATION["responses"].keys(), set())
 
     def test_the_table_of_responses_and_the_examples_are_the_same(self):
         rows = {response: occurs for response, _, occurs in response_rows()}
@@ -601,14 +616,54 @@ class Exchanges(unittest.TestCase):
             self.expect(form(**verify, genpairs=value),
                         text_result("valid:false" if on else "false"))
 
-    def test_paths_and_signatures_end_at_a_zero_byte(self):
+    def test_the_table_of_zero_bytes(self):
         output, _ = self.ask("sign.cgi", form(project=f"{self.project}\0x", sig_create="true",
                                               sig_file=f"{self.upload}/letter.txt\0x"))
         text = SIGNATURE.search(output.decode()).group()
-        self.expect(form(project=self.project, sig_verify="true", sig_data="Dear reader",
-                         sig=text + "\0x"), text_result("true"))
-        self.expect(form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE))
-        self.expect_data(form(project=self.project, sig_create="true", sig_data="a\0b"), b"a\0b")
+        verify = {"project": str(self.project), "sig_verify": "true", "sig_data": "Dear reader"}
+
+        def in_json(**members):
+            return Request(JSON, json.dumps({"mode": "verifySignature", "encoding": "plain",
+                                             "project": verify["project"], **members}).encode())
+
+        cases = {
+            "the body of a form": [
+                (Request(FORM, form(**verify, sig=text).body + b"\0&sig_verify=no"),
+                 text_result("true"))],
+            "the body of a JSON request": [
+                (Request(JSON, in_json().body + b"\0"), refusal(NO_JSON))],
+            "a path or signature, as `%00` or `\\u0000`": [
+                (form(**verify, sig=text + "\0x"), text_result("true")),
+                (in_json(signature={"data": "Dear reader", "signature": text + "\0x"}),
+                 text_result("true")),
+                (form(project="\0x", sig_create="true", sig_data="x"), refusal(NOT_MADE)),
+                (form(**verify, sig="\0"), text_result("false"))],
+            "a name or word": [
+                (form(**verify | {"sig_verify": "true\0"}, sig=text), refusal(MODE_MISSING)),
+                (form(**verify, sig=text, **{"sig\0": "x"}), text_result("true")),
+                (form(**verify, sig=text, encoding="json\0"), text_result("true"))],
+        }
+        sign = {"project": self.project, "sig_create": "true"}
+        signed = {
+            "plain data": (form(**sign, sig_data="a\0b"), b"a\0b"),
+            "base64 data": (form(**sign, sig_data="Q\0==", sig_data_encoding="base64"), b"@"),
+        }
+        self.assertEqual({place for place, _ in table(ZERO_BYTES)}, cases.keys() | signed.keys())
+        for place, exchanges in cases.items():
+            for request, response in exchanges:
+                with self.subTest(place, request=request):
+                    self.expect(request, response)
+        for place, (request, data) in signed.items():
+            with self.subTest(place):
+                self.expect_data(request, data)
+
+    def test_the_table_of_ends(self):
+        (_, length), *others = table(ENDS)
+        self.assertEqual(len(others), 3)  # faults by number bring these about
+        for content_type in (FORM, JSON):
+            for text in (str(2**63 - 1), str(2**64 - 2)):
+                end = self.run_program("sign.cgi", b"", content_type, text)
+                self.assertEqual((end.returncode, end.stdout), (-signal.Signals[length], b""))
 
     def test_the_table_of_differences(self):
         (text,) = {SIGNATURE.search(response.body).group()
