@@ -13,6 +13,7 @@ FILES = {
     "libexec/sign-cgi/nph-sign.cgi": "-> sign.cgi",
     "libexec/sign-cgi/sign.cgi": "755",
     "share/bash-completion/completions/projectctl": "644",
+    "share/doc/sign-cgi/SECURITY.md": "644",
     "share/doc/sign-cgi/changelog.gz": "644",
     "share/doc/sign-cgi/copyright": "644",
     "share/doc/sign-cgi/examples/nginx.conf": "644",
