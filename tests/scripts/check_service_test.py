@@ -10,13 +10,12 @@ import socket
 import ssl
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "servers"))
-from servers import Lighttpd, free_port, runs_as_root  # noqa: E402
+from servers import Lighttpd, free_port, runs_as_root, temporary_folder  # noqa: E402
 from stand_in_server import StandInServer  # noqa: E402
 
 SCRIPT = ROOT / "scripts" / "check-service.sh"
@@ -41,10 +40,7 @@ class CheckService(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(temporary_folder())
         cls.project = cls.copy_of_the_project("check.project")
         cls.server = cls.enterClassContext(Lighttpd(cls.programs, cls.folder))
         (cls.server.static / "page.html").write_text("<!DOCTYPE html>\n<title>A page</title>\n")

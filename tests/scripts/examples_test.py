@@ -9,7 +9,6 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
@@ -19,7 +18,7 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tests" / "servers"))
 from browser import SECONDS, start_browser  # noqa: E402
-from servers import Lighttpd, free_port  # noqa: E402
+from servers import Lighttpd, free_port, temporary_folder  # noqa: E402
 from service import Project  # noqa: E402
 from stand_in_server import StandInServer  # noqa: E402
 
@@ -39,10 +38,7 @@ class Served(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(temporary_folder())
         cls.project = Project(cls.programs / "projectctl", cls.folder)
         static = shutil.copytree(EXAMPLES / "page", cls.folder / "page")
         cls.server = cls.enterClassContext(Lighttpd(cls.programs, cls.folder, static))

@@ -11,7 +11,6 @@ import re
 import shutil
 import socket
 import sys
-import tempfile
 import threading
 import time
 import unittest
@@ -53,10 +52,7 @@ class TestServer(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(servers.temporary_folder())
         cls.start_stand_in()
         cls.server = cls.enterClassContext(cls.kind(cls.programs, cls.folder))
         cls.project = Project(cls.programs / "projectctl", cls.folder)

@@ -7,11 +7,10 @@ import os
 import re
 import shutil
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-from servers import SERVERS, Apache, give_to_account
+from servers import SERVERS, Apache, give_to_account, temporary_folder
 from service import FORM, Service
 from told_answers import PROGRAM, told_answers
 
@@ -55,10 +54,7 @@ class TestAnswers(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(temporary_folder())
         cls.service = cls.serve(cls.programs)
 
     @classmethod

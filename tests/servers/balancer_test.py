@@ -6,12 +6,11 @@
 import os
 import re
 import sys
-import tempfile
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from servers import Lighttpd, Nginx, NginxBalancer
+from servers import Lighttpd, Nginx, NginxBalancer, temporary_folder
 from service import FORM, Project, Service, form, text_answer
 
 REQUESTS = 100
@@ -21,10 +20,7 @@ class TestBalancer(unittest.TestCase):
     programs = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.folder.chmod(0o755)
+        self.folder = self.enterContext(temporary_folder())
         self.project = Project(self.programs / "projectctl", self.folder)
         # Two of a kind differ in nothing that a client sees: two kinds show who has answered.
         self.servers = [self.enterContext(kind(self.programs, self.folder))

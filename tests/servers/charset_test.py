@@ -7,11 +7,10 @@ import json
 import os
 import re
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-from servers import INSTALLED, ROOT, SERVERS, Apache
+from servers import INSTALLED, ROOT, SERVERS, Apache, temporary_folder
 from service import FORM, JSON, Project, Service, form, text_answer
 
 REPLACED_IN_NGINX = "    fastcgi_param CONTENT_TYPE $content_type;\n"
@@ -47,10 +46,7 @@ class TestCharset(unittest.TestCase):
     programs = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.folder.chmod(0o755)
+        self.folder = self.enterContext(temporary_folder())
         self.project = Project(self.programs / "projectctl", self.folder)
         self.body = json.dumps({"mode": "generateSignature", "project": str(self.project.path),
                                 "signature": {"data": "x"}}).encode()

@@ -7,13 +7,13 @@ import os
 import select
 import socket
 import sys
-import tempfile
 import time
 import unittest
 from pathlib import Path
 
 import fastcgi
-from servers import SERVERS, ApacheEvent, ApachePrefork, Lighttpd, Nginx, give_to_account, has_ipv6
+from servers import (SERVERS, ApacheEvent, ApachePrefork, Lighttpd, Nginx, give_to_account,
+                     has_ipv6, temporary_folder)
 from service import FORM
 
 SECONDS = 20
@@ -64,10 +64,7 @@ class TestConfiguration(unittest.TestCase):
     programs = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.folder.chmod(0o755)
+        self.folder = self.enterContext(temporary_folder())
 
     def lets_in_both_addresses_of_this_machine(self, kind):
         with kind(self.programs, self.folder) as server:

@@ -12,12 +12,11 @@ import os
 import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
 import fastcgi
-from servers import Nginx
+from servers import Nginx, temporary_folder
 from service import FORM, SIGNATURE, Project, form
 
 PLANTED_PROGRAM = """#!/bin/sh
@@ -43,10 +42,7 @@ class TestAttack(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(temporary_folder())
         cls.project = Project(cls.programs / "projectctl", cls.folder)
         cls.server = cls.enterClassContext(Fcgiwrap(cls.programs, cls.folder))
         cls.plant()

@@ -6,7 +6,6 @@
 import http.server
 import os
 import sys
-import tempfile
 import threading
 import unittest
 from pathlib import Path
@@ -77,10 +76,7 @@ class TestForeignPage(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(servers.temporary_folder())
         static = cls.folder / "static"
         static.mkdir()
         (static / "index.html").write_bytes(PAGE)

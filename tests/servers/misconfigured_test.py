@@ -5,11 +5,10 @@
 
 import os
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-from servers import ApacheEvent, Lighttpd, Nginx, runs_as_root
+from servers import ApacheEvent, Lighttpd, Nginx, runs_as_root, temporary_folder
 from service import Service
 
 
@@ -46,9 +45,7 @@ class TestMisconfigured(unittest.TestCase):
     programs = None
 
     def answers_of(self, kind, names):
-        with tempfile.TemporaryDirectory() as name:
-            folder = Path(name)
-            folder.chmod(0o755)
+        with temporary_folder() as folder:
             with kind(self.programs, folder) as server:
                 answers = [Service(server, None).ask(b"x", name=name) for name in names]
                 self.said = server.all_it_said()

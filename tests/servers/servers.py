@@ -9,6 +9,7 @@ server hands out as well. `hosts` are names that the administrator has added to 
 loopback. A server ends with the block, by its own process id.
 """
 
+import contextlib
 import os
 import pwd
 import re
@@ -16,6 +17,7 @@ import shutil
 import signal
 import socket
 import subprocess
+import tempfile
 import time
 from pathlib import Path
 
@@ -62,6 +64,15 @@ def give_to_account(path):
     if runs_as_root():
         account = pwd.getpwnam(ACCOUNT)
         os.chown(path, account.pw_uid, account.pw_gid)
+
+
+@contextlib.contextmanager
+def temporary_folder():
+    """A folder that the account which the servers run as can enter, until the block ends."""
+    with tempfile.TemporaryDirectory() as name:
+        folder = Path(name)
+        folder.chmod(0o755)
+        yield folder
 
 
 def let_account_read(path):

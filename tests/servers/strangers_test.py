@@ -7,7 +7,6 @@ import os
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
@@ -165,10 +164,7 @@ class TestStrangers(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.folder.chmod(0o755)
+        cls.folder = cls.enterClassContext(servers.temporary_folder())
         cls.project = Project(cls.programs / "projectctl", cls.folder)
         cls.body = form(project=cls.project.path, sig_create="true", sig_data="x")
         cls.service = cls.serve()

@@ -12,10 +12,9 @@ import shutil
 import statistics
 import subprocess
 import sys
-import tempfile
 from pathlib import Path
 
-from servers import SERVERS
+from servers import SERVERS, temporary_folder
 from service import Project, Service
 
 BLOCKS = 7
@@ -39,9 +38,7 @@ def requests_a_second(server, body):
 
 def throughput_of(programs, name):
     """Requests a second with either program, and the median of the ratios of the blocks."""
-    with tempfile.TemporaryDirectory() as path:
-        folder = Path(path)
-        folder.chmod(0o755)
+    with temporary_folder() as folder:
         project = Project(programs / "projectctl", folder)
         answering = folder / "answering"
         answering.mkdir()
