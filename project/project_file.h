@@ -122,6 +122,10 @@ struct ProjectFile {
     /// Memory exhaustion passes as std::bad_alloc.
     ProjectLoading loadReporting(const char* filePath);
 
+    /// `loadReporting` of a file with these bytes, but never the fault `open`, and it sets no path.
+    /// The bytes are not needed afterwards.
+    ProjectLoading loadBytes(std::span<const std::uint8_t> bytes);
+
     /// Whether `loadReporting` meets no fault.
     bool load(const char* filePath) { return loadReporting(filePath).fault == ProjectFault::none; }
 

@@ -47,6 +47,8 @@ std::FILE* systemFdopen(int descriptor, const char* mode) asm("__real_fdopen");
 std::FILE* replacedFdopen(int descriptor, const char* mode) asm("__wrap_fdopen");
 std::FILE* systemFopen(const char* path, const char* mode) asm("__real_fopen");
 std::FILE* replacedFopen(const char* path, const char* mode) asm("__wrap_fopen");
+std::FILE* systemFmemopen(void* bytes, std::size_t size, const char* mode) asm("__real_fmemopen");
+std::FILE* replacedFmemopen(void* bytes, std::size_t size, const char* mode) asm("__wrap_fmemopen");
 int systemSeek(std::FILE* stream, long offset, int whence) asm("__real_fseek");
 int replacedSeek(std::FILE* stream, long offset, int whence) asm("__wrap_fseek");
 long systemTell(std::FILE* stream) asm("__real_ftell");
@@ -76,6 +78,10 @@ std::FILE* replacedFopen(const char* path, const char* mode) {
     }
     const bool isOther = current != nullptr && current->openedInstead.contains(path);
     return systemFopen(isOther ? current->openedInstead.at(path).c_str() : path, mode);
+}
+
+std::FILE* replacedFmemopen(void* bytes, std::size_t size, const char* mode) {
+    return failsOnStream() ? nullptr : systemFmemopen(bytes, size, mode);
 }
 
 int replacedSeek(std::FILE* stream, long offset, int whence) {

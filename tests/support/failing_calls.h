@@ -6,7 +6,7 @@
 #include <string>
 
 /// While it lives, blocks of operator new and calloc are watched, as are the calls of `fdopen`,
-/// `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
+/// `fmemopen`, `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
 /// What it calls before an `fstat` can change the file.
 ///
 /// It belongs to the executables that list `SIGN_FAILING_CALLS` among their sources and call
