@@ -75,6 +75,7 @@ LAYERS = {
         headers=ENTRIES | {"curve/sect163r2.h"},
         only_in={"mapped_file.cpp": {"sys/mman.h", "sys/stat.h", "unistd.h"}},
     ),
+    "verifier": Layer(folders=frozenset({"core", "curve", "project", "engine"})),
     "frontend": Layer(
         headers=frozenset(
             {"engine/signature_engine.h", "nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}
@@ -90,7 +91,9 @@ LAYERS = {
         },
     ),
     "tools": Layer(
-        folders=frozenset({"core", "curve", "random", "project", "engine", "frontend"}),
+        folders=frozenset(
+            {"core", "curve", "random", "project", "engine", "verifier", "frontend"}
+        ),
         headers=frozenset({"nlohmann/json.hpp", "nlohmann/json_fwd.hpp"}),
         only_in={
             "command_line.cpp": {"CLI/CLI.hpp"},

@@ -37,7 +37,7 @@ grep -rlIE --exclude-dir=.git --exclude-dir=build '^#!(/bin/sh|/usr/bin/env bash
 echo "cppcheck"
 cppcheck --quiet --std=c++20 --language=c++ --enable=warning,performance,portability \
     --inline-suppr --error-exitcode=1 -j "$(nproc)" -I . \
-    core curve random project engine frontend launcher tools bench fuzz tests/support
+    core curve random project engine verifier frontend launcher tools bench fuzz tests/support
 
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"

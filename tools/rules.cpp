@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr auto table = std::to_array<Rule>({
+/// The rules beside those that decide a verdict.
+constexpr auto otherRules = std::to_array<Rule>({
     {RequestFault::formLengthUnset, "form.length-unset",
      "A form needs CONTENT_LENGTH: without it there is no body."},
     {RequestFault::formLengthZero, "form.length-zero",
@@ -16,9 +17,9 @@ constexpr auto table = std::to_array<Rule>({
     {RequestFault::formLengthRange, "form.length-range",
      "CONTENT_LENGTH counts as 2^64 - 1, which no buffer has room for."},
     {RequestFault::formBodyEmpty, "form.body-empty", "A body is announced, and nothing arrives."},
-    {Verdict::formLengthImpossible, "form.length-impossible",
+    {Outcome::formLengthImpossible, "form.length-impossible",
      "2^63 - 1 bytes or more are announced: the program ends without a response."},
-    {Verdict::formLengthMemory, "form.length-memory",
+    {Outcome::formLengthMemory, "form.length-memory",
      "There is no memory for the announced body: the program ends without a response."},
     {RequestFault::formParameters, "form.parameters",
      "The parameters make no record, which does not happen."},
@@ -27,9 +28,9 @@ constexpr auto table = std::to_array<Rule>({
      "JSON needs CONTENT_LENGTH: without it there is no body."},
     {RequestFault::jsonLengthZero, "json.length-zero",
      "CONTENT_LENGTH is 0 or no decimal number, which counts as 0."},
-    {Verdict::jsonLengthImpossible, "json.length-impossible",
+    {Outcome::jsonLengthImpossible, "json.length-impossible",
      "2^63 - 1 bytes or more are announced: the program ends without a response."},
-    {Verdict::jsonLengthMemory, "json.length-memory",
+    {Outcome::jsonLengthMemory, "json.length-memory",
      "There is no memory for the announced body: the program ends without a response."},
     {RequestFault::jsonBodyShort, "json.body-short", "Fewer bytes arrive than are announced."},
     {RequestFault::jsonZeroByte, "json.zero-byte",
@@ -58,31 +59,9 @@ constexpr auto table = std::to_array<Rule>({
     {Base64Fault::character, "base64.character",
      "A character of the base64 data is outside the alphabet."},
     {Base64Fault::padding, "base64.padding", "\"=\" stands only at the end of base64 data."},
-    {Verdict::noData, "data.empty", "The data stand for no bytes."},
 
-    {FileFault::open, "file.open", "The file cannot be opened."},
-    {FileFault::directory, "file.directory", "The file is a directory."},
-    {FileFault::notRegular, "file.no-regular", "The file is not a regular file."},
-    {FileFault::empty, "file.empty", "The file is empty."},
-    {FileFault::noBytes, "file.no-bytes",
-     "The file's size is a multiple of 2^32, of which nothing counts."},
-    {FileFault::tooLarge, "file.too-large", "The file's size modulo 2^32 is 2^31 or more."},
-    {FileFault::mapping, "file.mapping", "The file cannot be mapped into memory."},
-    {FileFault::changed, "file.changed", "The file became shorter while it was mapped."},
-    {FileFault::cut, "file.cut", "The file became shorter while it was read."},
-
-    {ProjectFault::open, "project.open", "The project cannot be opened."},
-    {Verdict::projectDirectory, "project.directory", "The project is a directory."},
-    {Verdict::projectNotRegular, "project.no-regular", "The project is not a regular file."},
-    {ProjectFault::unreadable, "project.unreadable", "The project cannot be read."},
-    {Verdict::projectMemory, "project.memory", "There is not enough memory for the project."},
-    {ProjectFault::header, "project.header", "The project is shorter than a header."},
-    {ProjectFault::magic, "project.magic", "The file does not begin as a project."},
-    {ProjectFault::noBody, "project.no-body", "The project has a header and nothing behind it."},
-    {ProjectFault::digest, "project.digest", "The project's digest is not that of its body."},
-    {ProjectFault::directory, "project.entries", "The project's directory is cut short."},
-    {ProjectFault::emptyValue, "project.entry-empty", "A value of the project has no bytes."},
-    {ProjectFault::valueRange, "project.entry-range", "A value runs past the end of the project."},
+    {Outcome::projectDirectory, "project.directory", "The project is a directory."},
+    {Outcome::projectNotRegular, "project.no-regular", "The project is not a regular file."},
     {Finding::repeatedAttribute, "project.repeated-attribute",
      "An attribute stands more than once in the project's directory."},
     {Finding::owner, "project.owner", "The project belongs to somebody who can replace its key."},
@@ -91,16 +70,7 @@ constexpr auto table = std::to_array<Rule>({
     {Finding::folder, "project.folder",
      "Others can replace the project by way of a folder above it."},
 
-    {KeyFault::absent, "key.absent", "An attribute of the key is absent."},
-    {KeyFault::tooLarge, "key.too-large", "An attribute of the key has more bytes than are taken."},
-    {KeyFault::tooManyBits, "key.too-many-bits",
-     "An attribute of the key states more bits than there is room for."},
-    {KeyFault::zeroScalar, "key.zero-scalar", "The private scalar is zero."},
-    {KeyFault::noBits, "key.no-bits", "The public point states no bits."},
-    {KeyFault::bitsDiffer, "key.bits-differ",
-     "The coordinates of the public point state different numbers of bits."},
-    {KeyFault::degree, "key.degree", "A coordinate does not state the bits of the curve's field."},
-    {Verdict::unsoundKey, "key.unsound", "Signatures under the key cannot be relied on."},
+    {Outcome::unsoundKey, "key.unsound", "Signatures under the key cannot be relied on."},
     {Finding::shortCoordinate, "key.short-coordinate",
      "A coordinate has fewer bytes than it states."},
     {Finding::dishonestLength, "key.dishonest-length",
@@ -118,46 +88,49 @@ constexpr auto table = std::to_array<Rule>({
     {Finding::keyMismatch, "key.mismatch",
      "The public point is not the product of the private scalar and the base point."},
 
-    {SignatureFault::empty, "signature.empty", "The signature is empty."},
-    {SignatureFault::tooLong, "signature.too-long", "The signature has more than 128 characters."},
-    {SignatureFault::groups, "signature.groups",
-     "The signature's characters are not whole groups of four."},
-    {SignatureFault::padding, "signature.padding",
-     "The signature has more \"=\" than its groups have bytes."},
-    {SignatureFault::tooManyBytes, "signature.too-many-bytes",
-     "The signature stands for more than 42 bytes."},
-    {SignatureFault::noBytes, "signature.no-bytes", "The signature stands for no bytes."},
-    {SignatureFault::odd, "signature.odd", "The signature stands for an odd number of bytes."},
-    {core::PairFault::rZero, "signature.r-zero", "r is zero."},
-    {core::PairFault::sZero, "signature.s-zero", "s is zero."},
-    {core::PairFault::rRange, "signature.r-range", "r is not below the order."},
-    {core::PairFault::sRange, "signature.s-range", "s is not below the order."},
-    {Verdict::paddedR, "signature.r-padded",
-     "r has more zeros in front than any accepted signature."},
-    {Verdict::notDer, "signature.der", "The bytes are no signature in DER."},
-    {Verdict::notHexadecimal, "signature.hexadecimal",
+    {Outcome::notDer, "signature.der", "The bytes are no signature in DER."},
+    {Outcome::notHexadecimal, "signature.hexadecimal",
      "The text is no signature in hexadecimal digits."},
-    {Verdict::mismatch, "signature.mismatch", "The signature is of other data or of another key."},
-    {Verdict::noSignature, "signature.none", "No attempt under the key gives a signature."},
-    {Verdict::made, "signature.made", "A signature is made."},
-    {Verdict::valid, "signature.valid", "The signature is valid."},
+    {Outcome::noSignature, "signature.none", "No attempt under the key gives a signature."},
+    {Outcome::made, "signature.made", "A signature is made."},
 });
+
+std::string_view familyOf(const Rule& rule) {
+    const std::string_view code = rule.code;
+    return code.substr(0, code.find('.'));
+}
+
+std::array<Rule, verdictRules.size() + otherRules.size()> allRules() {
+    std::array<Rule, verdictRules.size() + otherRules.size()> all;
+    const auto others = std::transform(
+        verdictRules.begin(), verdictRules.end(), all.begin(), [](const VerdictRule& rule) -> Rule {
+            return {std::visit([](auto fault) { return Cause(fault); }, rule.cause), rule.code,
+                    rule.sentence};
+        });
+    std::copy(otherRules.begin(), otherRules.end(), others);
+    std::stable_sort(all.begin(), all.end(), [](const Rule& one, const Rule& other) {
+        return familyOf(one) < familyOf(other);
+    });
+    return all;
+}
 
 }  // namespace
 
 std::span<const Rule> rules() {
+    static const auto table = allRules();
     return table;
 }
 
 const char* pageOf(const Rule& rule) {
-    const std::string_view code = rule.code;
-    if (code.starts_with("project.") || code.starts_with("key.")) {
+    const std::string_view family = familyOf(rule);
+    if (family == "project" || family == "key") {
         return "project-file(5)";
     }
-    return code.starts_with("signature.") ? "docs/formats.md" : "docs/http-interface.md";
+    return family == "signature" ? "docs/formats.md" : "docs/http-interface.md";
 }
 
 const Rule& ruleOf(const Cause& cause) {
+    const std::span<const Rule> table = rules();
     const auto rule = std::find_if(table.begin(), table.end(),
                                    [&](const Rule& row) { return row.cause == cause; });
     if (rule == table.end()) {

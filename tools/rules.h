@@ -12,16 +12,13 @@
 #include "project/project_file.h"
 #include "project/project_key_record.h"
 #include "tools/refusal.h"
+#include "verifier/verdict_rules.h"
 
-/// What decides where no rule is broken, or what only the tool looks at.
-enum class Verdict : std::uint8_t {
+/// What else decides.
+enum class Outcome : std::uint8_t {
     made,         ///< a signature is made
-    valid,        ///< the signature is valid
-    noData,       ///< there is nothing to sign
     noSignature,  ///< no attempt gives a signature
     unsoundKey,
-    mismatch,              ///< the signature is of other data or of another key
-    paddedR,               ///< r has more zeros in front than verifying accepts
     notDer,                ///< bytes that are no DER
     notHexadecimal,        ///< text that is no hexadecimal form
     formLengthImpossible,  ///< no string is so long
@@ -30,7 +27,6 @@ enum class Verdict : std::uint8_t {
     jsonLengthMemory,
     projectDirectory,   ///< the project is a directory
     projectNotRegular,  ///< nor a directory
-    projectMemory,
 };
 
 /// What `projectctl check` finds beyond the faults of a project and its key.
@@ -53,7 +49,7 @@ enum class Finding : std::uint8_t {
 
 /// A rule by the enumerator of whoever reads by it.
 using Cause = std::variant<RequestFault, Base64Fault, FileFault, ProjectFault, KeyFault,
-                           SignatureFault, core::PairFault, Verdict, Finding>;
+                           SignatureFault, core::PairFault, Verdict, Outcome, Finding>;
 
 /// One rule.
 struct Rule {
@@ -62,7 +58,7 @@ struct Rule {
     const char* sentence;  ///< what it says of a request
 };
 
-/// All rules, by the families of their codes.
+/// All rules, by the families of their codes: what stands before the point.
 std::span<const Rule> rules();
 
 /// The document that tells more of a rule.

@@ -5,7 +5,7 @@ PROGRAM_TESTS = "program_tests"
 # built of a group, and the folders.
 GROUPS = {
     "sign_cgi": ("core", "curve", "random", "project", "engine", "frontend"),
-    "projectctl": ("tools",),
+    "projectctl": ("verifier", "tools"),
 }
 DEFAULT_FOLDERS = GROUPS["sign_cgi"]
 FOLDERS = tuple(folder for folders in GROUPS.values() for folder in folders)
@@ -23,6 +23,7 @@ TESTS = {
     "project": ("unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "engine": ("unit_engine", "unit_frontend", PROGRAM_TESTS),
     "frontend": ("unit_frontend", PROGRAM_TESTS),
+    "verifier": ("unit_tools", "projectctl_tests"),
     "tools": ("unit_tools", "projectctl_tests"),
 }
 # Tests of ctest that run behind them, on what no executable has failed on.

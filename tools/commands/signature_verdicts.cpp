@@ -15,7 +15,7 @@ SignatureVerdict SignatureVerdicts::of(const FileDigest& file, const std::string
         return {.isValid = false, .ruling = *reading.refusal};
     }
     if (keyFault().has_value()) {
-        return {.isValid = false, .ruling = refusalBy(Verdict::unsoundKey, *keyFault())};
+        return {.isValid = false, .ruling = refusalBy(Outcome::unsoundKey, *keyFault())};
     }
     return {.isValid = false, .ruling = refusalBy(Verdict::mismatch, mismatchReason(reading))};
 }

@@ -20,10 +20,10 @@ std::optional<Refusal> kindRefusal(const std::string& path) {
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
     if (fs::is_directory(status)) {
-        return refusalBy(Verdict::projectDirectory, "is a directory");
+        return refusalBy(Outcome::projectDirectory, "is a directory");
     }
     if (fs::is_other(status)) {
-        return refusalBy(Verdict::projectNotRegular, "is no regular file");
+        return refusalBy(Outcome::projectNotRegular, "is no regular file");
     }
     return std::nullopt;
 }
@@ -69,7 +69,7 @@ std::string wordsOf(const ProjectLoading& loading) {
 /// Whether a refusal says nothing of the content.
 bool isUnreadable(const std::string& code) {
     const std::array<Cause, 4> causes = {ProjectFault::open, ProjectFault::unreadable,
-                                         Verdict::projectDirectory, Verdict::projectNotRegular};
+                                         Outcome::projectDirectory, Outcome::projectNotRegular};
     return std::any_of(causes.begin(), causes.end(),
                        [&](const Cause& cause) { return ruleOf(cause).code == code; });
 }

@@ -74,7 +74,7 @@ Refusal invalidity(const RequestRun& run) {
         return *signature.refusal;
     }
     if (const std::optional<std::string> unsound = unsoundKey(run.engine.project)) {
-        return {ruleOf(Verdict::unsoundKey).code,
+        return {ruleOf(Outcome::unsoundKey).code,
                 "the signature is well formed, but signatures under the key of the project " +
                     quotation(beforeZero(run.record.project)) +
                     " cannot be relied on: " + *unsound};
@@ -85,7 +85,7 @@ Refusal invalidity(const RequestRun& run) {
 /// What made the result.
 Refusal resultRuling(const RequestRun& run) {
     if (run.record.mode == RequestMode::generateSignature) {
-        return {ruleOf(Verdict::made).code, "the key is complete, and a signature is made"};
+        return {ruleOf(Outcome::made).code, "the key is complete, and a signature is made"};
     }
     if (run.isValid) {
         return {ruleOf(Verdict::valid).code,
@@ -125,7 +125,7 @@ Refusal recordRuling(const RequestRun& run, const RequestWords& words) {
             return base64Refusal(run);
         case RequestFault::generation:
             return engineRefusal(run).value_or(
-                Refusal{ruleOf(Verdict::noSignature).code,
+                Refusal{ruleOf(Outcome::noSignature).code,
                         "the key is complete, but no attempt gives a signature: its base point or "
                         "scalar is unsound"});
         default:

@@ -81,13 +81,13 @@ Explanation explainRequest(const RawRequest& request, RequestRun& run) {
 }
 
 /// The end of the process without a response.
-Explanation silence(Verdict verdict, const std::string& reason) {
-    return {.rule = ruleOf(verdict).code, .reason = reason};
+Explanation silence(const Cause& cause, const std::string& reason) {
+    return {.rule = ruleOf(cause).code, .reason = reason};
 }
 
 /// Such a body as the request announces is beyond every string or beyond the memory.
-Explanation silenceOfBody(const RawRequest& request, Verdict verdict, const char* why) {
-    return silence(verdict, "CONTENT_LENGTH is " + quotation(request.contentLength.value_or("")) +
+Explanation silenceOfBody(const RawRequest& request, Outcome outcome, const char* why) {
+    return silence(outcome, "CONTENT_LENGTH is " + quotation(request.contentLength.value_or("")) +
                                 why + ": the program ends by SIGABRT without a response");
 }
 
@@ -107,14 +107,14 @@ Explanation explainRequest(const RawRequest& request) {
         return explainRequest(request, run);
     } catch (const std::length_error&) {
         return silenceOfBody(
-            request, run.isJson ? Verdict::jsonLengthImpossible : Verdict::formLengthImpossible,
+            request, run.isJson ? Outcome::jsonLengthImpossible : Outcome::formLengthImpossible,
             ", which counts as 2^63 - 1 bytes or more");
     } catch (const std::bad_alloc&) {
         if (run.isRead) {
             return silenceOfProject(run);
         }
         return silenceOfBody(request,
-                             run.isJson ? Verdict::jsonLengthMemory : Verdict::formLengthMemory,
+                             run.isJson ? Outcome::jsonLengthMemory : Outcome::formLengthMemory,
                              ", and there is no memory for such a body");
     }
 }

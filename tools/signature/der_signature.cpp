@@ -89,7 +89,7 @@ public:
 
 private:
     std::span<const std::uint8_t> refuse(const std::string& words) {
-        refusal_ = refusalBy(Verdict::notDer, words);
+        refusal_ = refusalBy(Outcome::notDer, words);
         return {};
     }
 

@@ -7,12 +7,11 @@
 
 #include "core/core_base64.h"
 #include "core/integer.h"
-#include "curve/field.h"
-#include "curve/sect163r2.h"
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
 #include "tools/rules.h"
+#include "verifier/pair_rules.h"
 
 namespace {
 
@@ -54,13 +53,7 @@ std::optional<Refusal> textRefusal(const ParsedSignature& text, std::size_t leng
 
 /// Why no signature has these numbers.
 std::optional<Refusal> numbersRefusal(const core::CoreInteger& r, const core::CoreInteger& s) {
-    core::PairFault fault = core::zeroFault(r, s);
-    if (fault == core::PairFault::none) {
-        core::CoreInteger order{.capacity = signatureLimbs};
-        core::fieldToInteger(core::sect163r2.domain.order, order);
-        fault = core::rangeFault(r, s, order);
-    }
-    switch (fault) {
+    switch (pairFault(r, s)) {
         case core::PairFault::none:
             break;
         case core::PairFault::rZero:
@@ -97,9 +90,7 @@ SignatureReading readSignature(std::string_view text) {
                              .s = parsed.s};
     core::integerNormalise(reading.r);
     core::integerNormalise(reading.s);
-    // Verifying compares r, its limbs included, with a number that has either all three of them or
-    // no zero limb at its top.
-    if (!reading.refusal.has_value() && reading.r.lengthAndSign != parsed.r.lengthAndSign) {
+    if (!reading.refusal.has_value() && isPadded(parsed.r)) {
         reading.refusal = refusalBy(
             Verdict::paddedR, "r is below 2^64 but padded to " + counted(reading.halfSize, "byte") +
                                   ", a form that no signature is accepted in");
