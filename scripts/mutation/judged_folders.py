@@ -23,7 +23,7 @@ TESTS = {
     "project": ("unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "engine": ("unit_engine", "unit_frontend", PROGRAM_TESTS),
     "frontend": ("unit_frontend", PROGRAM_TESTS),
-    "verifier": ("unit_tools", "projectctl_tests"),
+    "verifier": ("unit_verifier", "unit_tools", "projectctl_tests"),
     "tools": ("unit_tools", "projectctl_tests"),
 }
 # Tests of ctest that run behind them, on what no executable has failed on.

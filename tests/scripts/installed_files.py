@@ -37,6 +37,13 @@ FILES = {
     if path.is_file() and path.name not in ("architecture.md", "performance.md", "performance.svg")
 }
 
+# The library for other programs, which the Debian package does not have.
+DEVELOPMENT = {
+    "include/sign_verify.h": "644",
+    "lib/libsign_verify.a": "644",
+    "lib/pkgconfig/sign-verify.pc": "644",
+}
+
 # Under the prefix /usr these stand where the servers look for them.
 CONFIGURATIONS = {
     "etc/apache2/conf-available/sign-cgi.conf": "apache.conf",
@@ -46,19 +53,24 @@ CONFIGURATIONS = {
 
 def under_a_prefix():
     """The files of `cmake --install` below its prefix."""
-    return FILES | {f"share/doc/sign-cgi/examples/{name}": "644"
+    return FILES | DEVELOPMENT | {f"share/doc/sign-cgi/examples/{name}": "644"
                     for name in CONFIGURATIONS.values()}
 
 
 def under_usr():
     """The files of `cmake --install --prefix /usr` below the root folder."""
+    return of_the_service() | {f"usr/{path}": mode for path, mode in DEVELOPMENT.items()}
+
+
+def of_the_service():
+    """Those that the Debian package has as well."""
     return {f"usr/{path}": mode for path, mode in FILES.items()} | {
         path: "644" for path in CONFIGURATIONS}
 
 
 def of_the_package():
     """The files of the Debian package."""
-    return under_usr() | {
+    return of_the_service() | {
         "usr/share/doc/sign-cgi/changelog.Debian.gz": "644",
         "usr/share/lintian/overrides/sign-cgi": "644",
     }

@@ -180,7 +180,7 @@ class DebianPackage(unittest.TestCase):
                         "--strip"], check=True, umask=0o022, stdout=subprocess.PIPE,
                        env=os.environ | {"DESTDIR": str(by_hand)})
         self.assertEqual(installed_files.files_below(by_hand), installed_files.under_usr())
-        for path in installed_files.under_usr():
+        for path in installed_files.of_the_service():
             self.assertEqual((by_hand / path).read_bytes(), (unpacked / path).read_bytes(), path)
 
     def test_everything_belongs_to_root_and_has_the_time_of_the_commit(self):
