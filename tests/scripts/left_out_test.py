@@ -19,6 +19,7 @@ LACKS = {
     "CheckCommits, ReleaseFigures": "git",
     "ServedByLighttpd": "curl",
     "ServedExamples": "chromium",
+    "Verifiers": "pkg-config",
 }
 QUICK = {"ProjectctlInteroperability", "CheckCommits, ReleaseFigures", "ProgramHttpInterface"}
 
