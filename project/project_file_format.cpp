@@ -4,15 +4,13 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 
 #include "core/entry.h"
 #include "project/open_to_read.h"
 #include "project/project_file.h"
+#include "project/stream.h"
 
 namespace {
-
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
 constexpr std::array<char, 4> magic = {'V', 'L', 'T', '2'};
 constexpr long headerSize = 24;
@@ -25,9 +23,9 @@ static_assert(sizeof(ProjectFileHeader) == headerSize && sizeof(ProjectEntry) ==
 Stream openForReading(const char* path) {
     const int descriptor = openToRead(path);
     if (descriptor == -1) {
-        return {nullptr, &std::fclose};
+        return nullptr;
     }
-    Stream stream(::fdopen(descriptor, "rb"), &std::fclose);
+    Stream stream(::fdopen(descriptor, "rb"));
     if (stream == nullptr) {
         ::close(descriptor);
     }
@@ -145,7 +143,7 @@ bool ProjectFile::create(const char* filePath) {
     if (!isEmpty()) {
         clear();
     }
-    const Stream stream(std::fopen(filePath, "w+b"), &std::fclose);
+    const Stream stream(std::fopen(filePath, "w+b"));
     if (stream == nullptr) {
         return false;
     }

@@ -3,13 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
+#include "project/stream.h"
 #include "tools/files/input_file.h"
 
 namespace {
-
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
 bool readAll(std::FILE* stream, std::string& content) {
     std::string chunk(1 << 16, '\0');
@@ -23,7 +21,7 @@ bool readAll(std::FILE* stream, std::string& content) {
 }  // namespace
 
 std::optional<std::string> readContent(const std::string& path, std::string& content) {
-    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
+    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"));
     std::FILE* stream = path == "-" ? stdin : file.get();
     if (stream == nullptr || !readAll(stream, content)) {
         return inputName(path) + ": " + std::strerror(errno);

@@ -4,17 +4,16 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <utility>
 
+#include "project/stream.h"
 #include "tools/files/input_file.h"
 
 SmallFile readSmallFile(const std::string& path, const std::string& what) {
-    using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
     constexpr std::size_t longest = 4096;
     const std::string name = inputName(path) + ": ";
     const bool isStandardInput = path == "-";
-    const Stream file(isStandardInput ? nullptr : std::fopen(path.c_str(), "rbe"), &std::fclose);
+    const Stream file(isStandardInput ? nullptr : std::fopen(path.c_str(), "rbe"));
     std::FILE* stream = isStandardInput ? stdin : file.get();
     if (stream == nullptr) {
         return {.failure = name + std::strerror(errno), .content = {}};

@@ -10,12 +10,11 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <utility>
 
-namespace {
+#include "project/stream.h"
 
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
+namespace {
 
 /// Holds the signals back that a terminal or a service manager sends to end the process, but those
 /// that it ignores.
@@ -90,7 +89,7 @@ public:
         if (copy == -1) {
             return false;
         }
-        const Stream stream(::fdopen(copy, "w+b"), &std::fclose);
+        const Stream stream(::fdopen(copy, "w+b"));
         if (stream == nullptr) {
             ::close(copy);
             return false;

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <vector>
 
 #include "core/hash.h"
 #include "tests/support/random_operands.h"

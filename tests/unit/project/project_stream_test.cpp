@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <memory>
 #include <utility>
 
 #include "project/project_file.h"
+#include "project/stream.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/failing_calls.h"
 #include "tests/support/open_files.h"
@@ -77,8 +77,7 @@ TEST_F(ProjectStream, ThatFailsInAnyCallOfSealHeaderLeavesTheFileAsItIs) {
     std::fill(unsealed.begin(), unsealed.begin() + 24, std::uint8_t{0xEE});
     folder.write("project", unsealed);
     const auto seal = [this] {
-        const std::unique_ptr<std::FILE, decltype(&std::fclose)> stream(
-            std::fopen(path.c_str(), "r+b"), &std::fclose);
+        const Stream stream(std::fopen(path.c_str(), "r+b"));
         return stream != nullptr && file.sealHeader(stream.get());
     };
     const unsigned calls = failEachCall(seal, [&](unsigned number, bool answer) {

@@ -4,17 +4,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <memory>
 
 #include "project/project_file.h"
+#include "project/stream.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
-
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
 const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
 
@@ -29,7 +27,7 @@ protected:
 
     Stream openFile(const Bytes& bytes, const char* mode = "r+b") const {
         folder.write("project", bytes);
-        return {std::fopen(path.c_str(), mode), &std::fclose};
+        return Stream(std::fopen(path.c_str(), mode));
     }
 
     /// What stands in the file once the stream is closed.
@@ -123,7 +121,7 @@ TEST_F(SealHeader, LeavesAHeaderWithoutABodyAsItIs) {
 TEST_F(SealHeader, LeavesABodyThatCannotBeReadAsItIs) {
     const Bytes bytes = withoutHeader(projectBytes(someValues));
     openFile(bytes);
-    Stream stream(std::fopen(path.c_str(), "ab"), &std::fclose);
+    Stream stream(std::fopen(path.c_str(), "ab"));
     EXPECT_FALSE(file.sealHeader(stream.get()));
     EXPECT_EQ(closed(stream), bytes);
     expectStoreUnchanged();
@@ -140,7 +138,7 @@ TEST_F(SealHeader, FailsWhenTheHeaderCannotBeWritten) {
 TEST_F(SealHeader, FailsOnAStreamThatHasNoPositions) {
     std::array<int, 2> ends;
     ASSERT_EQ(::pipe(ends.data()), 0);
-    Stream stream(::fdopen(ends[0], "rb"), &std::fclose);
+    Stream stream(::fdopen(ends[0], "rb"));
     EXPECT_FALSE(file.sealHeader(stream.get()));
     ::close(ends[1]);
     expectStoreUnchanged();
