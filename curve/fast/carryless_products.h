@@ -1,14 +1,18 @@
 #pragma once
 
+#if defined(__x86_64__)
 #include <emmintrin.h>
 #include <wmmintrin.h>
+#endif
 
-#include <cstddef>
 #include <cstdint>
 
+#include "curve/fast/plain_products.h"
 #include "curve/field_163.h"
 
 namespace core {
+
+#if defined(__x86_64__)
 
 /// Products by the processor's carry-less multiplication, whose time does not depend on its
 /// operands. A source that includes this is compiled with -mpclmul, and what it holds may run only
@@ -51,5 +55,9 @@ private:
                 lowWord(high),   lowWord(_mm_srli_si128(high, 8))};
     }
 };
+
+#else
+using CarrylessProducts = PlainProducts;
+#endif
 
 }  // namespace core
