@@ -16,7 +16,7 @@ rm -rf profiles
 for name in "${tests[@]}"; do
     "tests/$name" --gtest_brief=1
 done
-llvm-profdata-14 merge -sparse profiles/*.profraw -o profiles/all.profdata
-llvm-cov-14 export sign.cgi -object=projectctl "${tests[@]/#/-object=tests/}" \
+llvm-profdata merge -sparse profiles/*.profraw -o profiles/all.profdata
+llvm-cov export sign.cgi -object=projectctl "${tests[@]/#/-object=tests/}" \
     -instr-profile=profiles/all.profdata >coverage.json
 /usr/bin/python3 -B ../../scripts/coverage_report.py coverage.json

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that are missing, by what they are for:
+# Installs the Debian packages that are missing, by what they are for:
 #
 #   scripts/install-packages.sh PURPOSE...
 #
-# PURPOSE is build, serve, test, suite, clang, lint, coverage, bench, package or units. Says nothing when
-# all of them are there. A server that is installed is neither started nor enabled.
+# PURPOSE is build, serve, test, suite, clang, lint, coverage, bench, package or units; Debian 12 has all
+# of them, Debian 13 those of the first five. Says nothing when all of them are there. A server that is installed is neither started nor enabled.
 set -euo pipefail
 
 declare -A packages=(
@@ -14,9 +14,10 @@ declare -A packages=(
     [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema openapi-specification util-linux mount"
     [suite]="valgrind strace curl mandoc pkg-config apache2-bin lighttpd nginx fcgiwrap
              chromium chromium-driver python3-selenium nodejs"
-    [clang]="clang-14 libclang-rt-14-dev"
-    [lint]="clang-format-14 clang-tidy-14 cppcheck shellcheck"
-    [coverage]="clang-14 llvm-14"
+    [clang]="clang libclang-rt-dev"
+    # The layout of the sources is of this version of the formatter, which Debian 12 has.
+    [lint]="clang-format-14 clang-tidy cppcheck shellcheck"
+    [coverage]="clang llvm"
     [bench]="libbenchmark-dev pkg-config libssl-dev openssl valgrind strace python3 lighttpd nginx fcgiwrap wrk
             librhash-dev libgcrypt20-dev libbotan-2-dev nettle-dev libcrypto++-dev"
     [package]="lintian mmdebstrap mandoc util-linux"
