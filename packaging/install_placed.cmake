@@ -33,3 +33,12 @@ foreach(configuration IN LISTS configurations)
     endif()
     install_placed(deploy/${configuration} FILE)
 endforeach()
+
+# Debian's zsh looks for the completions of packages in one folder, and for those of an administrator
+# under /usr/local in another.
+set(functions site-functions)
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(functions vendor-completions)
+endif()
+file(INSTALL "${source}/completions/_projectctl"
+    DESTINATION "${CMAKE_INSTALL_PREFIX}/share/zsh/${functions}" TYPE FILE)

@@ -12,7 +12,7 @@ declare -A packages=(
     [serve]="lighttpd curl"
     # The quick tests; and what the whole suite takes beside them.
     [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema openapi-specification util-linux mount"
-    [suite]="valgrind strace curl mandoc pkg-config apache2-bin lighttpd nginx fcgiwrap
+    [suite]="valgrind strace curl mandoc groff-base pkg-config zsh fish apache2-bin lighttpd nginx fcgiwrap
              chromium chromium-driver python3-selenium nodejs"
     [clang]="clang libclang-rt-dev"
     # The layout of the sources is of this version of the formatter, which Debian 12 has.

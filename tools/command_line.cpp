@@ -2,18 +2,18 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <new>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "tools/argument_errors.h"
 #include "tools/commands/check_command.h"
 #include "tools/commands/convert_command.h"
 #include "tools/commands/create_command.h"
+#include "tools/commands/digest_command.h"
 #include "tools/commands/explain_command.h"
 #include "tools/commands/export_command.h"
 #include "tools/commands/show_command.h"
@@ -21,6 +21,7 @@
 #include "tools/commands/strip_command.h"
 #include "tools/commands/verify_command.h"
 #include "tools/exit_status.h"
+#include "tools/help_format.h"
 #include "tools/report.h"
 
 namespace {
@@ -38,29 +39,6 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
     return {replace, ""};
 }
 
-/// Throws if an option that takes one value stands there more than once.
-void refuseRepetition(const CLI::App& command) {
-    for (const CLI::Option* option : command.get_options()) {
-        const bool takesAll = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
-        if (option->count() > 1 && !takesAll) {
-            throw CLI::ArgumentMismatch(option->get_name() + " is given " +
-                                        std::to_string(option->count()) + " times");
-        }
-    }
-}
-
-/// Throws if a word says "--option=" and no more: the parser would take the next word for its
-/// value.
-void refuseEmptyValues(int argumentCount, const char* const* arguments) {
-    for (int i = 1; i < argumentCount && std::string_view(arguments[i]) != "--"; ++i) {
-        const std::string_view word = arguments[i];
-        if (word.starts_with("--") && word.find('=') == word.size() - 1) {
-            throw CLI::ArgumentMismatch(std::string(word.substr(0, word.size() - 1)) +
-                                        " is given no value");
-        }
-    }
-}
-
 constexpr const char* version = "projectctl " SIGN_VERSION;
 
 /// The parser's commands, each of which sets `run` to what it does.
@@ -70,7 +48,8 @@ public:
         app_.require_subcommand(0, 1);
         app_.set_version_flag("--version", version, "Print the version and exit");
         app_.set_help_flag("-h,--help", "Print this help and exit");
-        app_.footer("'projectctl COMMAND --help' tells more of each, with an example.");
+        app_.formatter(helpFormat({"COMMAND [OPTION]... [ARGUMENT]...", "help [COMMAND]"}));
+        app_.footer("'projectctl help COMMAND' tells more of each, with an example.");
         addCreate();
         addShow();
         addCheck();
@@ -80,21 +59,31 @@ public:
         addExplain();
         addExport();
         addConvert();
+        addDigest();
     }
 
     int run(int argumentCount, const char* const* arguments) {
+        if (argumentCount < 2) {
+            reportText(helpOf(app_));
+            return exitFailed;
+        }
+        std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+        if (words.front() == "help") {
+            words.erase(words.begin());
+            words.emplace_back("--help");
+        }
         try {
-            refuseEmptyValues(argumentCount, arguments);
-            app_.parse(argumentCount, arguments);
-            if (command_ == nullptr) {
-                throw CLI::RequiredError("a command");
-            }
+            parse(words);
         } catch (const CLI::Success& success) {
             app_.exit(success);
             std::cout.flush();
             return flushOutput() ? exitDone : exitFailed;
         } catch (const CLI::ParseError& error) {
-            return reportFailure(messageOf(error) + "; see 'projectctl --help'");
+            const int status = reportFailure(argumentError(app_, words.front(), error));
+            if (namesNoCommand(app_, words.front())) {
+                reportText("\n" + helpOf(app_));
+            }
+            return status;
         }
         try {
             const int status = command_();
@@ -105,37 +94,24 @@ public:
     }
 
 private:
-    /// What is wrong with the arguments. What is surplus among them comes first: it may be the
-    /// misspelt form of what is missing.
-    std::string messageOf(const CLI::ParseError& error) const {
-        const std::vector<std::string> surplus = app_.remaining(true);
-        const bool mayBeMisspelt = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ||
-                                   dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-        if (mayBeMisspelt && !surplus.empty()) {
-            const auto option =
-                std::find_if(surplus.begin(), surplus.end(), [](const std::string& word) {
-                    return word.size() > 1 && word.starts_with('-') && word != "--";
-                });
-            if (app_.get_subcommands().empty() && option != surplus.begin()) {
-                return "unknown command: " + surplus.front();
-            }
-            return option != surplus.end() ? "unknown option: " + *option
-                                           : "not expected: " + CLI::detail::join(surplus, " ");
+    void parse(std::vector<std::string> words) {
+        // The parser prints the list for any unknown command that asks for help.
+        if (namesNoCommand(app_, words.front())) {
+            throw CLI::ExtrasError(words);
         }
-        std::string message = error.what();
-        message.erase(message.find_last_not_of(" \n") + 1);
-        // The parser leaves out the dashes of the name here.
-        constexpr std::string_view ofFlag = " was given a disallowed flag override";
-        if (message.ends_with(ofFlag)) {
-            message.erase(message.size() - ofFlag.size());
-            return "--" + message + " takes no value";
+        refuseEmptyValues(words);
+        // It takes the words from the back.
+        std::reverse(words.begin(), words.end());
+        app_.parse(words);
+        if (command_ == nullptr) {
+            throw CLI::RequiredError("a command");
         }
-        return message;
     }
 
     CLI::App* addCommand(const std::string& name, const std::string& description,
                          const std::string& example) {
-        CLI::App* command = app_.add_subcommand(name, description);
+        CLI::App* command = app_.add_subcommand(name, description)->group("Commands");
+        command->formatter(helpFormat());
         command->footer("Example:\n  projectctl " + example);
         return command;
     }
@@ -240,6 +216,14 @@ private:
     }
 
     void addConvert();
+    void addDigest() {
+        CLI::App* command =
+            addCommand("digest", "Write the digest of a file for other software to verify",
+                       "digest letter.txt > digest.bin");
+        addPath(command, "FILE", digest_.file, "", "The file to digest (-: standard input)");
+        addJson(command, digest_.json);
+        onCommand(command, digest_, digestCommand);
+    }
 
     CLI::App app_{"Makes, inspects and uses the projects that sign.cgi signs and verifies under.",
                   "projectctl"};
@@ -252,12 +236,16 @@ private:
     ExplainOptions explain_;
     ExportOptions export_;
     ConvertOptions convert_;
+    DigestOptions digest_;
     std::function<int()> command_;
 };
 
 void CommandLine::addVerify() {
     CLI::App* command = addCommand("verify", "Verify a signature of a file, or a list of them",
                                    "verify public.project \"$signature\" letter.txt");
+    command->formatter(helpFormat({"[OPTION]... PROJECT SIGNATURE [FILE]",
+                                   "[OPTION]... PROJECT --signature-file FILE [FILE]",
+                                   "[OPTION]... PROJECT --check LIST"}));
     addPath(command, "PROJECT", verify_.project, "", "The project file")->required();
     CLI::Option* signature = addOption(command, "SIGNATURE", verify_.signature, "",
                                        "The text of the signature; not with --signature-file");
@@ -307,6 +295,9 @@ void CommandLine::addExplain() {
     CLI::App* command =
         addCommand("explain", "Tell how the program answers a request, and why",
                    "explain --project my.project --file letter.txt --signature \"$signature\"");
+    command->formatter(
+        helpFormat({"--body FILE [OPTION]...", "--project FILE --data TEXT|--file FILE [OPTION]...",
+                    "--rules [--json]"}));
     CLI::Option* body =
         addPath(command, "--body", explain_.body, "FILE", "The request's body (-: standard input)");
     CLI::Option* type = addOption(command, "--content-type", explain_.contentType, "TYPE",
@@ -354,30 +345,22 @@ void CommandLine::addExplain() {
 }
 
 void CommandLine::addConvert() {
-    CLI::App* command =
-        addCommand("convert", "Convert a signature, or digest a file, for other software",
-                   "convert \"$signature\" --to der > signature.der");
-    CLI::Option* signature =
-        addOption(command, "SIGNATURE", convert_.signature, "",
-                  "The signature; in DER, the file that holds it (-: standard input)");
-    CLI::Option* from = addOption(command, "--from", convert_.from, "text|der|hex",
-                                  "The form of the signature (default: text)")
-                            ->transform(oneOf({"text", "der", "hex"}));
+    CLI::App* command = addCommand("convert", "Convert a signature for other software",
+                                   "convert \"$signature\" --to der > signature.der");
+    command->formatter(
+        helpFormat({"[--from FORM] --to FORM SIGNATURE", "[--from FORM] --json SIGNATURE"}));
+    addOption(command, "SIGNATURE", convert_.signature, "",
+              "The signature; in DER, the file that holds it (-: standard input)")
+        ->required();
+    addOption(command, "--from", convert_.from, "text|der|hex",
+              "The form of the signature (default: text)")
+        ->transform(oneOf({"text", "der", "hex"}));
     CLI::Option* to = addOption(command, "--to", convert_.to, "text|der|hex", "The form to write")
                           ->transform(oneOf({"text", "der", "hex"}));
-    CLI::Option* digest =
-        addPath(command, "--digest-of", convert_.digestOf, "FILE",
-                "Write the file's digest in the order of bytes that other software wants");
-    from->needs(signature);
-    to->needs(signature);
-    digest->excludes(signature);
     addJson(command, convert_.json);
     command->callback([=, this] {
         refuseRepetition(*command);
-        if (signature->empty() && digest->empty()) {
-            throw CLI::RequiredError("SIGNATURE or --digest-of");
-        }
-        if (!signature->empty() && to->empty() && !convert_.json) {
+        if (to->empty() && !convert_.json) {
             throw CLI::RequiredError("--to or --json");
         }
         if (!to->empty() && convert_.json) {

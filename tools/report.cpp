@@ -1,5 +1,7 @@
 #include "tools/report.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,7 +20,11 @@ int reportFailure(const std::string& message) {
 }
 
 void reportRemark(const std::string& message) {
-    std::fputs(messageLine(message).c_str(), stderr);
+    reportText(messageLine(message));
+}
+
+void reportText(const std::string& text) {
+    std::fputs(text.c_str(), stderr);
 }
 
 void printLine(const std::string& line) {
@@ -35,6 +41,10 @@ std::string jsonText(const nlohmann::ordered_json& value) {
 
 void printJson(const nlohmann::ordered_json& value) {
     printText(jsonText(value) + "\n");
+}
+
+bool isOutputTerminal() {
+    return ::isatty(STDOUT_FILENO) == 1;
 }
 
 bool flushOutput() {

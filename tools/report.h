@@ -16,6 +16,9 @@ int reportFailure(const std::string& message);
 /// Writes `messageLine` to standard error; the command goes on.
 void reportRemark(const std::string& message);
 
+/// Writes these bytes, which the program itself has chosen, to standard error as they stand.
+void reportText(const std::string& text);
+
 /// Writes a line, and the line feed behind it, to standard output.
 void printLine(const std::string& line);
 
@@ -27,6 +30,9 @@ std::string jsonText(const nlohmann::ordered_json& value);
 
 /// Writes the value so on a line of standard output.
 void printJson(const nlohmann::ordered_json& value);
+
+/// Whether standard output is a terminal, which shows no bytes but those of text.
+bool isOutputTerminal();
 
 /// Whether all that was printed went out; says so on standard error if not.
 bool flushOutput();

@@ -88,7 +88,7 @@ TEST(InheritedDescriptors, AreNoneOfProjectctl) {
                  {"explain", "--project", project, "--data", "x", "--signature", text},
                  {"export", project},
                  {"convert", letter, "--from", "der", "--to", "hex"},
-                 {"convert", "--digest-of", letter}}) {
+                 {"digest", letter}}) {
             DescriptorWatch watch{.refusedFlag = flag, .error = error};
             CallTracer tracer(std::ref(watch));
             ProgramCall call = projectctlCall(arguments, "data");

@@ -63,7 +63,7 @@ TEST_F(HostileNames, AreShownEscapedByEveryCommand) {
         {"explain", "--project", project, "--file", missing},
         {"explain", "--project", project, "--data", "x", "--data-encoding", hostile},
         {"export", missing},
-        {"convert", "--digest-of", missing},
+        {"digest", missing},
         {"convert", missing, "--from", "der", "--to", "hex"},
         {"convert", "AAAA", "--to", hostile},
         {"show", project, hostile},

@@ -29,6 +29,7 @@ FILES = {
     "share/doc/sign-cgi/examples/verify/verify.c": "644",
     "share/doc/sign-cgi/examples/verify/verify.mjs": "755",
     "share/doc/sign-cgi/examples/verify/verify.py": "755",
+    "share/fish/vendor_completions.d/projectctl.fish": "644",
     "share/man/man1/projectctl.1.gz": "644",
     "share/man/man5/project-file.5.gz": "644",
     "share/man/man8/nph-sign.cgi.8.gz": "-> sign.cgi.8.gz",
@@ -57,7 +58,8 @@ CONFIGURATIONS = {
 def under_a_prefix():
     """The files of `cmake --install` below its prefix."""
     return FILES | DEVELOPMENT | {f"share/doc/sign-cgi/examples/{name}": "644"
-                    for name in CONFIGURATIONS.values()}
+                                  for name in CONFIGURATIONS.values()} | {
+        "share/zsh/site-functions/_projectctl": "644"}
 
 
 def under_usr():
@@ -68,7 +70,8 @@ def under_usr():
 def of_the_service():
     """Those that the Debian package has as well."""
     return {f"usr/{path}": mode for path, mode in FILES.items()} | {
-        path: "644" for path in CONFIGURATIONS}
+        path: "644" for path in CONFIGURATIONS} | {
+        "usr/share/zsh/vendor-completions/_projectctl": "644"}
 
 
 def of_the_package():

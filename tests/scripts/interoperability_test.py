@@ -139,7 +139,7 @@ class CommandsOfTheDocument(unittest.TestCase):
         for _ in range(20):
             self.write_letter()
             status, _, errors, _ = self.run_commands(
-                self.digest_there + "projectctl convert --digest-of letter.txt | cmp - digest.bin\n")
+                self.digest_there + "projectctl digest letter.txt | cmp - digest.bin\n")
             self.assertEqual((status, errors), (0, ""))
 
     def test_all_forms_say_the_same(self):

@@ -15,13 +15,17 @@ LACKS = {
     "ProgramUnderValgrind": "valgrind",
     "ProjectctlOpens": "strace",
     "ProjectctlManual": "mandoc",
+    "ProjectctlCompletionInBash": "bash",
+    "ProjectctlCompletionInZsh": "zsh",
+    "ProjectctlCompletionInFish": "fish",
     "ProjectctlInteroperability": "openssl",
     "CheckCommits, ReleaseFigures": "git",
     "ServedByLighttpd": "curl",
     "ServedExamples": "chromium",
     "Verifiers": "pkg-config",
 }
-QUICK = {"ProjectctlInteroperability", "CheckCommits, ReleaseFigures", "ProgramHttpInterface"}
+QUICK = {"ProjectctlInteroperability", "ProjectctlCompletionInBash",
+         "CheckCommits, ReleaseFigures", "ProgramHttpInterface"}
 
 
 class LeftOut(unittest.TestCase):

@@ -30,12 +30,31 @@ class ManualPages(unittest.TestCase):
         self.assertEqual({page.name for page in MANUAL.iterdir()},
                          {"projectctl.1", "project-file.5", "sign.cgi.8"})
 
+    def test_their_heading_names_no_operating_system(self):
+        for page in MANUAL.iterdir():
+            shown = subprocess.run(["groff", "-mdoc", "-Tascii", "-P-cbou", page], check=True,
+                                   capture_output=True, text=True).stdout
+            name = page.stem.upper() + f"({page.suffix[1]})"
+            with self.subTest(page=page.name):
+                self.assertRegex(shown.splitlines()[0],
+                                 rf"^{re.escape(name)} +[A-Z][A-Za-z' ]+ Manual +{re.escape(name)}$")
+                self.assertNotIn("BSD", shown)
+
+    def test_they_refer_to_each_other(self):
+        pages = {page.stem: page.suffix[1] for page in MANUAL.iterdir()}
+        for page in MANUAL.iterdir():
+            references = page.read_text(encoding="utf-8").partition(".Sh SEE ALSO\n")[2]
+            named = dict(re.findall(r"^\.Xr (\S+) (\d)", references, re.MULTILINE))
+            with self.subTest(page=page.name):
+                self.assertLessEqual({name: section for name, section in pages.items()
+                                      if name != page.stem}.items(), named.items())
+
     def help_of(self, *arguments):
         return subprocess.run([self.programs / "projectctl", *arguments, "--help"], check=True,
                               capture_output=True, text=True).stdout
 
     def commands(self):
-        return re.findall(r"^  ([a-z]+) ", self.help_of().partition("Subcommands")[2], re.MULTILINE)
+        return re.findall(r"^  ([a-z]+) ", self.help_of().partition("Commands:")[2], re.MULTILINE)
 
     def test_tells_of_every_command_and_option_and_of_no_other(self):
         text = PAGE.read_text(encoding="utf-8")
@@ -45,7 +64,7 @@ class ManualPages(unittest.TestCase):
                       for name, body in zip(sections[1::2], sections[2::2])}
         self.assertEqual(documented.pop("Options without a command"), {"help", "version"})
         in_help = {
-            command: set(re.findall(r"^  (?:-[a-z],)?--([a-z-]+)", self.help_of(command), re.MULTILINE))
+            command: set(re.findall(r"^  (?:-[a-z], )?--([a-z-]+)", self.help_of(command), re.MULTILINE))
             - {"help"}
             for command in self.commands()}
         self.assertEqual(documented, in_help)
@@ -73,7 +92,7 @@ class ManualPages(unittest.TestCase):
             body = body.partition("\n.Nm\n")[0]
             shown.setdefault(name, set()).update(re.findall(r"Fl -([a-z-]+)", body))
         for command in self.commands():
-            in_help = set(re.findall(r"^  (?:-[a-z],)?--([a-z-]+)", self.help_of(command),
+            in_help = set(re.findall(r"^  (?:-[a-z], )?--([a-z-]+)", self.help_of(command),
                                      re.MULTILINE)) - {"help"}
             self.assertEqual(shown[command], in_help, command)
 
@@ -133,7 +152,7 @@ class ManualPages(unittest.TestCase):
                     ["sh", "-c", "signature=AAAA\n" + example], cwd=folder, check=False,
                     env={"PATH": f"{self.programs}:{os.environ['PATH']}"},
                     capture_output=True, text=True)
-                self.assertNotIn("see 'projectctl --help'", shell.stderr)
+                self.assertNotIn("--help'", shell.stderr)
 
 
 if __name__ == "__main__":

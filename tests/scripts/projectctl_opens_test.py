@@ -23,13 +23,17 @@ COMMANDS = [
     "sign PROJECT FILE",
     "verify PROJECT SIGNATURE FILE",
     "verify PROJECT abc FILE",
-    "convert --digest-of FILE",
+    "verify PROJECT OTHER FILE",
+    "verify SIGNATURE FILE PROJECT",
+    "verify FILE SIGNATURE PROJECT",
+    "digest FILE",
     "explain --project PROJECT --data abc",
     "explain --project PROJECT --data abc --signature SIGNATURE",
     "explain --project PROJECT --file FILE",
     "explain --project PROJECT --file FILE --signature SIGNATURE",
 ]
-FROM_STANDARD_INPUT = ["sign PROJECT -", "verify PROJECT SIGNATURE -", "convert --digest-of -"]
+FROM_STANDARD_INPUT = ["sign PROJECT -", "verify PROJECT SIGNATURE -", "verify PROJECT OTHER -",
+                       "digest -"]
 SIZES = {"letter": 1000, "empty": 0, "too-large": 1 << 31, "no-bytes": 1 << 32,
          "first-bytes": (1 << 32) + 5}
 FILES = [*SIZES, "folder", "fifo", "missing"]
@@ -55,6 +59,7 @@ class Opens(unittest.TestCase):
         sound = (self.folder / "sound").read_bytes()
         (self.folder / "damaged").write_bytes(sound[:-1] + bytes([sound[-1] ^ 1]))
         self.signature = self.run_command("sign", "sound", "letter").stdout.decode().strip()
+        self.other = self.run_command("sign", "sound", "first-bytes").stdout.decode().strip()
 
     def run_command(self, *words, before=(), **settings):
         return subprocess.run([*before, self.program, *words], cwd=self.folder,
@@ -74,7 +79,8 @@ class Opens(unittest.TestCase):
                 for found in OPEN.finditer(trace)]
 
     def words_of(self, command, project, file):
-        names = {"PROJECT": project, "FILE": file, "SIGNATURE": self.signature}
+        names = {"PROJECT": project, "FILE": file, "SIGNATURE": self.signature,
+                 "OTHER": self.other}
         return [names.get(word, word) for word in command.split()]
 
     def test_a_command_opens_what_it_works_on_once(self):

@@ -1,4 +1,4 @@
-"""Signs and verifies large files and pipes with projectctl, on a terminal and without one.
+"""Runs projectctl on a terminal and without one: large files and pipes, input that is typed, binary output.
 
     projectctl_terminal_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
 """
@@ -45,7 +45,7 @@ class Terminal:
         return self.output
 
 
-class LargeFiles(unittest.TestCase):
+class OnATerminal(unittest.TestCase):
     programs = None
 
     def setUp(self):
@@ -54,11 +54,83 @@ class LargeFiles(unittest.TestCase):
         self.folder = Path(folder.name)
         self.run_projectctl("create", "project")
 
-    def run_projectctl(self, *arguments, **options):
+    def output_of(self, *arguments, **options):
         return subprocess.run([self.programs / "projectctl", *arguments], cwd=self.folder,
                               check=True, timeout=SECONDS_FOR_A_COMMAND,
-                              stdout=subprocess.PIPE, **options).stdout.decode().rstrip("\n")
+                              stdout=subprocess.PIPE, **options).stdout
 
+    def run_projectctl(self, *arguments, **options):
+        return self.output_of(*arguments, **options).decode().rstrip("\n")
+
+
+class TypedInput(OnATerminal):
+    WAITING = b"projectctl: waiting for standard input; Ctrl-D at the start of a line ends it\n"
+
+    def run_typing(self, text, *arguments):
+        """The status, output and errors of a command into which this text is typed."""
+        terminal = Terminal()
+        try:
+            with subprocess.Popen([self.programs / "projectctl", *arguments], cwd=self.folder,
+                                  stdin=terminal.theirs, stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE) as running:
+                os.write(terminal.ours, text)
+                output, errors = running.communicate(timeout=SECONDS_FOR_A_COMMAND)
+        finally:
+            terminal.close()
+        return running.returncode, output, errors
+
+    def test_a_command_says_that_it_waits(self):
+        signature = self.run_projectctl("sign", "project", input=b"letter\n")
+        (self.folder / "signature").write_text(signature)
+        (self.folder / "letter").write_text("letter\n")
+        end = b"\x04"
+        for text, arguments, said in (
+                (b"letter\n", ["verify", "project", signature], b"true\n"),
+                (b"letter\n", ["verify", "project", signature, "-"], b"true\n"),
+                (signature.encode() + b"\n",
+                 ["verify", "project", "--signature-file", "-", "letter"], b"true\n"),
+                (f"{signature}  letter\n".encode(), ["verify", "project", "--check", "-"],
+                 b"letter: OK\n"),
+                (signature.encode() + b"\n", ["convert", "-", "--to", "text"],
+                 signature.encode() + b"\n"),
+                (b"7\n", ["create", "new", "--from-scalar", "-"], b"")):
+            with self.subTest(arguments):
+                self.assertEqual(self.run_typing(text + end, *arguments), (0, said, self.WAITING))
+        status, output, errors = self.run_typing(b"letter\n" + end, "sign", "project")
+        self.assertEqual((status, errors), (0, self.WAITING))
+        self.assertRegex(output, rb"\A\S{40,56}\n\Z")
+
+    def test_a_command_does_not_wait_for_what_it_does_not_read(self):
+        (self.folder / "letter").write_text("letter\n")
+        for arguments in (["sign", "project", "letter"], ["show", "project"]):
+            with self.subTest(arguments):
+                status, _, errors = self.run_typing(b"", *arguments)
+                self.assertEqual((status, errors), (0, b""))
+
+
+class BinaryOutput(OnATerminal):
+    def test_is_not_written_to_a_terminal(self):
+        (self.folder / "letter").write_text("letter\n")
+        signature = self.run_projectctl("sign", "project", "letter")
+        for arguments, words in (
+                (["convert", signature, "--to", "der"],
+                 "DER is binary; redirect it to a file, or take --to hex"),
+                (["digest", "letter"], "a digest is binary; redirect it to a file, or take --json")):
+            terminal = Terminal()
+            try:
+                run = subprocess.run([self.programs / "projectctl", *arguments], cwd=self.folder,
+                                     check=False, stdout=terminal.theirs, stderr=subprocess.PIPE,
+                                     timeout=SECONDS_FOR_A_COMMAND)
+            finally:
+                shown = terminal.close()
+            with self.subTest(arguments):
+                self.assertEqual((run.returncode, shown), (2, b""))
+                self.assertEqual(run.stderr.decode(),
+                                 f"projectctl: standard output: is a terminal, and {words}\n")
+                self.assertNotEqual(self.output_of(*arguments), b"")
+
+
+class LargeFiles(OnATerminal):
     def run_on_terminal(self, *arguments):
         terminal = Terminal()
         try:
@@ -115,7 +187,7 @@ class LargeFiles(unittest.TestCase):
 
     def test_a_file_that_is_cut_meanwhile_is_named(self):
         name = "file\x1b[m"
-        for command in (["sign", "project", name], ["convert", "--digest-of", name],
+        for command in (["sign", "project", name], ["digest", name],
                         ["explain", "--project", "project", "--file", name]):
             with self.subTest(command=command):
                 self.assertEqual(self.end_when_cut_meanwhile(command, name),
@@ -147,5 +219,5 @@ class LargeFiles(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    LargeFiles.programs = Path(os.environ.get("SIGN_PROGRAM_FOLDER") or sys.argv[1]).resolve()
+    OnATerminal.programs = Path(os.environ.get("SIGN_PROGRAM_FOLDER") or sys.argv[1]).resolve()
     unittest.main(argv=sys.argv[:1])

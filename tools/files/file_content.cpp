@@ -11,9 +11,9 @@ namespace {
 
 bool readAll(std::FILE* stream, std::string& content) {
     std::string chunk(1 << 16, '\0');
-    std::size_t count = 0;
-    while ((count = std::fread(chunk.data(), 1, chunk.size(), stream)) != 0) {
-        content.append(chunk, 0, count);
+    // Behind its end, a terminal may be read further.
+    while (std::feof(stream) == 0 && std::ferror(stream) == 0) {
+        content.append(chunk, 0, std::fread(chunk.data(), 1, chunk.size(), stream));
     }
     return std::ferror(stream) == 0;
 }
@@ -23,6 +23,9 @@ bool readAll(std::FILE* stream, std::string& content) {
 std::optional<std::string> readContent(const std::string& path, std::string& content) {
     const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"));
     std::FILE* stream = path == "-" ? stdin : file.get();
+    if (path == "-") {
+        reportWaiting();
+    }
     if (stream == nullptr || !readAll(stream, content)) {
         return inputName(path) + ": " + std::strerror(errno);
     }

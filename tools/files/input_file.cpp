@@ -14,6 +14,7 @@
 #include "tools/counted_text.h"
 #include "tools/files/cut_file.h"
 #include "tools/files/write_all.h"
+#include "tools/report.h"
 #include "tools/rules.h"
 
 namespace {
@@ -75,6 +76,12 @@ std::string inputName(const std::string& path) {
     return path == "-" ? "standard input" : path;
 }
 
+void reportWaiting() {
+    if (::isatty(STDIN_FILENO) == 1) {
+        reportRemark("waiting for standard input; Ctrl-D at the start of a line ends it");
+    }
+}
+
 std::optional<std::string> openInputFile(const std::string& path, InputFile& file) {
     if (path != "-") {
         file.path = path;
@@ -91,6 +98,7 @@ std::optional<std::string> openInputFile(const std::string& path, InputFile& fil
         return folder + ": no copy of standard input: " + std::strerror(errno);
     }
     file.path = descriptorPath(file.descriptor);
+    reportWaiting();
     return copyStandardInput(file.descriptor, folder);
 }
 

@@ -20,6 +20,9 @@ struct InputFile {
 /// What a person calls the file at `path`; standard input is "-".
 std::string inputName(const std::string& path);
 
+/// Says on standard error that standard input is waited for, if it is a terminal.
+void reportWaiting();
+
 /// Makes `file`, which must be new, stand for the file at `path`, or for what standard input holds
 /// if `path` is "-". Returns what went wrong, or nothing.
 ///

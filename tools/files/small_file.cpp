@@ -15,6 +15,9 @@ SmallFile readSmallFile(const std::string& path, const std::string& what) {
     const bool isStandardInput = path == "-";
     const Stream file(isStandardInput ? nullptr : std::fopen(path.c_str(), "rbe"));
     std::FILE* stream = isStandardInput ? stdin : file.get();
+    if (isStandardInput) {
+        reportWaiting();
+    }
     if (stream == nullptr) {
         return {.failure = name + std::strerror(errno), .content = {}};
     }

@@ -1,10 +1,7 @@
 #include "tools/commands/convert_command.h"
 
 #include <gtest/gtest.h>
-#include <openssl/ripemd.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -23,16 +20,8 @@ using namespace std::string_literals;
 
 CommandEnd convert(const std::string& signature, SignatureForm from, SignatureForm to,
                    bool json = false) {
-    return runCommand(
-        convertCommand,
-        {.signature = signature, .from = from, .to = to, .digestOf = {}, .json = json});
-}
-
-CommandEnd digest(const std::string& path, bool json = false) {
-    ConvertOptions options;
-    options.digestOf = path;
-    options.json = json;
-    return runCommand(convertCommand, options);
+    return runCommand(convertCommand,
+                      {.signature = signature, .from = from, .to = to, .json = json});
 }
 
 CommandEnd done(const std::string& output) {
@@ -156,44 +145,6 @@ TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
     const ScopedInput input(std::string(5000, 'A'));
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::der),
               failed("standard input: has more than 4096 bytes, which is no signature"));
-}
-
-TEST_F(ConvertCommand, WritesTheDigestOfAFileReversed) {
-    for (const std::size_t size : {1U, 20U, 55U, 56U, 64U, 100000U}) {
-        const Bytes data = randomBytes(size);
-        Bytes expected(RIPEMD160_DIGEST_LENGTH);
-        RIPEMD160(data.data(), data.size(), expected.data());
-        std::reverse(expected.begin(), expected.end());
-        const std::string path = folder.write("data", data);
-        EXPECT_EQ(bytesOf(digest(path).output), expected);
-        const std::string json =
-            "{\"digest\":\"" + hexadecimalFromBytes(expected.data(), expected.size()) + "\"}\n";
-        EXPECT_EQ(digest(path, true), done(json));
-        const ScopedInput input(std::string(data.begin(), data.end()));
-        EXPECT_EQ(digest("-", true), done(json));
-    }
-}
-
-TEST_F(ConvertCommand, DigestsWhatTheProgramWouldSignOfALargeFile) {
-    const Bytes first = {1, 2, 3, 4, 5};
-    const CommandEnd small = digest(folder.write("small", first));
-    const std::string path = folder.write("large", first);
-    std::filesystem::resize_file(path, (std::uintmax_t{1} << 32) + first.size());
-    const CommandEnd large = digest(path);
-    EXPECT_EQ(large.output, small.output);
-    EXPECT_EQ(large.status, exitDone);
-    EXPECT_EQ(large.errors,
-              "projectctl: " + path + ": only the first 5 bytes of 4294967301 count\n");
-}
-
-TEST_F(ConvertCommand, RefusesToDigestWhatCannotBeSigned) {
-    const std::string empty = folder.write("empty", {});
-    EXPECT_EQ(digest(empty), failed(empty + ": is empty"));
-    const std::string missing = folder.file("missing");
-    EXPECT_EQ(digest(missing).status, exitFailed);
-    EXPECT_TRUE(digest(missing).errors.starts_with("projectctl: " + missing + ": "));
-    const ScopedInput input("");
-    EXPECT_EQ(digest("-"), failed("standard input: is empty"));
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include "tests/support/signature_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
-#include "tools/commands/convert_command.h"
+#include "tools/commands/digest_command.h"
 #include "tools/commands/sign_command.h"
 #include "tools/commands/verify_command.h"
 #include "tools/exit_status.h"
@@ -74,7 +74,5 @@ TEST_F(SignedFile, IsNotVerifiedWhenItIsCutMeanwhile) {
 }
 
 TEST_F(SignedFile, IsNotDigestedWhenItIsCutMeanwhile) {
-    ConvertOptions options;
-    options.digestOf = path;
-    expectTold([&] { return runCommand(convertCommand, options); });
+    expectTold([this] { return runCommand(digestCommand, {.file = path, .json = true}); });
 }
