@@ -48,7 +48,7 @@ TEST_P(ProjectctlHostileProject, IsChecked) {
         EXPECT_EQ(check.status, 1);
         EXPECT_NE(check.output.find(" in the directory; "), std::string::npos);
     } else {
-        EXPECT_TRUE(endedWith(check, 0, path + ": sound\n"));
+        EXPECT_TRUE(isFoundSound(check, path));
     }
 }
 
@@ -61,7 +61,7 @@ TEST_P(ProjectctlHostileProject, IsExplained) {
 TEST_P(ProjectctlHostileProject, IsStripped) {
     const std::string copy = folder.file("copy");
     EXPECT_TRUE(endedWith(run({"strip", path, copy}), 0, ""));
-    EXPECT_TRUE(endedWith(run({"check", copy}), 0, copy + ": sound, for verifying only\n"));
+    EXPECT_TRUE(isFoundSound(run({"check", copy}), copy, ", for verifying only"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, ProjectctlHostileProject, testing::ValuesIn(hostileProjects()),

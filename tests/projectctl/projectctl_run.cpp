@@ -26,3 +26,15 @@ testing::AssertionResult endedWith(const ProgramEnd& end, int status, const std:
            << "status " << end.status << ", signal " << end.signal << ", output \"" << end.output
            << "\", errors \"" << end.errors << '"';
 }
+
+testing::AssertionResult isFoundSound(const ProgramEnd& end, const std::string& path,
+                                      const std::string& what) {
+    const std::string start = path + ": fingerprint of the public key: ";
+    constexpr std::size_t digits = 64;
+    const std::string fingerprint =
+        end.output.starts_with(start) ? end.output.substr(start.size(), digits) : "";
+    if (fingerprint.find_first_not_of("0123456789abcdef") != std::string::npos) {
+        return testing::AssertionFailure() << "no fingerprint: " << fingerprint;
+    }
+    return endedWith(end, 0, start + fingerprint + "\n" + path + ": sound" + what + "\n");
+}

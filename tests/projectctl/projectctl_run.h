@@ -17,3 +17,8 @@ ProgramEnd runProjectctl(std::vector<std::string> arguments, const std::string& 
 /// Whether it ended by itself with this status and these texts.
 testing::AssertionResult endedWith(const ProgramEnd& end, int status, const std::string& output,
                                    const std::string& errors = "");
+
+/// Whether `check` found the project at `path` sound, and printed the fingerprint of its key too.
+/// `what` stands behind the verdict, as in ", for verifying only".
+testing::AssertionResult isFoundSound(const ProgramEnd& end, const std::string& path,
+                                      const std::string& what = "");

@@ -126,7 +126,9 @@ class ManualPages(unittest.TestCase):
             (found,) = (output for command, output in outputs.items() if start in command)
             return found
 
-        self.assertEqual(output_of("projectctl check"), "my.project: sound\n")
+        self.assertRegex(output_of("projectctl check"),
+                         r"\Amy.project: fingerprint of the public key: [0-9a-f]{64}\n"
+                         r"my.project: sound\n\Z")
         self.assertIn("private scalar\n", output_of("projectctl show my.project"))
         self.assertRegex(output_of("tar -c"), f"^{SIGNATURE}\n$")
         self.assertEqual(output_of("projectctl verify public.project \"$signature\" letter"),

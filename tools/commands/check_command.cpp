@@ -6,6 +6,7 @@
 #include "tools/files/random_device.h"
 #include "tools/project/project_check.h"
 #include "tools/report.h"
+#include "tools/signature/key_fingerprint.h"
 
 namespace {
 
@@ -23,13 +24,19 @@ void printCheckAsJson(const std::string& file, const ProjectCheck& check) {
     for (const ProjectFinding& finding : check.findings) {
         findings.push_back(asJson(finding));
     }
-    printJson({{"file", file},
-               {"sound", check.isSound()},
-               {"verifiesOnly", check.verifiesOnly},
-               {"findings", findings}});
+    nlohmann::ordered_json value{
+        {"file", file}, {"sound", check.isSound()}, {"verifiesOnly", check.verifiesOnly}};
+    if (const auto fingerprint = keyFingerprint(check.project)) {
+        value["fingerprint"] = *fingerprint;
+    }
+    value["findings"] = findings;
+    printJson(value);
 }
 
 void printCheck(const std::string& file, const ProjectCheck& check) {
+    if (const auto fingerprint = keyFingerprint(check.project)) {
+        printLine(file + ": fingerprint of the public key: " + *fingerprint);
+    }
     for (const ProjectFinding& finding : check.findings) {
         printLine(file + ": " + finding.text);
     }

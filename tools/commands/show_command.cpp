@@ -16,6 +16,7 @@
 #include "tools/project/project_reading.h"
 #include "tools/report.h"
 #include "tools/signature/byte_string.h"
+#include "tools/signature/key_fingerprint.h"
 
 namespace {
 
@@ -126,6 +127,9 @@ void printEntries(const ShowOptions& options, const ProjectFile& project) {
         printText(column("id") + column("offset") + column("size") + "  meaning\n");
     }
     showEntries(project, options.secret, printEntry);
+    if (const auto fingerprint = keyFingerprint(project)) {
+        printText("fingerprint of the public key: " + *fingerprint + "\n");
+    }
 }
 
 nlohmann::ordered_json asJson(const ShownEntry& shown) {
@@ -145,7 +149,11 @@ nlohmann::ordered_json asJson(const ShownEntry& shown) {
 }
 
 void printEntriesAsJson(const ShowOptions& options, const ProjectFile& project) {
-    printText("{\"file\":" + jsonText(options.file) + ",\"entries\":[");
+    printText("{\"file\":" + jsonText(options.file));
+    if (const auto fingerprint = keyFingerprint(project)) {
+        printText(",\"fingerprint\":" + jsonText(*fingerprint));
+    }
+    printText(",\"entries\":[");
     const char* separator = "";
     showEntries(project, options.secret, [&separator](const ShownEntry& shown) {
         printText(separator + jsonText(asJson(shown)));

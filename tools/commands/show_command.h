@@ -8,5 +8,6 @@ struct ShowOptions {
     bool json = false;
 };
 
-/// Shows every attribute of a project.
+/// Shows every attribute of a project, and the fingerprint of its public key
+/// (tools/signature/key_fingerprint.h) if there is one.
 int showCommand(const ShowOptions& options);

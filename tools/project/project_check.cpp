@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "core/integer.h"
@@ -257,7 +258,7 @@ bool verifiesOnly(const ProjectFile& project) {
 
 ProjectCheck checkProject(const std::string& path) {
     ProjectCheck check;
-    const ProjectReading reading = readProject(path);
+    ProjectReading reading = readProject(path);
     if (reading.unreadable) {
         check.unjudged = reading.refusal->text;
         return check;
@@ -274,6 +275,7 @@ ProjectCheck checkProject(const std::string& path) {
          {checkProtection(path, !check.verifiesOnly), checkKey(reading.project)}) {
         check.findings.insert(check.findings.end(), more.begin(), more.end());
     }
+    check.project = std::move(reading.project);
     return check;
 }
 

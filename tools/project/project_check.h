@@ -12,6 +12,7 @@ struct ProjectCheck {
     std::optional<std::string> unjudged;  ///< why the file could not be read, in words
     std::vector<ProjectFinding> findings;
     bool verifiesOnly = false;  ///< there is no private scalar, which is no finding
+    ProjectFile project;        ///< what was checked; empty if it could not be loaded
 
     bool isSound() const { return !unjudged.has_value() && findings.empty(); }
 };

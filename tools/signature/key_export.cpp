@@ -131,38 +131,40 @@ ByteString privateKey(const ProjectKeyRecord& key, const core::CoreInteger& scal
                         derContext(1, publicPoint(key))});
 }
 
+KeyExport exportOf(const std::string& label, ByteString der) {
+    std::string pem = pemText(label, der);
+    return {.der = std::move(der), .pem = std::move(pem)};
+}
+
 }  // namespace
 
 KeyExport exportPublicKey(const ProjectFile& project) {
     if (auto refusal = verifyingRefusal(project)) {
-        return {.refusal = std::move(refusal->text), .pem = {}};
+        return {.refusal = std::move(refusal->text)};
     }
     const ProjectKeyRecord key = keyOf(project);
     if (auto refusal = reductionRefusal(key)) {
-        return {.refusal = std::move(refusal), .pem = {}};
+        return {.refusal = std::move(refusal)};
     }
-    return {.refusal = {},
-            .pem = pemText("PUBLIC KEY", derSequence({algorithm(key), publicPoint(key)}))};
+    return exportOf("PUBLIC KEY", derSequence({algorithm(key), publicPoint(key)}));
 }
 
 KeyExport exportPrivateKey(const ProjectFile& project) {
     for (const auto& rule : {signingRefusal, verifyingRefusal}) {
         if (auto refusal = rule(project)) {
-            return {.refusal = std::move(refusal->text), .pem = {}};
+            return {.refusal = std::move(refusal->text)};
         }
     }
     const ProjectKeyRecord key = keyOf(project);
     if (auto refusal = reductionRefusal(key)) {
-        return {.refusal = std::move(refusal), .pem = {}};
+        return {.refusal = std::move(refusal)};
     }
     core::CoreInteger scalar{.capacity = scalarLimbs};
     key.copyKeyMaterial(nullptr, nullptr, nullptr, nullptr, &scalar);
     core::integerNormalise(scalar);
     if (auto refusal = rangeRefusal(scalar)) {
-        return {.refusal = std::move(refusal), .pem = {}};
+        return {.refusal = std::move(refusal)};
     }
-    return {.refusal = {},
-            .pem = pemText("PRIVATE KEY",
-                           derSequence({derInteger(privateKeyInfoVersion), algorithm(key),
-                                        derOctetString(privateKey(key, scalar))}))};
+    return exportOf("PRIVATE KEY", derSequence({derInteger(privateKeyInfoVersion), algorithm(key),
+                                                derOctetString(privateKey(key, scalar))}));
 }

@@ -4,11 +4,13 @@
 #include <string>
 
 #include "project/project_file.h"
+#include "tools/signature/byte_string.h"
 
-/// A key as PEM, or why there is none.
+/// A key, or why there is none; then it is empty in both forms.
 struct KeyExport {
-    std::optional<std::string> refusal;  ///< names the attribute that it comes from
-    std::string pem;                     ///< empty after a refusal
+    std::optional<std::string> refusal{};  ///< names the attribute that it comes from
+    ByteString der{};
+    std::string pem{};  ///< the same bytes as text
 };
 
 // The curve's parameters stand in each key one by one, since the base point, which is the

@@ -5,11 +5,13 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
 #include "tools/exit_status.h"
+#include "tools/signature/key_fingerprint.h"
 
 namespace {
 
@@ -34,25 +36,36 @@ protected:
         return {.status = status, .output = output, .errors = ""};
     }
 
+    /// What stands in front of the findings and the verdict.
+    static std::string fingerprintLine(const std::string& path, const AttributeValues& values) {
+        return path + ": fingerprint of the public key: " +
+               keyFingerprint(projectOf(values)).value_or("none") + "\n";
+    }
+
     const TemporaryFolder folder;
     AttributeValues attributes = keyAttributes(randomProjectKey());
 };
 
 TEST_F(CheckCommand, SaysThatAProjectIsSound) {
     const std::string path = project(attributes);
-    EXPECT_EQ(check(path), said(exitDone, path + ": sound\n"));
-    EXPECT_EQ(checkAsJson(path),
-              said(exitDone, "{\"file\":\"" + path +
-                                 "\",\"sound\":true,\"verifiesOnly\":false,\"findings\":[]}\n"));
+    EXPECT_EQ(check(path), said(exitDone, fingerprintLine(path, attributes) + path + ": sound\n"));
+    EXPECT_EQ(
+        checkAsJson(path),
+        said(exitDone,
+             "{\"file\":\"" + path + "\",\"sound\":true,\"verifiesOnly\":false,\"fingerprint\":\"" +
+                 keyFingerprint(projectOf(attributes)).value_or("none") + "\",\"findings\":[]}\n"));
 }
 
 TEST_F(CheckCommand, SaysThatAProjectVerifiesOnly) {
     attributes.erase(74);
     const std::string path = project(attributes);
-    EXPECT_EQ(check(path), said(exitDone, path + ": sound, for verifying only\n"));
-    EXPECT_EQ(checkAsJson(path),
-              said(exitDone, "{\"file\":\"" + path +
-                                 "\",\"sound\":true,\"verifiesOnly\":true,\"findings\":[]}\n"));
+    EXPECT_EQ(check(path), said(exitDone, fingerprintLine(path, attributes) + path +
+                                              ": sound, for verifying only\n"));
+    EXPECT_EQ(
+        checkAsJson(path),
+        said(exitDone,
+             "{\"file\":\"" + path + "\",\"sound\":true,\"verifiesOnly\":true,\"fingerprint\":\"" +
+                 keyFingerprint(projectOf(attributes)).value_or("none") + "\",\"findings\":[]}\n"));
 }
 
 TEST_F(CheckCommand, SaysEachFindingOnALineOfItsOwn) {
@@ -60,9 +73,9 @@ TEST_F(CheckCommand, SaysEachFindingOnALineOfItsOwn) {
     attributes[72] = elementValue(163, "5");
     attributes[73] = elementValue(163, "5");
     const std::string path = project(attributes);
-    EXPECT_EQ(check(path),
-              said(exitNegative, path + ": the base point is not on the curve\n" + path +
-                                     ": attribute 74 (private scalar) is zero\n"));
+    EXPECT_EQ(check(path), said(exitNegative, fingerprintLine(path, attributes) + path +
+                                                  ": the base point is not on the curve\n" + path +
+                                                  ": attribute 74 (private scalar) is zero\n"));
 }
 
 TEST_F(CheckCommand, WritesEachFindingWithItsCodeAndItsAttribute) {

@@ -3,11 +3,13 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tests/support/attribute_values.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
 #include "tools/exit_status.h"
+#include "tools/signature/key_fingerprint.h"
 
 namespace {
 
@@ -80,6 +82,16 @@ TEST_F(ShowCommand, ShowsTheValuesOfTheKey) {
                   littleEndianBytes(values[i]));
         EXPECT_FALSE(entries[i].contains("remark"));
     }
+}
+
+TEST_F(ShowCommand, EndsWithTheFingerprintOfTheKey) {
+    const std::string path = project(attributes);
+    const std::string fingerprint = keyFingerprint(projectOf(attributes)).value_or("none");
+    EXPECT_TRUE(
+        show(path).output.ends_with("\nfingerprint of the public key: " + fingerprint + "\n"));
+    const CommandEnd json =
+        runCommand(showCommand, ShowOptions{.file = path, .secret = false, .json = true});
+    EXPECT_EQ(nlohmann::json::parse(json.output)["fingerprint"], fingerprint);
 }
 
 TEST_F(ShowCommand, ShowsTheScalarOnRequestAlone) {
