@@ -304,7 +304,7 @@ TEST_F(ManyFiles, SignatureOfOneIsReadFromAFile) {
 TEST_F(ManyFiles, SignatureThatNamesAFileIsToldOf) {
     const std::string remark =
         "projectctl: SIGNATURE is the name of a file; --signature-file reads a signature from it\n";
-    EXPECT_TRUE(run({"verify", project, a, b}, {}).errors.ends_with("\n" + remark));
+    EXPECT_NE(run({"verify", project, a, b}, {}).errors.find("\n" + remark), std::string::npos);
     EXPECT_EQ(run({"verify", project, missing, b}, {}).errors.find(remark), std::string::npos);
 }
 

@@ -1,11 +1,16 @@
 // sign and verify, as a person runs them.
 
 #include <gtest/gtest.h>
+#include <openssl/ripemd.h>
 
+#include <array>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "tests/projectctl/projectctl_run.h"
+#include "tests/support/hexadecimal.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/project_key.h"
 #include "tests/support/random_operands.h"
@@ -14,6 +19,8 @@
 #include "tests/support/temporary_folder.h"
 
 namespace {
+
+using Words = std::vector<std::string>;
 
 class ProjectctlSignature : public testing::Test {
 protected:
@@ -31,6 +38,28 @@ protected:
         const std::string path = folder.write("sparse", {'f', 'i', 'r', 's', 't'});
         std::filesystem::resize_file(path, size);
         return path;
+    }
+
+    /// What stands behind the reason for every false: the digest by libcrypto, and the fingerprint
+    /// that `show` tells.
+    static std::string toCompare(const std::string& file, const std::string& data,
+                                 const std::string& project) {
+        std::array<unsigned char, RIPEMD160_DIGEST_LENGTH> digest{};
+        RIPEMD160(reinterpret_cast<const unsigned char*>(data.data()), data.size(), digest.data());
+        const std::string shown = runProjectctl({"show", project}).output;
+        const std::string fingerprint = shown.substr(shown.rfind(' ') + 1);
+        return "projectctl: " + file + ": RIPEMD-160 digest " +
+               hexadecimalFromBytes(digest.data(), digest.size()) + "\nprojectctl: " + project +
+               ": fingerprint of the public key " + fingerprint;
+    }
+
+    /// What verifying says of other data on standard input.
+    std::string saidOf(const std::string& data) const {
+        return otherData + toCompare("standard input", data, project);
+    }
+
+    std::string write(const std::string& name, const std::string& text) const {
+        return folder.write(name, Bytes(text.begin(), text.end()));
     }
 
     const TemporaryFolder folder;
@@ -79,12 +108,94 @@ TEST_F(ProjectctlSignature, IsVerifiedWithoutAScalar) {
 
 TEST_F(ProjectctlSignature, OfOtherDataOrAnotherKeyIsFalse) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid}, letter + "!"), 1, "false\n",
-                          otherData));
-    EXPECT_TRUE(endedWith(runProjectctl({"verify", project, valid, "--json"}, letter + "!"), 1,
-                          "{\"valid\":false,\"rule\":\"signature.mismatch\"}\n", otherData));
+                          saidOf(letter + "!")));
+    const ProgramEnd json = runProjectctl({"verify", project, valid, "--json"}, letter + "!");
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(json.errors, saidOf(letter + "!"));
+    const auto value = nlohmann::json::parse(json.output);
+    EXPECT_EQ(value["valid"], false);
+    EXPECT_EQ(value["rule"], "signature.mismatch");
+    EXPECT_FALSE(value.contains("change"));
+    for (const char* member : {"ripemd160", "fingerprint"}) {
+        EXPECT_NE(json.errors.find(" " + value[member].get<std::string>() + "\n"),
+                  std::string::npos)
+            << member;
+    }
     const std::string other =
         folder.write("other", projectBytes(keyAttributes(randomProjectKey())));
-    EXPECT_TRUE(endedWith(runProjectctl({"verify", other, valid, file}), 1, "false\n", otherData));
+    EXPECT_TRUE(endedWith(runProjectctl({"verify", other, valid, file}), 1, "false\n",
+                          otherData + toCompare(file, letter, other)));
+}
+
+TEST_F(ProjectctlSignature, OfATextThatWasChangedOnItsWayIsFalseAndTheChangeIsNamed) {
+    struct Case {
+        std::string signedText;
+        std::string text;
+        std::string code;
+        std::string words;
+    };
+    const std::vector<Case> cases = {
+        {"a\nb\n", "a\r\nb\r\n", "lf", "has LF instead of CR LF at the ends of its lines"},
+        {"a\r\nb\r\n", "a\nb\n", "crlf", "has CR LF instead of LF at the ends of its lines"},
+        {"a", "a\n", "line-end-removed", "has one line end less at its end"},
+        {"a", "a\r\n", "line-end-removed", "has one line end less at its end"},
+        {"a\n", "a", "lf-added", "has one more LF at its end"},
+        {"a\r\n", "a", "crlf-added", "has one more CR LF at its end"},
+        {"a",
+         "\xEF\xBB\xBF"
+         "a",
+         "bom-removed", "has no byte order mark (EF BB BF) in front"},
+        {"\xEF\xBB\xBF"
+         "a",
+         "a", "bom-added", "has a byte order mark (EF BB BF) in front"}};
+    for (const Case& row : cases) {
+        const std::string text =
+            signatureText(judgeSign(key, Bytes(row.signedText.begin(), row.signedText.end())));
+        const std::string path = write("changed", row.text);
+        const std::string said = "projectctl: " + path +
+                                 ": differs from what was signed: the signature is valid if it " +
+                                 row.words + "\n" + toCompare(path, row.text, project);
+        EXPECT_TRUE(endedWith(runProjectctl({"verify", project, text, path}), 1, "false\n", said));
+        const ProgramEnd piped = runProjectctl({"verify", project, text, "--json"}, row.text);
+        EXPECT_EQ(nlohmann::json::parse(piped.output)["change"], row.code);
+    }
+}
+
+TEST_F(ProjectctlSignature, OfALargeTextIsNotTriedWithChanges) {
+    constexpr std::size_t most = std::size_t{16} << 20;
+    const std::string text(most, 'a');
+    const std::string made = signatureText(judgeSign(key, Bytes(most, 'a')));
+    const std::string shorter = signatureText(judgeSign(key, Bytes(most - 1, 'a')));
+    EXPECT_NE(runProjectctl({"verify", project, shorter, write("large", text.substr(1) + "\n")})
+                  .errors.find("differs from what was signed"),
+              std::string::npos);
+    EXPECT_EQ(runProjectctl({"verify", project, made, write("large", text + "\n")})
+                  .errors.find("differs from what was signed"),
+              std::string::npos);
+}
+
+TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
+    const std::string remark =
+        "projectctl: the operands seem to stand in another order than "
+        "'projectctl verify PROJECT SIGNATURE FILE'\n";
+    for (const Words& swapped : {Words{project, file, valid},
+                                 {file, valid, project},
+                                 {valid, project, file},
+                                 {file, project, valid},
+                                 {valid, file, project}}) {
+        const ProgramEnd end = runProjectctl({"verify", swapped[0], swapped[1], swapped[2]});
+        EXPECT_EQ(end.status, 2);
+        EXPECT_TRUE(end.errors.ends_with("\n" + remark)) << end.errors;
+    }
+    const std::string missing = folder.file("missing");
+    for (const Words& wrong : {Words{missing, valid, file},
+                               {project, valid, missing},
+                               {file, valid, letter},
+                               {project, "abc", missing}}) {
+        const ProgramEnd end = runProjectctl({"verify", wrong[0], wrong[1], wrong[2]});
+        EXPECT_EQ(end.status, 2);
+        EXPECT_EQ(end.errors.find(remark), std::string::npos) << end.errors;
+    }
 }
 
 TEST_F(ProjectctlSignature, UnderAKeyWithASignThatCountsForNothingIsFalseForItsOwnReason) {
@@ -92,8 +203,8 @@ TEST_F(ProjectctlSignature, UnderAKeyWithASignThatCountsForNothingIsFalseForItsO
     values[74][3] |= 0x80;
     const std::string marked = folder.write("marked", projectBytes(values));
     EXPECT_EQ(runProjectctl({"verify", marked, valid, file}).output, "true\n");
-    EXPECT_TRUE(
-        endedWith(runProjectctl({"verify", marked, valid}, letter + "!"), 1, "false\n", otherData));
+    EXPECT_TRUE(endedWith(runProjectctl({"verify", marked, valid}, letter + "!"), 1, "false\n",
+                          otherData + toCompare("standard input", letter + "!", marked)));
 }
 
 TEST_F(ProjectctlSignature, UnderAnUnsoundKeyIsFalseAndTheKeyIsNamed) {
@@ -111,8 +222,9 @@ TEST_F(ProjectctlSignature, UnderAnUnsoundKeyIsFalseAndTheKeyIsNamed) {
     EXPECT_EQ(made.errors, "projectctl: " + unsound +
                                ": signatures under this key cannot be relied on: " + reason + "\n");
     const std::string text = made.output.substr(0, made.output.find('\n'));
-    EXPECT_TRUE(endedWith(runProjectctl({"verify", unsound, text, file}), 1, "false\n",
-                          "projectctl: " + unsound + ": " + reason + "\n"));
+    EXPECT_TRUE(endedWith(
+        runProjectctl({"verify", unsound, text, file}), 1, "false\n",
+        "projectctl: " + unsound + ": " + reason + "\n" + toCompare(file, letter, unsound)));
     const ProgramEnd explained =
         runProjectctl({"explain", "--project", unsound, "--file", file, "--signature", text});
     EXPECT_NE(explained.output.find("key.unsound"), std::string::npos) << explained.output;
@@ -123,10 +235,11 @@ TEST_F(ProjectctlSignature, ThatIsNoneIsFalseAndToldWhy) {
     const ProgramEnd end = runProjectctl({"verify", project, "abc", file});
     EXPECT_TRUE(endedWith(end, 1, "false\n",
                           "projectctl: the signature's 3 characters are not whole groups of "
-                          "four\n"));
+                          "four\n" +
+                              toCompare(file, letter, project)));
     const std::string zero = signatureText({.r = "0", .s = "5"}, 21);
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, zero, file}), 1, "false\n",
-                          "projectctl: r is zero\n"));
+                          "projectctl: r is zero\n" + toCompare(file, letter, project)));
 }
 
 TEST_F(ProjectctlSignature, OfAFileIsExplainedUnderAnyEncodingOfData) {
@@ -151,11 +264,14 @@ TEST_F(ProjectctlSignature, WithTheNameInFrontOfItIsFalseAndToldOf) {
 
 TEST_F(ProjectctlSignature, WithCharactersOutsideItsAlphabetIsToldOf) {
     std::string text = valid;
-    text[text.find_first_not_of('A')] = '_';
+    const std::size_t place = text.find_first_not_of('A');
+    text[place] = '_';
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, text, file}), 1, "false\n",
-                          otherData +
-                              "projectctl: 1 character of the signature outside its alphabet: "
-                              "each counts as \"A\"\n"));
+                          otherData + "projectctl: character " + std::to_string(place + 1) +
+                              " of the signature is \"_\", which base64 for URLs has instead of "
+                              "\"/\"\nprojectctl: 1 character of the signature outside its "
+                              "alphabet: each counts as \"A\"\n" +
+                              toCompare(file, letter, project)));
 }
 
 TEST_F(ProjectctlSignature, CannotBeMadeOrJudgedWithoutTheProject) {

@@ -1,9 +1,8 @@
 #include "tools/commands/verify_command.h"
 
-#include <filesystem>
 #include <nlohmann/json.hpp>
-#include <system_error>
 
+#include "tools/commands/false_verdict.h"
 #include "tools/commands/list_verification.h"
 #include "tools/commands/signature_verdicts.h"
 #include "tools/exit_status.h"
@@ -12,7 +11,6 @@
 #include "tools/files/small_file.h"
 #include "tools/project/key_reading.h"
 #include "tools/report.h"
-#include "tools/signature/signature_reading.h"
 
 namespace {
 
@@ -31,17 +29,6 @@ SmallFile readSignatureFile(const std::string& path) {
     return file;
 }
 
-/// What is worth knowing of a signature that is not valid.
-void reportRemarks(const VerifyOptions& options, const std::string& signature) {
-    for (const std::string& remark : signatureRemarks(signature)) {
-        reportRemark(remark);
-    }
-    std::error_code ignored;
-    if (!options.signatureFile.has_value() && std::filesystem::exists(signature, ignored)) {
-        reportRemark("SIGNATURE is the name of a file; --signature-file reads a signature from it");
-    }
-}
-
 int verifySignature(const VerifyOptions& options, const ProjectFile& project) {
     const SmallFile source = options.signatureFile.has_value()
                                  ? readSignatureFile(*options.signatureFile)
@@ -49,26 +36,26 @@ int verifySignature(const VerifyOptions& options, const ProjectFile& project) {
     if (source.failure.has_value()) {
         return reportFailure(*source.failure);
     }
-    const FileDigest digest = digestFile(options.file, Progress::shown);
-    if (digest.refusal.has_value()) {
-        return reportFailure(digest.refusal->text);
+    const DigestedFile file(options.file, Progress::shown);
+    if (file.digest().refusal.has_value()) {
+        reportFailure(file.digest().refusal->text);
+        reportSwappedOperands(options, true);
+        return exitFailed;
     }
-    if (digest.remark.has_value()) {
-        reportRemark(*digest.remark);
+    if (file.digest().remark.has_value()) {
+        reportRemark(*file.digest().remark);
     }
-    const SignatureVerdict verdict =
-        SignatureVerdicts(options.project, project).of(digest, source.content);
+    SignatureVerdicts verdicts(options.project, project);
+    const SignatureVerdict verdict = verdicts.of(file.digest(), source.content);
+    if (!verdict.isValid) {
+        return reportFalse({options, project, file, source.content, verdict}, verdicts);
+    }
     if (options.json) {
-        printJson({{"valid", verdict.isValid}, {"rule", verdict.ruling.code}});
+        printJson({{"valid", true}, {"rule", verdict.ruling.code}});
     } else {
-        printText(verdict.isValid ? "true\n" : "false\n");
+        printText("true\n");
     }
-    if (verdict.isValid) {
-        return exitDone;
-    }
-    reportRemark(verdict.ruling.text);
-    reportRemarks(options, source.content);
-    return exitNegative;
+    return exitDone;
 }
 
 }  // namespace
@@ -76,7 +63,9 @@ int verifySignature(const VerifyOptions& options, const ProjectFile& project) {
 int verifyCommand(const VerifyOptions& options) {
     ProjectFile project;
     if (const auto failure = loadUsableProject(options.project, verifyingRefusal, project)) {
-        return reportFailure(*failure);
+        reportFailure(*failure);
+        reportSwappedOperands(options, false);
+        return exitFailed;
     }
     return options.list.has_value() ? verifyList(options, project)
                                     : verifySignature(options, project);

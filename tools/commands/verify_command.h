@@ -18,6 +18,7 @@ struct VerifyOptions {
     bool json = false;
 };
 
-/// Verifies a signature of a file and prints true or false; says why it is false on standard error.
+/// Verifies a signature of a file and prints true or false; says why it is false on standard error
+/// (tools/commands/false_verdict.h).
 /// Or verifies the signatures of a list, and prints a line for each file.
 int verifyCommand(const VerifyOptions& options);

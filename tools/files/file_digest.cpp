@@ -4,14 +4,14 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <future>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "core/entry.h"
-#include "engine/mapped_file.h"
 #include "tools/files/cut_file.h"
-#include "tools/files/input_file.h"
 #include "tools/files/mapping_progress.h"
 #include "tools/rules.h"
 
@@ -102,26 +102,36 @@ private:
 
 }  // namespace
 
-FileDigest digestFile(const std::string& path, Progress progress) {
+DigestedFile::DigestedFile(const std::string& path, Progress progress) {
     const std::string name = inputName(path) + ": ";
     // A copy of standard input has no name: the mapping keeps it.
-    InputFile file;
-    if (const auto failure = openInputFile(path, file)) {
-        return refused(refusalBy(FileFault::open, *failure));
+    if (const auto failure = openInputFile(path, file_)) {
+        digest_ = refused(refusalBy(FileFault::open, *failure));
+        return;
     }
-    MappedInput input;
-    mapInputFile(input, file.path.c_str());
-    FileDigest result;
-    digestBytes(input, progress, result.digest.data());
-    if (auto refusal = inputFileRefusal(input)) {
+    mapInputFile(input_, file_.path.c_str());
+    digestBytes(input_, progress, digest_.digest.data());
+    if (auto refusal = inputFileRefusal(input_)) {
         refusal->text.insert(0, name);
-        return {.refusal = refusal,
-                .isMissing = input.fault == FileFault::open && input.openError == ENOENT};
+        digest_ = {.refusal = refusal,
+                   .isMissing = input_.fault == FileFault::open && input_.openError == ENOENT};
+    } else if (const auto remark = inputFileRemark(input_)) {
+        digest_.remark = name + *remark;
     }
-    if (const auto remark = inputFileRemark(input)) {
-        result.remark = name + *remark;
+}
+
+std::optional<std::string> DigestedFile::content(std::size_t most) const {
+    if (digest_.refusal.has_value() || input_.bytes.size() > most) {
+        return std::nullopt;
     }
-    return result;
+    std::string copy(input_.bytes.size(), '\0');
+    const bool isRead =
+        readUncut([&] { std::memcpy(copy.data(), input_.bytes.data(), copy.size()); });
+    return isRead && input_.isWhole() ? std::optional(std::move(copy)) : std::nullopt;
+}
+
+FileDigest digestFile(const std::string& path, Progress progress) {
+    return DigestedFile(path, progress).digest();
 }
 
 void digestFiles(const std::vector<std::string>& paths,

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "core/hash.h"
+#include "engine/mapped_file.h"
+#include "tools/files/input_file.h"
 #include "tools/refusal.h"
 
 /// What signing and verifying take of a file: its RIPEMD-160 digest.
@@ -21,8 +23,26 @@ struct FileDigest {
 
 enum class Progress { silent, shown };
 
-/// Digests the file at `path`, or what standard input holds ("-"), as the engine takes it. A bar
-/// may show the progress (tools/files/mapping_progress.h).
+/// A file that has been digested, as the engine takes it, and is open for another look.
+class DigestedFile {
+public:
+    /// The file at `path`, or what standard input holds ("-"). A bar may show the progress
+    /// (tools/files/mapping_progress.h).
+    DigestedFile(const std::string& path, Progress progress);
+
+    const FileDigest& digest() const { return digest_; }
+
+    /// A copy of the bytes that were digested. Nothing if there are more than `most`, if there is
+    /// no digest, or if the file has lost some since.
+    std::optional<std::string> content(std::size_t most) const;
+
+private:
+    InputFile file_;
+    MappedInput input_;
+    FileDigest digest_;
+};
+
+/// The digest of such a file alone.
 FileDigest digestFile(const std::string& path, Progress progress);
 
 /// Digests these files on all cores, and hands each, with its place in `paths`, to `take`: in their

@@ -10,6 +10,7 @@
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
+#include "tools/hexadecimal_digit.h"
 #include "tools/rules.h"
 #include "verifier/pair_rules.h"
 
@@ -76,6 +77,39 @@ bool countsAsA(char character) {
     return bytes[0] == 0 && character != 'A' && character != '=';
 }
 
+bool isHexadecimalDigit(char character) {
+    return hexadecimalValue(character).has_value();
+}
+
+/// What the first of these characters is, which is not of the alphabet of signatures, and where it
+/// comes from.
+std::string wordsOf(std::string_view text) {
+    if (text[0] == '%' && text.size() > 2 && isHexadecimalDigit(text[1]) &&
+        isHexadecimalDigit(text[2])) {
+        return "\"" + std::string(text.substr(0, 3)) +
+               "\", as characters are written in a URL or a form: decode it first";
+    }
+    switch (text[0]) {
+        case ' ':
+            return "a space, which a \"+\" becomes in a URL or a form: write it as \"%2B\" there";
+        case '\n':
+            return "a line feed, which is not part of it";
+        case '\r':
+            return "a carriage return, which is not part of it";
+        case '\t':
+            return "a tab, which is not part of it";
+        case '"':
+        case '\'':
+            return "a quote, which is not part of it";
+        case '-':
+        case '_':
+            return std::string("\"") + text[0] + "\", which base64 for URLs has instead of \"" +
+                   (text[0] == '-' ? '+' : '/') + "\"";
+        default:
+            return "\"" + std::string(text.substr(0, 1)) + "\", which no signature has";
+    }
+}
+
 }  // namespace
 
 SignatureReading readSignature(std::string_view text) {
@@ -115,6 +149,11 @@ std::vector<std::string> signatureRemarks(const std::string& text) {
         remarks.emplace_back(
             "the signature begins with \"signature:\", which is the name in front of it and no "
             "part of it");
+    } else if (const auto strange = std::find_if(text.begin(), text.end(), countsAsA);
+               strange != text.end()) {
+        const auto place = static_cast<std::size_t>(strange - text.begin());
+        remarks.push_back("character " + std::to_string(place + 1) + " of the signature is " +
+                          wordsOf(std::string_view(text).substr(place)));
     }
     // Of other lengths a text is not decoded.
     const SignatureFault fault = parseSignatureText(text).fault;

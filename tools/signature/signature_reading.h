@@ -28,8 +28,8 @@ SignatureReading readSignature(std::string_view text);
 /// key. Beside that stands the rare r that the program makes and does not accept.
 std::string mismatchReason(const SignatureReading& signature);
 
-/// What is strange about a text without a zero byte: the name of a result in front of it, and
-/// characters that decoding takes for "A".
+/// What is strange about a text without a zero byte: the name of a result in front of it, or else
+/// the first character that is not of its alphabet; and how many decoding takes for "A".
 std::vector<std::string> signatureRemarks(const std::string& text);
 
 /// The signature of two normal numbers, in the shortest halves that hold both.

@@ -104,13 +104,20 @@ TEST_F(ExplanationRemarks, TellOfTheNameInFrontOfASignature) {
 
 TEST_F(ExplanationRemarks, TellOfCharactersThatCountAsA) {
     const std::string start(52, 'b');
-    EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "b-_=")).remarks,
-              Remarks{"2 characters of the signature outside its alphabet: each counts as \"A\""});
+    const auto named = [](const std::string& what) { return "character 5" + what; };
+    EXPECT_EQ(
+        explainForm(verifying("&sig_data=a", start + "b-_=")).remarks,
+        (Remarks{named("4 of the signature is \"-\", which base64 for URLs has instead of "
+                       "\"+\""),
+                 "2 characters of the signature outside its alphabet: each counts as \"A\""}));
     EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "%20bbb")).remarks,
-              Remarks{"1 character of the signature outside its alphabet: each counts as \"A\""});
+              (Remarks{named("3 of the signature is a space, which a \"+\" becomes in a URL or a "
+                             "form: write it as \"%2B\" there"),
+                       "1 character of the signature outside its alphabet: each counts as \"A\""}));
     EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "A%2B/=")).remarks, Remarks());
     // What is not decoded counts as nothing.
-    EXPECT_EQ(explainForm(verifying("&sig_data=a", "AAAA%0A")).remarks, Remarks());
+    EXPECT_EQ(explainForm(verifying("&sig_data=a", "AAAA%0A")).remarks,
+              Remarks{named(" of the signature is a line feed, which is not part of it")});
 }
 
 TEST_F(ExplanationRemarks, LeaveASmallRToTheReason) {

@@ -273,16 +273,45 @@ TEST(SignatureRemarks, TellOfEachCharacterOutsideTheAlphabet) {
     for (int character = 1; character < 256; ++character) {
         const std::string strange(2, static_cast<char>(character));
         const bool isKnown = alphabet.find(strange[0]) != std::string::npos;
-        EXPECT_EQ(signatureRemarks("AA" + strange),
-                  isKnown
-                      ? std::vector<std::string>{}
-                      : std::vector<
-                            std::string>{"2 characters of the signature outside its alphabet: each "
-                                         "counts as \"A\""})
-            << character;
+        const std::vector<std::string> remarks = signatureRemarks("AA" + strange);
+        ASSERT_EQ(remarks.size(), isKnown ? 0U : 2U) << character;
+        if (!isKnown) {
+            EXPECT_TRUE(remarks[0].starts_with("character 3 of the signature is ")) << remarks[0];
+            EXPECT_EQ(remarks[1],
+                      "2 characters of the signature outside its alphabet: each counts as \"A\"");
+        }
     }
-    EXPECT_EQ(signatureRemarks("AA!"), std::vector<std::string>{})
+    EXPECT_EQ(
+        signatureRemarks("AA!"),
+        std::vector<std::string>{"character 3 of the signature is \"!\", which no signature has"})
         << "of this length nothing is decoded";
+}
+
+TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
+    const std::vector<std::pair<std::string, std::string>> texts = {
+        {"AB CD E",
+         "character 3 of the signature is a space, which a \"+\" becomes in a URL or a form: write "
+         "it as \"%2B\" there"},
+        {"AB%2BC", R"(character 3 of the signature is "%2B", as characters are written in a URL )"
+                   "or a form: decode it first"},
+        {"AB%2bC", R"(character 3 of the signature is "%2b", as characters are written in a URL )"
+                   "or a form: decode it first"},
+        {"ABC%2", R"(character 4 of the signature is "%", which no signature has)"},
+        {"ABCD%2GH", R"(character 5 of the signature is "%", which no signature has)"},
+        {"ABCDE\n", "character 6 of the signature is a line feed, which is not part of it"},
+        {"ABCDE\r\n", "character 6 of the signature is a carriage return, which is not part of it"},
+        {"\tABCDE", "character 1 of the signature is a tab, which is not part of it"},
+        {"\"ABCD\"", "character 1 of the signature is a quote, which is not part of it"},
+        {"'ABCD'", "character 1 of the signature is a quote, which is not part of it"},
+        {"A-B_C",
+         R"(character 2 of the signature is "-", which base64 for URLs has instead of "+")"},
+        {"AB_C-",
+         R"(character 3 of the signature is "_", which base64 for URLs has instead of "/")"}};
+    for (const auto& [text, remark] : texts) {
+        const std::vector<std::string> remarks = signatureRemarks(text);
+        ASSERT_FALSE(remarks.empty()) << text;
+        EXPECT_EQ(remarks[0], remark);
+    }
 }
 
 /// A key under which (r, s) is a signature of `someData` made with a point whose x is r + n.
