@@ -31,7 +31,7 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
     const auto replace = [words](std::string& word) -> std::string {
         const auto found = std::find(words.begin(), words.end(), word);
         if (found == words.end()) {
-            return "'" + word + "' is none of " + CLI::detail::join(words, ", ");
+            return "'" + word + "' is not one of " + CLI::detail::join(words, ", ");
         }
         word = std::to_string(found - words.begin());
         return {};
@@ -49,7 +49,7 @@ public:
         app_.set_version_flag("--version", version, "Print the version and exit");
         app_.set_help_flag("-h,--help", "Print this help and exit");
         app_.formatter(helpFormat({"COMMAND [OPTION]... [ARGUMENT]...", "help [COMMAND]"}));
-        app_.footer("'projectctl help COMMAND' tells more of each, with an example.");
+        app_.footer("'projectctl help COMMAND' explains a command, with an example.");
         addCreate();
         addShow();
         addCheck();
@@ -134,7 +134,7 @@ private:
     static CLI::Option* addPath(CLI::App* command, const std::string& name, Value& value,
                                 const std::string& valueName, const std::string& description) {
         const auto refusal = [](const std::string& path) -> std::string {
-            return path.empty() ? "an empty path names no file" : "";
+            return path.empty() ? "the path is empty" : "";
         };
         return addOption(command, name, value, valueName, description)->check(refusal);
     }
@@ -156,10 +156,10 @@ private:
             addCommand("create", "Make a project with a fresh key", "create my.project");
         addPath(command, "FILE", create_.file, "", "The new project file")->required();
         addOption(command, "--base", create_.base, "random|standard",
-                  "Base point: a random one, or the curve's published one")
+                  "The base point: random, or the published one of the curve")
             ->transform(oneOf({"random", "standard"}));
         addPath(command, "--from-scalar", create_.scalarFile, "HEXFILE",
-                "Read the private scalar from a file (-: standard input), in hexadecimal");
+                "Read the private scalar in hexadecimal from a file (-: standard input)");
         onCommand(command, create_, createCommand);
     }
 
@@ -173,8 +173,7 @@ private:
     }
 
     void addCheck() {
-        CLI::App* command =
-            addCommand("check", "Prove a project sound, or say what is not", "check my.project");
+        CLI::App* command = addCommand("check", "Check a project for errors", "check my.project");
         addPath(command, "FILE", check_.file, "", "The project file")->required();
         addJson(command, check_.json);
         onCommand(command, check_, checkCommand);
@@ -194,7 +193,7 @@ private:
             addCommand("sign", "Sign files or standard input", "sign my.project letter.txt");
         addPath(command, "PROJECT", sign_.project, "", "The project file")->required();
         addPath(command, "FILE", sign_.files, "",
-                "The files to sign (-: standard input); of several, a list is printed")
+                "The files to sign (-: standard input); several give a list")
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
         addPath(command, "-o,--output", sign_.output, "FILE",
                 "Write to a new file instead (-: standard output)");
@@ -217,15 +216,14 @@ private:
 
     void addConvert();
     void addDigest() {
-        CLI::App* command =
-            addCommand("digest", "Write the digest of a file for other software to verify",
-                       "digest letter.txt > digest.bin");
+        CLI::App* command = addCommand("digest", "Write the digest of a file for other software",
+                                       "digest letter.txt > digest.bin");
         addPath(command, "FILE", digest_.file, "", "The file to digest (-: standard input)");
         addJson(command, digest_.json);
         onCommand(command, digest_, digestCommand);
     }
 
-    CLI::App app_{"Makes, inspects and uses the projects that sign.cgi signs and verifies under.",
+    CLI::App app_{"Makes, checks and uses the projects that sign.cgi signs and verifies with.",
                   "projectctl"};
     CreateOptions create_;
     ShowOptions show_;
@@ -255,12 +253,13 @@ void CommandLine::addVerify() {
                                          "Read the signature from a file (-: standard input)");
     CLI::Option* list =
         addPath(command, "--check", verify_.list, "LIST",
-                "Verify a list that 'sign' has printed of several files (-: standard input)");
+                "Verify a list that 'sign' printed for several files (-: standard input)");
     for (CLI::Option* ofList :
          {addFlag(command, "--ignore-missing", verify_.ignoreMissing,
-                  "Say nothing of files of the list that are missing"),
+                  "Ignore files of the list that are missing"),
           addFlag(command, "--quiet", verify_.quiet, "Print no line for a file that is OK"),
-          addFlag(command, "--status", verify_.status, "Print nothing: the exit status tells")}) {
+          addFlag(command, "--status", verify_.status,
+                  "Print nothing; the exit status tells the result")}) {
         ofList->needs(list);
     }
     list->excludes(signature)->excludes(signatureFile);
@@ -286,14 +285,14 @@ void CommandLine::takeFileForSignature(const CLI::Option& file) {
         throw CLI::ExcludesError("SIGNATURE", "--signature-file");
     }
     if (verify_.signature.empty()) {
-        throw CLI::ArgumentMismatch("FILE: an empty path names no file");
+        throw CLI::ArgumentMismatch("FILE: the path is empty");
     }
     verify_.file = std::exchange(verify_.signature, {});
 }
 
 void CommandLine::addExplain() {
     CLI::App* command =
-        addCommand("explain", "Tell how the program answers a request, and why",
+        addCommand("explain", "Explain how the program answers a request",
                    "explain --project my.project --file letter.txt --signature \"$signature\"");
     command->formatter(
         helpFormat({"--body FILE [OPTION]...", "--project FILE --data TEXT|--file FILE [OPTION]...",
@@ -301,9 +300,9 @@ void CommandLine::addExplain() {
     CLI::Option* body =
         addPath(command, "--body", explain_.body, "FILE", "The request's body (-: standard input)");
     CLI::Option* type = addOption(command, "--content-type", explain_.contentType, "TYPE",
-                                  "CONTENT_TYPE; not set if left out");
+                                  "CONTENT_TYPE (default: not set)");
     CLI::Option* length = addOption(command, "--content-length", explain_.contentLength, "TEXT",
-                                    "CONTENT_LENGTH; the size of the body if left out");
+                                    "CONTENT_LENGTH (default: the size of the body)");
     CLI::Option* noLength = addFlag(command, "--no-content-length", explain_.noContentLength,
                                     "CONTENT_LENGTH is not set");
     for (CLI::Option* option : {body, type, length, noLength}) {
@@ -313,7 +312,7 @@ void CommandLine::addExplain() {
         addOption(command, "--project", explain_.project, "FILE", "The project file");
     CLI::Option* data = addOption(command, "--data", explain_.data, "TEXT", "The data");
     CLI::Option* encoding = addOption(command, "--data-encoding", explain_.dataEncoding, "WORD",
-                                      "How the data is written: plain, base64, or another word");
+                                      "The encoding of the data: plain, base64, or another word");
     CLI::Option* file = addOption(command, "--file", explain_.file, "FILE", "The file");
     CLI::Option* signature = addOption(command, "--signature", explain_.signature, "TEXT",
                                        "The signature; without one, the request signs");
@@ -328,8 +327,7 @@ void CommandLine::addExplain() {
     encoding->needs(project);
     file->needs(project);
     signature->needs(project);
-    CLI::Option* rules =
-        addFlag(command, "--rules", explain_.rules, "List all rules, and no request");
+    CLI::Option* rules = addFlag(command, "--rules", explain_.rules, "List all rules instead");
     rules->excludes(body)->excludes(project);
     addJson(command, explain_.json);
     command->callback([=, this] {

@@ -119,11 +119,11 @@ TEST(ProjectctlCommandLine, RefusesWhatMeansNothing) {
     EXPECT_TRUE(isRefused({"check", "a", "--secret"}, "unknown option '--secret'"));
     EXPECT_TRUE(isRefused({"--json", "check", "a"}, "unknown option '--json'"));
     EXPECT_TRUE(isRefused({"create", "a", "--base", "other"},
-                          "--base: 'other' is none of random, standard"));
+                          "--base: 'other' is not one of random, standard"));
     EXPECT_TRUE(
-        isRefused({"convert", "a", "--to", "pem"}, "--to: 'pem' is none of text, der, hex"));
+        isRefused({"convert", "a", "--to", "pem"}, "--to: 'pem' is not one of text, der, hex"));
     EXPECT_TRUE(isRefused({"convert", "a", "--from", "0", "--to", "der"},
-                          "--from: '0' is none of text, der, hex"));
+                          "--from: '0' is not one of text, der, hex"));
 }
 
 TEST(ProjectctlCommandLine, RefusesAnOptionWithoutItsValue) {
@@ -230,7 +230,7 @@ TEST(ProjectctlCommandLine, RefusesEmptyPaths) {
         {{"explain", "--body", ""}, "--body"},
         {{"digest", ""}, "FILE"}};
     for (const auto& [arguments, name] : calls) {
-        EXPECT_TRUE(isRefused(arguments, name + ": an empty path names no file"));
+        EXPECT_TRUE(isRefused(arguments, name + ": the path is empty"));
     }
 }
 

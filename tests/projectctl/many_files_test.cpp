@@ -259,13 +259,15 @@ TEST_F(ManyFiles, GoToANewFileThatIsWholeOrNotThere) {
     EXPECT_TRUE(endedWith(run({"sign", project, "-o", list}, {a, missing, b}), 2, "",
                           "projectctl: " + missing +
                               ": cannot be opened: No such file or directory\nprojectctl: " + list +
-                              ": not written, for want of a signature of every file\n"));
+                              ": not written, because a file could not be signed\n"));
     EXPECT_FALSE(std::filesystem::exists(list));
     EXPECT_TRUE(endedWith(run({"sign", project, "--output", list}, {a, b}), 0, ""));
     const Bytes written = fileBytes(list);
     EXPECT_EQ(withoutFirstWords({written.begin(), written.end()}), (Words{"  " + a, "  " + b}));
-    EXPECT_TRUE(endedWith(run({"sign", project, "-o", list}, {a, b}), 2, "",
-                          "projectctl: " + list + ": File exists\n"));
+    EXPECT_TRUE(
+        endedWith(run({"sign", project, "-o", list}, {a, b}), 2, "",
+                  "projectctl: " + list +
+                      ": already exists; no file is overwritten, so choose another name\n"));
     EXPECT_EQ(fileBytes(list), written);
     EXPECT_EQ(linesOf(run({"sign", project, "-o", "-"}, {a}).output).size(), 1U);
 }
@@ -286,13 +288,13 @@ TEST_F(ManyFiles, SignatureOfOneIsReadFromAFile) {
         std::string output;
         std::string errors;
     };
-    for (const Row& row :
-         {Row{text, 0, "true\n", ""}, Row{text + "\n", 0, "true\n", ""},
-          Row{text + "\r\n", 0, "true\n", ""}, Row{text + "\n\n", 2, "", several},
-          Row{"\n" + text, 2, "", several},
-          Row{"", 1, "false\n", "projectctl: the signature is empty\n"},
-          Row{std::string(4097, 'A'), 2, "",
-              "projectctl: standard input: has more than 4096 bytes, which is no signature\n"}}) {
+    for (const Row& row : {Row{text, 0, "true\n", ""}, Row{text + "\n", 0, "true\n", ""},
+                           Row{text + "\r\n", 0, "true\n", ""}, Row{text + "\n\n", 2, "", several},
+                           Row{"\n" + text, 2, "", several},
+                           Row{"", 1, "false\n", "projectctl: the signature is empty\n"},
+                           Row{std::string(4097, 'A'), 2, "",
+                               "projectctl: standard input: has more than 4096 bytes, too many for "
+                               "a signature\n"}}) {
         EXPECT_TRUE(endedWith(run({"verify", project, "--signature-file", "-", a}, {}, row.content),
                               row.status, row.output, row.errors))
             << row.content;

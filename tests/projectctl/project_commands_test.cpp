@@ -94,8 +94,10 @@ TEST_F(ProjectctlCreate, DrawsEachBitOfTheScalarBothWays) {
 
 TEST_F(ProjectctlCreate, ReplacesNoFile) {
     folder.write("my.project", {1, 2, 3});
-    EXPECT_TRUE(endedWith(runProjectctl({"create", path}), 2, "",
-                          "projectctl: " + path + ": File exists\n"));
+    EXPECT_TRUE(
+        endedWith(runProjectctl({"create", path}), 2, "",
+                  "projectctl: " + path +
+                      ": already exists; no file is overwritten, so choose another name\n"));
     EXPECT_EQ(fileBytes(path), (Bytes{1, 2, 3}));
     EXPECT_EQ(folder.names(), Names{"my.project"});
 }
@@ -129,11 +131,11 @@ TEST_F(ProjectctlCreate, TakesAScalarFromAFileOrStandardInput) {
 TEST_F(ProjectctlCreate, RefusesAScalarThatIsNone) {
     for (const auto& [text, refusal] :
          {std::pair<std::string, std::string>{"", "holds no digits"},
-          {"12x", "holds something else than hexadecimal digits"},
+          {"12x", "holds more than hexadecimal digits"},
           {"0", "the scalar is zero"},
           {curveOrderDigits, "the scalar is not below the order"},
           {std::string(4096, '1'), "the scalar is not below the order"},
-          {std::string(4096, '0') + "1", "has more than 4096 bytes, which is no scalar"}}) {
+          {std::string(4096, '0') + "1", "has more than 4096 bytes, too many for a scalar"}}) {
         EXPECT_TRUE(endedWith(runProjectctl({"create", path, "--from-scalar", "-"}, text), 2, "",
                               "projectctl: standard input: " + refusal + "\n"));
     }
@@ -218,7 +220,7 @@ TEST_F(ProjectctlShow, TellsWhyAFileDoesNotLoad) {
     writeBytes({1, 2, 3});
     EXPECT_TRUE(
         endedWith(runProjectctl({"show", path}), 2, "",
-                  "projectctl: " + path + ": has 3 bytes, fewer than the 24 of a header\n"));
+                  "projectctl: " + path + ": not a project file (3 bytes; a header needs 24)\n"));
 }
 
 TEST_F(ProjectctlCheck, TellsThatAProjectIsSound) {
@@ -304,8 +306,10 @@ TEST_F(ProjectctlStrip, RefusesWhatVerifiesNothing) {
 
 TEST_F(ProjectctlStrip, ReplacesNoFileAndTellsWhyAProjectDoesNotLoad) {
     write(attributes);
-    EXPECT_TRUE(endedWith(runProjectctl({"strip", path, path}), 2, "",
-                          "projectctl: " + path + ": File exists\n"));
+    EXPECT_TRUE(
+        endedWith(runProjectctl({"strip", path, path}), 2, "",
+                  "projectctl: " + path +
+                      ": already exists; no file is overwritten, so choose another name\n"));
     EXPECT_EQ(fileBytes(path), projectBytes(attributes));
     const std::string missing = folder.file("missing");
     EXPECT_TRUE(

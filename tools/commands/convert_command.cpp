@@ -18,7 +18,7 @@ SmallFile readSignatureBytes(const ConvertOptions& options) {
         return {.failure = std::nullopt, .content = signature};
     }
     if (signature.empty()) {
-        return {.failure = "SIGNATURE: an empty path names no file", .content = {}};
+        return {.failure = "SIGNATURE: the path is empty", .content = {}};
     }
     SmallFile file = readSmallFile(signature, "signature");
     if (options.from != SignatureForm::der && file.content.ends_with('\n')) {

@@ -85,7 +85,7 @@ int signCommand(const SignOptions& options) {
     if (made != options.files.size()) {
         return isPrinted ? exitFailed
                          : reportFailure(options.output +
-                                         ": not written, for want of a signature of every file");
+                                         ": not written, because a file could not be signed");
     }
     if (isPrinted) {
         return exitDone;

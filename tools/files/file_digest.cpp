@@ -46,8 +46,9 @@ public:
         for (auto path = paths.begin(); path != paths.end(); ++path) {
             tasks_.emplace_back([=] {
                 return *path == "-" && path != input
-                           ? refused(refusalBy(FileFault::open,
-                                               inputName("-") + ": can be read only once"))
+                           ? refused(refusalBy(
+                                 FileFault::open,
+                                 inputName("-") + ": can be read only once; name it once"))
                            : digestFile(*path, progress);
             });
             digests_.push_back(tasks_.back().get_future());

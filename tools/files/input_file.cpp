@@ -113,7 +113,7 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
         case FileFault::directory:
             return refusalBy(FileFault::directory, "is a directory");
         case FileFault::notRegular:
-            return refusalBy(FileFault::notRegular, "is no regular file");
+            return refusalBy(FileFault::notRegular, "not a regular file");
         case FileFault::empty:
             return refusalBy(FileFault::empty, "is empty");
         case FileFault::noBytes:
@@ -124,7 +124,7 @@ std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
         case FileFault::mapping:
             return refusalBy(FileFault::mapping, "cannot be mapped into memory");
         case FileFault::changed:
-            return refusalBy(FileFault::changed, "has changed meanwhile");
+            return refusalBy(FileFault::changed, "changed while it was read");
         case FileFault::cut:
             return refusalBy(FileFault::cut, cutFileWords);
     }

@@ -28,7 +28,7 @@ SmallFile readSmallFile(const std::string& path, const std::string& what) {
     }
     if (content.size() > longest) {
         return {.failure = name + "has more than " + std::to_string(longest) +
-                           " bytes, which is no " + what,
+                           " bytes, too many for a " + what,
                 .content = {}};
     }
     return {.failure = std::nullopt, .content = std::move(content)};

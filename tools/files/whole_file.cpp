@@ -162,7 +162,9 @@ std::optional<std::string> writeWholeFile(const std::string& path, FileAudience 
     UnpublishedFile file(path, modeOf(audience));
     // What is pending ends the process where `signals` goes out of scope, behind `file`.
     if (!file.write(write) || signals.isAnyPending() || !file.publish()) {
-        return path + ": " + std::strerror(errno);
+        return path + ": " +
+               (errno == EEXIST ? "already exists; no file is overwritten, so choose another name"
+                                : std::strerror(errno));
     }
     signals.keep();
     flushFolder(folderOf(path));

@@ -107,7 +107,7 @@ ScalarReading readScalar(std::string_view text) {
     }
     for (const char digit : digits) {
         if (!hexadecimalValue(digit).has_value()) {
-            return {.refusal = "holds something else than hexadecimal digits", .scalar = {}};
+            return {.refusal = "holds more than hexadecimal digits", .scalar = {}};
         }
     }
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));

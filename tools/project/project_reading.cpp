@@ -23,7 +23,7 @@ std::optional<Refusal> kindRefusal(const std::string& path) {
         return refusalBy(Outcome::projectDirectory, "is a directory");
     }
     if (fs::is_other(status)) {
-        return refusalBy(Outcome::projectNotRegular, "is no regular file");
+        return refusalBy(Outcome::projectNotRegular, "not a regular file");
     }
     return std::nullopt;
 }
@@ -44,9 +44,10 @@ std::string wordsOf(const ProjectLoading& loading) {
         case ProjectFault::open:
             return withError("cannot be opened", loading.error);
         case ProjectFault::header:
-            return "has " + counted(loading.fileSize, "byte") + ", fewer than the 24 of a header";
+            return "not a project file (" + counted(loading.fileSize, "byte") +
+                   "; a header needs 24)";
         case ProjectFault::magic:
-            return "is no project file: it does not begin with VLT2";
+            return "not a project file (it does not begin with VLT2)";
         case ProjectFault::noBody:
             return "has a header that counts " + entries + ", and nothing behind it";
         case ProjectFault::digest:

@@ -51,7 +51,7 @@ std::optional<Refusal> readNumber(std::string_view word, const std::string& name
     const auto wrong = std::find_if(
         word.begin(), word.end(), [](char digit) { return !hexadecimalValue(digit).has_value(); });
     if (wrong != word.end()) {
-        return refusalOf(name + " has a character that is no hexadecimal digit (number " +
+        return refusalOf(name + " has a character that is not a hexadecimal digit (number " +
                          std::to_string(wrong - word.begin() + 1) + " of " +
                          std::to_string(word.size()) + ")");
     }

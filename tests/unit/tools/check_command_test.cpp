@@ -102,7 +102,7 @@ TEST_F(CheckCommand, WritesEachFindingWithItsCodeAndItsAttribute) {
 TEST_F(CheckCommand, FindsADamagedFileUnsound) {
     const std::string path = folder.write("damaged", {'V', 'L', 'T'});
     EXPECT_EQ(check(path),
-              said(exitNegative, path + ": has 3 bytes, fewer than the 24 of a header\n"));
+              said(exitNegative, path + ": not a project file (3 bytes; a header needs 24)\n"));
 }
 
 TEST_F(CheckCommand, FailsWhereNothingCanBeJudged) {

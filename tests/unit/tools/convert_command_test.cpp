@@ -132,19 +132,19 @@ TEST_F(ConvertCommand, RefusesAFileThatCannotBeRead) {
     EXPECT_EQ(convert(folder.path(), SignatureForm::der, SignatureForm::text),
               failed(folder.path() + ": Is a directory"));
     EXPECT_EQ(convert("", SignatureForm::der, SignatureForm::text),
-              failed("SIGNATURE: an empty path names no file"));
+              failed("SIGNATURE: the path is empty"));
 }
 
 TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
     const std::string path = folder.write("sig.der", Bytes(4097));
     EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text),
-              failed(path + ": has more than 4096 bytes, which is no signature"));
+              failed(path + ": has more than 4096 bytes, too many for a signature"));
     folder.write("sig.der", Bytes(4096));
     EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text),
               failed(path + ": the signature has the tag 00 instead of 30"));
     const ScopedInput input(std::string(5000, 'A'));
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::der),
-              failed("standard input: has more than 4096 bytes, which is no signature"));
+              failed("standard input: has more than 4096 bytes, too many for a signature"));
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ TEST_F(ExplainEngine, TellsAFileOfASizeThatDoesNotCount) {
 
 TEST_F(ExplainEngine, TellsAFileThatIsNone) {
     expectUnusable(project, "&sig_file=/dev/null",
-                   "file.no-regular: the file \"/dev/null\": is no regular file");
+                   "file.no-regular: the file \"/dev/null\": not a regular file");
 }
 
 TEST_F(ExplainEngine, TellsEachWayInWhichAProjectDoesNotLoad) {

@@ -65,7 +65,7 @@ TEST(FileDigests, StandBesideRefusals) {
         bytesOf(folder.path() + ": is a directory"),
         judgedDigest({'b'}),
         judgedDigest({'a'}),
-        bytesOf("standard input: can be read only once")};
+        bytesOf("standard input: can be read only once; name it once")};
     EXPECT_EQ(digestsOf({empty, letter, missing, folder.path(), "-", letter, "-"}), expected);
     EXPECT_TRUE(digestFile(missing, Progress::silent).isMissing);
     EXPECT_FALSE(digestFile(folder.path(), Progress::silent).isMissing);

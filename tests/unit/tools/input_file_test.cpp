@@ -237,7 +237,7 @@ TEST_F(InputFileRefusal, TellsWhyAFileCannotBeOpened) {
 
 TEST_F(InputFileRefusal, TellsWhatIsNoFile) {
     EXPECT_EQ(refusalOf(folder.path()), "is a directory");
-    EXPECT_EQ(refusalOf("/dev/null"), "is no regular file");
+    EXPECT_EQ(refusalOf("/dev/null"), "not a regular file");
 }
 
 TEST_F(InputFileRefusal, TellsTheSizesThatCannotBeSigned) {

@@ -81,7 +81,7 @@ TEST_F(ReadProject, TellsWhatCouldNotBeRead) {
     const std::string pipe = folder.file("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     const ProjectReading fifo = readProject(pipe);
-    EXPECT_EQ(fifo.refusal, "is no regular file");
+    EXPECT_EQ(fifo.refusal, "not a regular file");
     EXPECT_TRUE(fifo.unreadable);
 }
 
@@ -112,19 +112,19 @@ TEST_F(ReadProject, OpensOnceWhateverItFinds) {
 
 TEST_F(ReadProject, TellsOfADevice) {
     const ProjectReading device = readProject("/dev/urandom");
-    EXPECT_EQ(device.refusal, "is no regular file");
+    EXPECT_EQ(device.refusal, "not a regular file");
     EXPECT_TRUE(device.unreadable);
 }
 
 TEST_F(ReadProject, TellsOfAShortHeader) {
-    EXPECT_EQ(readingOf({}).refusal, "has 0 bytes, fewer than the 24 of a header");
-    EXPECT_EQ(readingOf(Bytes(1)).refusal, "has 1 byte, fewer than the 24 of a header");
-    EXPECT_EQ(readingOf(Bytes(23)).refusal, "has 23 bytes, fewer than the 24 of a header");
+    EXPECT_EQ(readingOf({}).refusal, "not a project file (0 bytes; a header needs 24)");
+    EXPECT_EQ(readingOf(Bytes(1)).refusal, "not a project file (1 byte; a header needs 24)");
+    EXPECT_EQ(readingOf(Bytes(23)).refusal, "not a project file (23 bytes; a header needs 24)");
 }
 
 TEST_F(ReadProject, TellsOfAnotherMagic) {
     EXPECT_EQ(refusalOf([](ProjectImage& image) { image.magic = "VLT1"; }),
-              "is no project file: it does not begin with VLT2");
+              "not a project file (it does not begin with VLT2)");
 }
 
 TEST_F(ReadProject, TellsOfAnEmptyBody) {

@@ -98,7 +98,8 @@ TEST_F(WriteProjectFile, GivesEverybodyAProjectWithoutAScalar) {
 TEST_F(WriteProjectFile, LeavesAFileThatExistsAsItIs) {
     for (const Bytes& content : {Bytes{}, Bytes{1, 2, 3}}) {
         folder.write("project", content);
-        expectMessage(writeProjectFile(project, path), path + ": File exists");
+        expectMessage(writeProjectFile(project, path),
+                      path + ": already exists; no file is overwritten, so choose another name");
         EXPECT_EQ(fileBytes(path), content);
         EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
     }
@@ -106,11 +107,13 @@ TEST_F(WriteProjectFile, LeavesAFileThatExistsAsItIs) {
 
 TEST_F(WriteProjectFile, LeavesAFolderOrLinkThatExistsAsItIs) {
     std::filesystem::create_directory(path);
-    expectMessage(writeProjectFile(project, path), "File exists");
+    expectMessage(writeProjectFile(project, path),
+                  "already exists; no file is overwritten, so choose another name");
     EXPECT_TRUE(std::filesystem::is_empty(path));
     std::filesystem::remove(path);
     std::filesystem::create_symlink("nowhere", path);
-    expectMessage(writeProjectFile(project, path), "File exists");
+    expectMessage(writeProjectFile(project, path),
+                  "already exists; no file is overwritten, so choose another name");
     EXPECT_EQ(std::filesystem::read_symlink(path), "nowhere");
     EXPECT_EQ(folder.names(), std::vector<std::string>{"project"});
 }

@@ -121,10 +121,10 @@ TEST(HexadecimalSignature, RefusesWhatIsNoDigit) {
     EXPECT_EQ(refusalOf("r= s=1"), "r has no digits");
     EXPECT_EQ(refusalOf("r=1 s="), "s has no digits");
     EXPECT_EQ(refusalOf("r=0x1 s=1"),
-              "r has a character that is no hexadecimal digit (number 2 of 3)");
+              "r has a character that is not a hexadecimal digit (number 2 of 3)");
     for (const char wrong : "/:@G`g-+=\0\xFF"s) {
         EXPECT_EQ(refusalOf("r=1 s=00"s + wrong + "0"),
-                  "s has a character that is no hexadecimal digit (number 3 of 4)");
+                  "s has a character that is not a hexadecimal digit (number 3 of 4)");
     }
 }
 

@@ -48,7 +48,7 @@ protected:
         }
         const std::string start = "projectctl: " + path + ": ";
         EXPECT_EQ(messages[start + "was cut while it was read\n"], 1U);
-        EXPECT_EQ(messages[start + "has changed meanwhile\n"], 1U);
+        EXPECT_EQ(messages[start + "changed while it was read\n"], 1U);
         EXPECT_EQ(messages.size(), 2U);
     }
 

@@ -112,7 +112,7 @@ TEST_P(WholeFile, GoesToTheWorkingFolderWithoutAFolderInItsPath) {
 
 TEST_P(WholeFile, ReplacesNothing) {
     folder.write("new", {1});
-    EXPECT_EQ(write(), path + ": File exists");
+    EXPECT_EQ(write(), path + ": already exists; no file is overwritten, so choose another name");
     EXPECT_EQ(fileBytes(path), Bytes{1});
     EXPECT_EQ(folder.names(), Names{"new"});
 }
@@ -287,7 +287,8 @@ TEST(NamedWholeFile, IsLinkedWhereRenamingCannotSpareTheTarget) {
     const std::string path = folder.file("new");
     EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent), std::nullopt);
     EXPECT_EQ(fileBytes(path), content);
-    EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent), path + ": File exists");
+    EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent),
+              path + ": already exists; no file is overwritten, so choose another name");
     EXPECT_EQ(folder.names(), Names{"new"});
 }
 
