@@ -50,10 +50,10 @@ std::string wrongMember(const JsonNotes& notes) {
     return wrongMember(notes.signature, JsonMembers::signatureMembers, "signature.").value_or("");
 }
 
-/// The parser's words, less the name of its exception and the text that it read last.
+/// The parser's words, less what it says before a dash and the text that it read last.
 std::string parserWords(std::string words) {
-    const std::size_t start = words.find(" - ");
-    words.erase(0, start == std::string::npos ? words.find("] ") + 2 : start + 3);
+    constexpr std::string_view dash = " - ";
+    words.erase(0, words.find(dash) + dash.size());
     return words.substr(0, words.find("; last read: '"));
 }
 

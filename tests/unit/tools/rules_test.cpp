@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -15,6 +17,22 @@ TEST(Rules, HaveACauseAndACodeOfTheirOwnEach) {
         EXPECT_TRUE(codes.insert(rule.code).second) << rule.code;
         EXPECT_EQ(&ruleOf(rule.cause), &rule) << rule.code;
     }
+}
+
+TEST(Rules, NameThePageThatTellsMore) {
+    const std::map<std::string, std::string> pages = {
+        {"project.digest", "project-file(5)"},
+        {"key.absent", "project-file(5)"},
+        {"signature.odd", "docs/formats.md"},
+        {"json.zero-byte", "docs/http-interface.md"},
+    };
+    std::map<std::string, std::string> told;
+    for (const Rule& rule : rules()) {
+        if (pages.contains(rule.code)) {
+            told[rule.code] = pageOf(rule);
+        }
+    }
+    EXPECT_EQ(told, pages);
 }
 
 TEST(RulesDeathTest, EndTheProgramForACauseThatHasNone) {
