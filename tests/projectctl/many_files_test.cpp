@@ -126,8 +126,8 @@ TEST_F(ManyFiles, ThatCannotBeSignedAreToldOfAndTheOthersAreSigned) {
     EXPECT_EQ(end.errors,
               "projectctl: " + empty + ": is empty\nprojectctl: " + missing +
                   ": cannot be opened: No such file or directory\nprojectctl: " + folder.path() +
-                  ": is a directory\nprojectctl: standard input: can be read only "
-                  "once\n");
+                  ": is a directory\nprojectctl: standard input: can be read only once; "
+                  "name it once\n");
 }
 
 TEST_F(ManyFiles, AreSignedInTheirOrder) {
@@ -291,7 +291,6 @@ TEST_F(ManyFiles, SignatureOfOneIsReadFromAFile) {
     for (const Row& row : {Row{text, 0, "true\n", ""}, Row{text + "\n", 0, "true\n", ""},
                            Row{text + "\r\n", 0, "true\n", ""}, Row{text + "\n\n", 2, "", several},
                            Row{"\n" + text, 2, "", several},
-                           Row{"", 1, "false\n", "projectctl: the signature is empty\n"},
                            Row{std::string(4097, 'A'), 2, "",
                                "projectctl: standard input: has more than 4096 bytes, too many for "
                                "a signature\n"}}) {
@@ -299,6 +298,9 @@ TEST_F(ManyFiles, SignatureOfOneIsReadFromAFile) {
                               row.status, row.output, row.errors))
             << row.content;
     }
+    const ProgramEnd empty = run({"verify", project, "--signature-file", "-", a}, {}, "");
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_TRUE(empty.errors.starts_with("projectctl: the signature is empty\n")) << empty.errors;
     EXPECT_TRUE(endedWith(run({"verify", project, "--signature-file", missing, a}, {}), 2, "",
                           "projectctl: " + missing + ": No such file or directory\n"));
 }
