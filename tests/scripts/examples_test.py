@@ -1,6 +1,6 @@
 """Runs everything in examples/ against a web server with the programs.
 
-    examples_test.py FOLDER     the folder of the programs; SIGN_PROGRAM_FOLDER names another
+    examples_test.py FOLDER [CLASS...]     the folder of the programs; SIGN_PROGRAM_FOLDER names another
 """
 
 import base64
@@ -499,4 +499,4 @@ if __name__ == "__main__":
     # The server is on this machine: nothing goes through a proxy.
     for variable in [name for name in os.environ if name.lower().endswith("_proxy")]:
         del os.environ[variable]
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
