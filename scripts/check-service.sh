@@ -1,19 +1,21 @@
 #!/bin/sh
 # Asks a served sign.cgi whether it works, for a monitoring system:
 #
-#   check-service.sh URL [-p PROJECT] [-w SECONDS] [-c SECONDS] [-t SECONDS] [-- CURL-OPTIONS]
+#   check-service.sh URL [--sign] [-p PROJECT] [-w SECONDS] [-c SECONDS] [-t SECONDS] [-- CURL-OPTIONS]
 #
-#   -p PROJECT   the path of check.project on the server (/usr/share/sign-cgi/check.project)
+#   -p PROJECT   the path on the server: of check.project (/usr/share/sign-cgi/check.project), or with
+#                --sign of your own project
+#   --sign       signs under PROJECT and verifies that signature, instead of a known one
 #   -w SECONDS   WARNING if the slowest answer took longer
 #   -c SECONDS   CRITICAL if the slowest answer took longer
-#   -t SECONDS   the time for all three requests (10)
+#   -t SECONDS   the time for all requests (10)
 #   -h           prints this and exits with 3
 #
 # Exit status: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN. Prints one line: what is broken (the server,
 # the URL, the program or the project) and in which step; behind "|" the time of the slowest answer.
 # What stands behind "--" is for curl, such as --cacert FILE or --noproxy '*'.
 #
-# The project has no private scalar: nothing is signed, and nobody can sign with it.
+# check.project has no private scalar: without --sign nothing is signed.
 set -u
 export LC_ALL=C # decimal points, and bytes as characters
 
@@ -22,9 +24,10 @@ signature='0o5y4Q4q7VRU6odVJ/i3dK6bAQXASrU21N6PxnZIE+AD9iP/GSUrk/SA'
 altered='0o54yQ4q7VRU6odVJ/i3dK6bAQXASrU21N6PxnZIE+AD9iP/GSUrk/SA'
 
 project=/usr/share/sign-cgi/check.project
+sign='' own=''
 url='' warning='' critical='' limit=10
 slowest=0 spent=0
-step=''
+number=0 step=''
 
 # Ends with state $1, its word $2 and text $3, which must be one line and hold no "|".
 finish() {
@@ -59,7 +62,7 @@ is_time() {
 
 usage() {
     slowest=0 limit=10 warning='' critical=''
-    unknown "$1; usage: check-service.sh URL [-p PROJECT] [-w SECONDS] [-c SECONDS] [-t SECONDS]"
+    unknown "$1; usage: check-service.sh URL [--sign] [-p PROJECT] [-w SECONDS] [-c SECONDS] [-t SECONDS]"
 }
 
 while [ $# -gt 0 ]; do
@@ -72,10 +75,11 @@ while [ $# -gt 0 ]; do
             sed -n '2,/^[^#]/ { /^#/ s/^# \{0,1\}//p; }' "$0"
             exit 3
             ;;
+        --sign) sign=yes ;;
         -[pwct])
             [ $# -gt 1 ] || usage "$1 needs a value"
             case $1 in
-                -p) project=$2 ;;
+                -p) project=$2 own=yes ;;
                 -w) warning=$2 ;;
                 -c) critical=$2 ;;
                 -t) limit=$2 ;;
@@ -101,6 +105,7 @@ done
 [ -z "$warning" ] || [ -z "$critical" ] || ! above "$warning" "$critical" ||
     usage "the time for WARNING is above that for CRITICAL"
 [ -n "$project" ] || usage "no project is given"
+[ -z "$sign" ] || [ -n "$own" ] || usage "--sign needs -p and your own project"
 command -v curl >/dev/null || unknown "curl is not installed"
 body=$(mktemp) || unknown "mktemp makes no file for the answer"
 trap 'rm -f "$body"' EXIT
@@ -135,7 +140,7 @@ END
         7) broken "server: no connection: $complaint" ;;
         28)
             above "$connected" 0 || broken "server: no connection within $limit s"
-            [ "${step%%,*}" = 1 ] || broken "program: no answer to a verification within $limit s"
+            [ "$number" = 1 ] || broken "program: no answer within $limit s"
             broken "server: connected, but no answer within $limit s: it hangs, or the program does"
             ;;
         23) broken "url: an answer of over 64 KiB: this is not the program" ;;
@@ -174,25 +179,54 @@ judge() {
     esac
 }
 
-step='1, a request that must be refused'
+begin() {
+    number=$((number + 1))
+    step="$number, $1"
+}
+
+# Takes the answer for $signature if it is one.
+is_signature() {
+    signature=$(tr -d '\000' <"$body")
+    case $signature in
+        '' | *[!A-Za-z0-9+/=]*) false ;;
+        *) [ ${#signature} -le 56 ] && answered 200 "$signature" ;;
+    esac
+}
+
+begin 'a request that must be refused'
 ask "$@" --data sig_verify=true
 answered 400 "'signature' parameter is required" || judge
 
-step='2, the signature'
+unusable="$project is missing, damaged, closed to the server's user or another one"
+if [ -n "$sign" ]; then
+    begin 'signing'
+    ask "$@" --data sig_create=true --data encoding=plain
+    if answered 400 'Signature generation failed'; then
+        broken "project: $project is missing, damaged, closed to the server's user or for verifying only"
+    fi
+    is_signature || judge
+    case $signature in
+        A*) altered=B${signature#?} ;;
+        *) altered=A${signature#?} ;;
+    esac
+    unusable="what is signed under $project is not valid under it; do all machines have the same one?"
+fi
+
+begin 'the signature'
 ask "$@" --data sig_verify=true --data-urlencode "sig=$signature"
 if answered 200 false; then
-    broken "project: $project is missing, damaged, closed to the server's user or another one"
+    broken "project: $unusable"
 fi
 answered 200 true || judge
 
-step='3, an altered signature'
+begin 'an altered signature'
 ask "$@" --data sig_verify=true --data-urlencode "sig=$altered"
 if answered 200 true; then
     broken "program: it verifies what is not valid"
 fi
 answered 200 false || judge
 
-text="refused, verified and rejected as it must be, the slowest in $slowest s"
+text="refused, ${sign:+signed, }verified and rejected as it must be, the slowest in $slowest s"
 [ -z "$critical" ] || ! above "$slowest" "$critical" || finish 2 CRITICAL "slow: $text"
 [ -z "$warning" ] || ! above "$slowest" "$warning" || finish 1 WARNING "slow: $text"
 finish 0 OK "$text"

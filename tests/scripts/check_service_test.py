@@ -25,6 +25,7 @@ SECONDS = 60
 OK, WARNING, CRITICAL, UNKNOWN = range(4)
 WORDS = ("OK", "WARNING", "CRITICAL", "UNKNOWN")
 STEPS = ("a request that must be refused", "the signature", "an altered signature")
+STEPS_OF_SIGNING = (STEPS[0], "signing", *STEPS[1:])
 
 # What stand-in programs begin with: the program's answers, and the request as it came.
 PRELUDE = r"""#!/bin/sh
@@ -80,7 +81,8 @@ class CheckService(unittest.TestCase):
         state, text, _ = self.check(*arguments)
         self.assertEqual(state, CRITICAL, text)
         self.assertTrue(text.startswith(words), text)
-        self.assertTrue(text.endswith(f"(step {step}, {STEPS[step - 1]})"), text)
+        steps = STEPS_OF_SIGNING if "--sign" in arguments else STEPS
+        self.assertTrue(text.endswith(f"(step {step}, {steps[step - 1]})"), text)
 
     def finds_with(self, script, words, step, *arguments):
         with self.subTest(words, script=script):
@@ -170,7 +172,7 @@ class CheckService(unittest.TestCase):
         self.finds_with("exec sleep 30", "server: connected, but no answer within 1 s", 1,
                         "-t", "1")
         self.finds_with("has_signature && exec sleep 30; refuse",
-                        "program: no answer to a verification within 3 s", 2, "-t", "3")
+                        "program: no answer within 3 s", 2, "-t", "3")
 
     def test_finds_a_program_that_fails(self):
         fails = "program: it fails, or cannot be started (status 500)"
@@ -234,9 +236,7 @@ class CheckService(unittest.TestCase):
 
         closed = self.copy_of_the_project("closed.project")
         closed.chmod(0o600 if runs_as_root() else 0)
-        another = self.folder / "another.project"
-        subprocess.run([self.programs / "projectctl", "create", another], check=True)
-        another.chmod(0o644)
+        another = self.made_project("another.project")
         paths = (
             self.folder / "missing.project",
             self.copy_of_the_project("flipped.project", flipped),
@@ -251,6 +251,43 @@ class CheckService(unittest.TestCase):
             with self.subTest(path):
                 self.finds(f"project: {path} is missing, damaged, closed to the server's user or "
                            "another one", 2, self.url, "-p", path)
+
+    def made_project(self, name, mode=0o644):
+        path = self.folder / name
+        subprocess.run([self.programs / "projectctl", "create", path], check=True)
+        path.chmod(mode)
+        return path
+
+    def test_signs_and_verifies_under_a_project_of_ones_own(self):
+        project = self.made_project("own.project")
+        for _ in range(3):
+            state, text, _ = self.check(self.url, "--sign", "-p", project)
+            self.assertEqual(state, OK, text)
+            self.assertTrue(text.startswith("refused, signed, verified and rejected"), text)
+
+    def test_finds_a_project_that_does_not_sign(self):
+        closed = self.made_project("closed-own.project", 0o600 if runs_as_root() else 0)
+        for path in (self.folder / "missing.project", closed, self.project):
+            with self.subTest(path):
+                self.finds(f"project: {path} is missing, damaged, closed to the server's user or "
+                           "for verifying only", 2, self.url, "--sign", "-p", path)
+
+    def test_finds_machines_with_different_projects(self):
+        self.finds_with(
+            "case $request in *sig_create*) answer '200 OK' AAAA;; *'&sig='*) answer '200 OK' "
+            "false;; *) refuse;; esac",
+            f"project: what is signed under {self.project} is not valid under it", 3, "--sign")
+
+    def test_finds_a_program_that_answers_no_signature(self):
+        for answer in ("", "AAAA\\n", "no signature", "A" * 57):
+            self.finds_with(f"case $request in *sig_create*) answer '200 OK' '{answer}';; "
+                            "*) refuse;; esac", "program: a wrong answer", 2, "--sign")
+
+    def test_finds_an_altered_signature_that_is_taken_for_valid(self):
+        for signature in ("AAAA", "BAAA"):
+            self.finds_with(f"case $request in *sig_create*) answer '200 OK' {signature};; "
+                            "*'&sig='*) answer '200 OK' true;; *) refuse;; esac",
+                            "program: it verifies what is not valid", 4, "--sign")
 
     def test_looks_for_the_project_where_the_package_puts_it(self):
         script = f"case $request in 'project={INSTALLED.replace('/', '%2F')}&'*) refuse ;; esac"
@@ -277,7 +314,7 @@ class CheckService(unittest.TestCase):
 
     def test_limits_the_time_of_all_requests_together(self):
         url = self.stand_in("sleep 2; has_signature && { answer '200 OK' true; exit; }; refuse")
-        self.finds("program: no answer to a verification within 3 s", 2, url, "-t", "3")
+        self.finds("program: no answer within 3 s", 2, url, "-t", "3")
 
     def test_tells_wrong_usage(self):
         expected = (
@@ -297,6 +334,7 @@ class CheckService(unittest.TestCase):
             (("http://x/", "-w", "3", "-c", "2"),
              "the time for WARNING is above that for CRITICAL"),
             (("http://x/", "-p", ""), "no project is given"),
+            (("http://x/", "--sign"), "--sign needs -p and your own project"),
         )
         for words, text in expected:
             with self.subTest(words):
@@ -321,7 +359,7 @@ class CheckService(unittest.TestCase):
         for word in ("-h", "--help"):
             done = subprocess.run([SCRIPT, word], capture_output=True, text=True, check=False)
             self.assertEqual((done.returncode, done.stderr), (UNKNOWN, ""))
-            self.assertIn("\n  check-service.sh URL [-p PROJECT]", done.stdout)
+            self.assertIn("\n  check-service.sh URL [--sign] [-p PROJECT]", done.stdout)
             self.assertNotIn("#", done.stdout)
             self.assertNotIn("set -u", done.stdout)
 
