@@ -18,13 +18,13 @@ LACKS = {
     "ProjectctlCompletionInBash": "bash",
     "ProjectctlCompletionInZsh": "zsh",
     "ProjectctlCompletionInFish": "fish",
-    "ProjectctlInteroperability": "openssl",
+    "ProjectctlInteroperability, ProjectctlGuides": "openssl",
     "CheckCommits, ReleaseFigures": "git",
     "ServedByLighttpd": "curl",
     "ServedExamples": "chromium",
     "Verifiers": "pkg-config",
 }
-QUICK = {"ProjectctlInteroperability", "ProjectctlCompletionInBash",
+QUICK = {"ProjectctlInteroperability, ProjectctlGuides", "ProjectctlCompletionInBash",
          "CheckCommits, ReleaseFigures", "ProgramHttpInterface"}
 
 
