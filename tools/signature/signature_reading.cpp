@@ -81,13 +81,20 @@ bool isHexadecimalDigit(char character) {
     return hexadecimalValue(character).has_value();
 }
 
+std::string quoted(std::string_view characters) {
+    std::string text = "\"";
+    text += characters;
+    text += '"';
+    return text;
+}
+
 /// What the first of these characters is, which is not of the alphabet of signatures, and where it
 /// comes from.
 std::string wordsOf(std::string_view text) {
     if (text[0] == '%' && text.size() > 2 && isHexadecimalDigit(text[1]) &&
         isHexadecimalDigit(text[2])) {
-        return "\"" + std::string(text.substr(0, 3)) +
-               "\", as characters are written in a URL or a form: decode it first";
+        return quoted(text.substr(0, 3)) +
+               ", as characters are written in a URL or a form: decode it first";
     }
     switch (text[0]) {
         case ' ':
@@ -103,10 +110,10 @@ std::string wordsOf(std::string_view text) {
             return "a quote, which is not part of it";
         case '-':
         case '_':
-            return std::string("\"") + text[0] + "\", which base64 for URLs has instead of \"" +
-                   (text[0] == '-' ? '+' : '/') + "\"";
+            return quoted(text.substr(0, 1)) + ", which base64 for URLs has instead of " +
+                   quoted(text[0] == '-' ? "+" : "/");
         default:
-            return "\"" + std::string(text.substr(0, 1)) + "\", which no signature has";
+            return quoted(text.substr(0, 1)) + ", which no signature has";
     }
 }
 
