@@ -14,8 +14,7 @@ bool processorCanTakeIt() {
 }
 
 TEST(FastRoute, IsTheCarrylessOneWhereTheProcessorCanTakeIt) {
-    EXPECT_EQ(core::fastRoute(),
-              processorCanTakeIt() ? &core::carrylessRoute : &core::plainRoute);
+    EXPECT_EQ(core::fastRoute(), processorCanTakeIt() ? &core::carrylessRoute : &core::plainRoute);
 }
 
 }  // namespace
