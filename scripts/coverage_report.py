@@ -3,6 +3,9 @@
     coverage_report.py FILE.json
     coverage_report.py --tests      the test programs to run for it
 
+The branches are the sides of conditions, those of a template once for all its instances. They are
+not those of conditions in what core::verify is given: their other sides end the process.
+
 The table under "Branches that do not run" in docs/testing.md names each side of a condition that no
 test takes, by file, code and side. Exits 1 when a line does not run, when less than 95 per cent of
 the branches of a folder do, or when that table is not right.
@@ -18,6 +21,7 @@ from mutation.judged_folders import FOLDERS, TESTS, folder_of
 
 ROOT = Path(__file__).resolve().parents[1]
 BRANCHES_TO_RUN = 0.95
+VERIFY = re.compile(r"\bverify\(")
 ROW = re.compile(r"^\| `([^`]+)` \| `([^`]+)` \| (true|false|both) \|", re.MULTILINE)
 
 
@@ -29,17 +33,34 @@ def files_of(export):
             yield path.relative_to(ROOT), entry
 
 
-def sides_that_do_not_run(path, entry):
-    """The code of each condition of which a side never ran, in any instance of a template."""
+def verified(lines):
+    """The first and the last place, as line and column, of each call of core::verify."""
+    text = "\n".join(lines)
+    for call in VERIFY.finditer(text):
+        depth = 1
+        end = call.end()
+        while depth > 0:
+            depth += {"(": 1, ")": -1}.get(text[end], 0)
+            end += 1
+        yield place_of(text, call.start()), place_of(text, end - 1)
+
+
+def place_of(text, offset):
+    return text.count("\n", 0, offset) + 1, offset - text.rfind("\n", 0, offset)
+
+
+def sides_of(path, entry):
+    """The code of each condition with how often each side ran, in all instances of a template."""
     lines = (ROOT / path).read_text(encoding="utf-8").splitlines()
+    left_out = list(verified(lines))
     counts = defaultdict(lambda: [0, 0])
     for line, column, end_line, end_column, taken, passed, *_ in entry["branches"]:
+        if any(first < (line, column) < last for first, last in left_out):
+            continue
         code = lines[line - 1][column - 1:end_column - 1 if end_line == line else None]
         for side, count in enumerate((taken, passed)):
             counts[(line, column, code)][side] += count
-    for (_, _, code), (taken, passed) in sorted(counts.items()):
-        if taken == 0 or passed == 0:
-            yield code, "both" if taken == passed else "true" if taken == 0 else "false"
+    return [(code, taken, passed) for (_, _, code), (taken, passed) in sorted(counts.items())]
 
 
 def main(export_file):
@@ -47,13 +68,18 @@ def main(export_file):
     totals = {(folder, kind): [0, 0] for folder in FOLDERS for kind in ("lines", "branches")}
     missed = set()
     for path, entry in files_of(export):
-        for kind in ("lines", "branches"):
-            total = totals[folder_of(str(path)), kind]
-            total[0] += entry["summary"][kind]["covered"]
-            total[1] += entry["summary"][kind]["count"]
-        if entry["summary"]["lines"]["covered"] < entry["summary"]["lines"]["count"]:
+        folder = folder_of(str(path))
+        lines = entry["summary"]["lines"]
+        totals[folder, "lines"][0] += lines["covered"]
+        totals[folder, "lines"][1] += lines["count"]
+        if lines["covered"] < lines["count"]:
             print(f"{path}: lines that do not run")
-        missed |= {(str(path), code, side) for code, side in sides_that_do_not_run(path, entry)}
+        for code, taken, passed in sides_of(path, entry):
+            totals[folder, "branches"][0] += (taken > 0) + (passed > 0)
+            totals[folder, "branches"][1] += 2
+            if taken == 0 or passed == 0:
+                side = "both" if taken == passed else "true" if taken == 0 else "false"
+                missed.add((str(path), code, side))
     good = True
     for folder in FOLDERS:
         lines, all_lines = totals[folder, "lines"]
