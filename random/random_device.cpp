@@ -10,13 +10,15 @@
 namespace {
 
 bool isFifo(const char* path) {
-    struct stat status {};
-    return ::stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
+    struct stat status {};  // of no kind when there is nothing
+    ::stat(path, &status);
+    return S_ISFIFO(status.st_mode);
 }
 
 bool isKernelGenerator(std::FILE* device) {
     struct stat status {};
-    return ::fstat(::fileno(device), &status) == 0 && S_ISCHR(status.st_mode) &&
+    ::fstat(::fileno(device), &status);
+    return S_ISCHR(status.st_mode) &&
            (status.st_rdev == ::makedev(1, 8) || status.st_rdev == ::makedev(1, 9));
 }
 
