@@ -36,7 +36,7 @@ enum class RequestFault : std::uint8_t {
     unknownMode,   ///< the record asks for an operation that there is not
 };
 
-/// The message that answers a request which breaks this rule.
+/// The message that answers a request which breaks this rule; `none` is no rule and has none.
 const char* messageOf(RequestFault fault);
 
 /// The first rule on operation and project that a record breaks.

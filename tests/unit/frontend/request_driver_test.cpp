@@ -1,5 +1,6 @@
 #include "frontend/request_driver.h"
 
+#include "frontend/request_rules.h"
 #include "tests/support/signature_judge.h"
 #include "tests/unit/frontend/engine_test.h"
 #include "tools/request/raw_request.h"
@@ -183,4 +184,9 @@ TEST_F(DispatchRequest, AnswersAServerErrorForAModeWithoutAHandler) {
         record.mode = static_cast<RequestMode>(mode);
         EXPECT_EQ(answerTo(record), expected) << mode;
     }
+}
+
+TEST(MessageOf, TellsOfParametersThatMakeNoRecordAndNothingOfNoFault) {
+    EXPECT_STREQ(messageOf(RequestFault::formParameters), "Failed to parse parameters");
+    EXPECT_STREQ(messageOf(RequestFault::none), "");
 }
