@@ -8,6 +8,17 @@ namespace {
 
 using core::CoreInteger;
 
+TEST(IntegerIsSound, AsksForALengthWithinTheRoomAndForZerosAboveIt) {
+    CoreInteger value = rawInteger({5, 6});
+    EXPECT_TRUE(core::integerIsSound(value));
+    value.lengthAndSign = core::integerLimbRoom;
+    EXPECT_TRUE(core::integerIsSound(value));
+    value.lengthAndSign = core::integerLimbRoom + 1;
+    EXPECT_FALSE(core::integerIsSound(value));
+    value.lengthAndSign = 1;
+    EXPECT_FALSE(core::integerIsSound(value));
+}
+
 TEST(IntegerMarkNegative, LeavesZeroWithoutASign) {
     CoreInteger zero;
     core::integerMarkNegative(zero);

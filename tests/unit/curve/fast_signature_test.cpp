@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/host.h"
+#include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
 #include "tests/support/fast_routes.h"
 #include "tests/support/leak_check.h"
@@ -189,6 +190,27 @@ TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
     EXPECT_FALSE(offered({domain.degree, otherPolynomial, domain.coefficientA, domain.coefficientB,
                           domain.basePoint, domain.order, domain.cofactor},
                          records.scalar()));
+    EXPECT_FALSE(offered({domain.degree - 1, domain.reductionPolynomial, domain.coefficientA,
+                          domain.coefficientB, domain.basePoint, domain.order, domain.cofactor},
+                         records.scalar()));
+}
+
+TEST_P(FastSignature, HasNoVerdictOnAnotherCurve) {
+    const KeyRecords key(randomProjectKey());
+    const Bytes digest = randomBytes(digestSize);
+    testHostPlayRandom(manyDraws());
+    const SignatureNumbers signature = defining(key, digest);
+    forgetRandomLeft();
+    core::CoreInteger r = BigNumber::fromHexadecimal(signature.r).toInteger(3);
+    core::CoreInteger s = BigNumber::fromHexadecimal(signature.s).toInteger(3);
+    const core::CurveDomain domain = key.domain();
+    const core::FieldElement zero = elementFrom(0);
+    const core::CurveDomain other{domain.degree,       domain.reductionPolynomial, zero,
+                                  domain.coefficientB, domain.basePoint,           domain.order,
+                                  domain.cofactor};
+    const ChosenRoute chosen(&GetParam().route);
+    EXPECT_TRUE(core::curveVerifyDigest(domain, key.publicPoint(), digest.data(), {r, s}));
+    EXPECT_FALSE(core::curveVerifyDigest(other, key.publicPoint(), digest.data(), {r, s}));
 }
 
 TEST(FastSignatureOfNoRoute, IsNotOffered) {
