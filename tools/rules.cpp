@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -128,13 +128,14 @@ const char* pageOf(const Rule& rule) {
 }
 
 const Rule& ruleOf(const Cause& cause) {
-    const std::span<const Rule> table = rules();
-    const auto rule = std::find_if(table.begin(), table.end(),
-                                   [&](const Rule& row) { return row.cause == cause; });
-    if (rule == table.end()) {
-        std::abort();
-    }
-    return *rule;
+    static const auto table = [] {
+        std::map<Cause, const Rule*> byCause;
+        for (const Rule& rule : rules()) {
+            byCause.emplace(rule.cause, &rule);
+        }
+        return byCause;
+    }();
+    return *table.at(cause);
 }
 
 Refusal refusalBy(const Cause& cause, std::string words) {

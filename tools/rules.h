@@ -64,8 +64,8 @@ std::span<const Rule> rules();
 /// The document that tells more of a rule.
 const char* pageOf(const Rule& rule);
 
-/// The rule of this cause, which must have one: ends the program otherwise. `dataBase64` and
-/// `generation` have none, since others tell why.
+/// The rule of this cause, which must have one: raises std::out_of_range otherwise. `dataBase64`
+/// and `generation` have none, since others tell why.
 const Rule& ruleOf(const Cause& cause);
 
 /// A refusal by this rule, in words.

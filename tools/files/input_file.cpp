@@ -47,6 +47,33 @@ int openNameless(const std::string& folder) {
     return named;
 }
 
+/// The fault of a file to sign, which has one.
+std::string wordsOf(const MappedInput& input) {
+    const std::string size = "has " + counted(input.size, "byte");
+    switch (input.fault) {
+        case FileFault::open:
+            return std::string("cannot be opened: ") + std::strerror(input.openError);
+        case FileFault::directory:
+            return "is a directory";
+        case FileFault::notRegular:
+            return "not a regular file";
+        case FileFault::empty:
+            return "is empty";
+        case FileFault::noBytes:
+            return size + ", a multiple of 4294967296: nothing of it counts";
+        case FileFault::tooLarge:
+            return size + ": at most 2147483647 can be signed";
+        case FileFault::mapping:
+            return "cannot be mapped into memory";
+        case FileFault::changed:
+            return "changed while it was read";
+        case FileFault::cut:
+        case FileFault::none:
+            break;
+    }
+    return cutFileWords;
+}
+
 /// Copies standard input to its end; says what went wrong.
 std::optional<std::string> copyStandardInput(int descriptor, const std::string& folder) {
     std::array<char, 65536> buffer{};
@@ -103,32 +130,10 @@ std::optional<std::string> openInputFile(const std::string& path, InputFile& fil
 }
 
 std::optional<Refusal> inputFileRefusal(const MappedInput& input) {
-    const std::string size = "has " + counted(input.size, "byte");
-    switch (input.fault) {
-        case FileFault::none:
-            break;
-        case FileFault::open:
-            return refusalBy(FileFault::open,
-                             std::string("cannot be opened: ") + std::strerror(input.openError));
-        case FileFault::directory:
-            return refusalBy(FileFault::directory, "is a directory");
-        case FileFault::notRegular:
-            return refusalBy(FileFault::notRegular, "not a regular file");
-        case FileFault::empty:
-            return refusalBy(FileFault::empty, "is empty");
-        case FileFault::noBytes:
-            return refusalBy(FileFault::noBytes,
-                             size + ", a multiple of 4294967296: nothing of it counts");
-        case FileFault::tooLarge:
-            return refusalBy(FileFault::tooLarge, size + ": at most 2147483647 can be signed");
-        case FileFault::mapping:
-            return refusalBy(FileFault::mapping, "cannot be mapped into memory");
-        case FileFault::changed:
-            return refusalBy(FileFault::changed, "changed while it was read");
-        case FileFault::cut:
-            return refusalBy(FileFault::cut, cutFileWords);
+    if (input.fault == FileFault::none) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return refusalBy(input.fault, wordsOf(input));
 }
 
 std::optional<std::string> inputFileRemark(const MappedInput& input) {

@@ -23,20 +23,3 @@ struct Explanation {
 
 /// Stands for a signature that is made: a new one each time.
 inline constexpr const char* signaturePlaceholder = "<signature>";
-
-/// The rule that decides, and what makes it.
-struct Ruling {
-    std::string rule;
-    std::string reason;
-};
-
-/// An answer with 400 Bad Request.
-inline Explanation refusalBy(const Ruling& ruling, const std::string& message) {
-    return {
-        .rule = ruling.rule, .reason = ruling.reason, .status = "400 Bad Request", .body = message};
-}
-
-/// The end of the process without a response.
-inline Explanation silenceBy(const Ruling& ruling) {
-    return {.rule = ruling.rule, .reason = ruling.reason};
-}

@@ -16,57 +16,43 @@
 
 namespace {
 
-/// What a text of `length` characters is refused for.
-std::optional<Refusal> textRefusal(const ParsedSignature& text, std::size_t length) {
+/// The fault of a text of `length` characters, which has one.
+std::string wordsOf(const ParsedSignature& text, std::size_t length) {
     const std::int64_t groupBytes = static_cast<std::int64_t>(length / 4) * 3;
     const auto bytes = static_cast<std::uint64_t>(text.bytes);
     switch (text.fault) {
+        case SignatureFault::empty:
+            return "the signature is empty";
+        case SignatureFault::tooLong:
+            return "the signature has " + std::to_string(length) + " characters, more than " +
+                   std::to_string(longestSignatureText);
+        case SignatureFault::groups:
+            return "the signature's " + counted(length, "character is", "characters are") +
+                   " not whole groups of four";
+        case SignatureFault::padding:
+            return "the signature has " + std::to_string(groupBytes - text.bytes) +
+                   " times \"=\", more than the bytes of its groups (" +
+                   std::to_string(groupBytes) + ")";
+        case SignatureFault::tooManyBytes:
+            return "the signature stands for " + counted(bytes, "byte") + ", more than " +
+                   std::to_string(longestSignature);
+        case SignatureFault::noBytes:
+            return "the signature stands for no bytes";
+        case SignatureFault::odd:
         case SignatureFault::none:
             break;
-        case SignatureFault::empty:
-            return refusalBy(SignatureFault::empty, "the signature is empty");
-        case SignatureFault::tooLong:
-            return refusalBy(SignatureFault::tooLong,
-                             "the signature has " + std::to_string(length) +
-                                 " characters, more than " + std::to_string(longestSignatureText));
-        case SignatureFault::groups:
-            return refusalBy(SignatureFault::groups,
-                             "the signature's " +
-                                 counted(length, "character is", "characters are") +
-                                 " not whole groups of four");
-        case SignatureFault::padding:
-            return refusalBy(SignatureFault::padding,
-                             "the signature has " + std::to_string(groupBytes - text.bytes) +
-                                 " times \"=\", more than the bytes of its groups (" +
-                                 std::to_string(groupBytes) + ")");
-        case SignatureFault::tooManyBytes:
-            return refusalBy(SignatureFault::tooManyBytes,
-                             "the signature stands for " + counted(bytes, "byte") + ", more than " +
-                                 std::to_string(longestSignature));
-        case SignatureFault::noBytes:
-            return refusalBy(SignatureFault::noBytes, "the signature stands for no bytes");
-        case SignatureFault::odd:
-            return refusalBy(SignatureFault::odd, "the signature's halves are of odd length (" +
-                                                      counted(bytes, "byte") + ")");
     }
-    return std::nullopt;
+    return "the signature's halves are of odd length (" + counted(bytes, "byte") + ")";
 }
 
-/// Why no signature has these numbers.
+/// Why no signature has these numbers, in the words of the rule.
 std::optional<Refusal> numbersRefusal(const core::CoreInteger& r, const core::CoreInteger& s) {
-    switch (pairFault(r, s)) {
-        case core::PairFault::none:
-            break;
-        case core::PairFault::rZero:
-            return refusalBy(core::PairFault::rZero, "r is zero");
-        case core::PairFault::sZero:
-            return refusalBy(core::PairFault::sZero, "s is zero");
-        case core::PairFault::rRange:
-            return refusalBy(core::PairFault::rRange, "r is not below the order");
-        case core::PairFault::sRange:
-            return refusalBy(core::PairFault::sRange, "s is not below the order");
+    const core::PairFault fault = pairFault(r, s);
+    if (fault == core::PairFault::none) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    const std::string_view sentence = ruleOf(fault).sentence;
+    return refusalBy(fault, std::string(sentence.substr(0, sentence.size() - 1)));
 }
 
 /// Whether decoding takes the character for the "A" that it is not.
@@ -90,7 +76,7 @@ std::string quoted(std::string_view characters) {
 
 /// What the first of these characters is, which is not of the alphabet of signatures, and where it
 /// comes from.
-std::string wordsOf(std::string_view text) {
+std::string wordsOfStrange(std::string_view text) {
     if (text[0] == '%' && text.size() > 2 && isHexadecimalDigit(text[1]) &&
         isHexadecimalDigit(text[2])) {
         return quoted(text.substr(0, 3)) +
@@ -123,7 +109,7 @@ SignatureReading readSignature(std::string_view text) {
     text = text.substr(0, text.find('\0'));
     const ParsedSignature parsed = parseSignatureText(text);
     if (parsed.fault != SignatureFault::none) {
-        return {.refusal = textRefusal(parsed, text.size())};
+        return {.refusal = refusalBy(parsed.fault, wordsOf(parsed, text.size()))};
     }
     SignatureReading reading{.refusal = numbersRefusal(parsed.r, parsed.s),
                              .halfSize = static_cast<std::size_t>(parsed.bytes) / 2,
@@ -160,7 +146,7 @@ std::vector<std::string> signatureRemarks(const std::string& text) {
                strange != text.end()) {
         const auto place = static_cast<std::size_t>(strange - text.begin());
         remarks.push_back("character " + std::to_string(place + 1) + " of the signature is " +
-                          wordsOf(std::string_view(text).substr(place)));
+                          wordsOfStrange(std::string_view(text).substr(place)));
     }
     // Of other lengths a text is not decoded.
     const SignatureFault fault = parseSignatureText(text).fault;

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -35,9 +36,9 @@ TEST(Rules, NameThePageThatTellsMore) {
     EXPECT_EQ(told, pages);
 }
 
-TEST(RulesDeathTest, EndTheProgramForACauseThatHasNone) {
-    EXPECT_DEATH(ruleOf(RequestFault::dataBase64), "");
-    EXPECT_DEATH(ruleOf(RequestFault::generation), "");
+TEST(Rules, AreNoneForACauseOfWhichOthersTell) {
+    EXPECT_THROW(ruleOf(RequestFault::dataBase64), std::out_of_range);
+    EXPECT_THROW(ruleOf(RequestFault::generation), std::out_of_range);
 }
 
 }  // namespace
