@@ -190,6 +190,8 @@ TEST(ProjectctlCommandLine, RefusesConflicts) {
             isRefused(both, "standard input cannot hold both the signature and what was signed"));
     }
     EXPECT_TRUE(isRefused({"convert", "a", "--to", "der", "--json"}, "--to excludes --json"));
+    EXPECT_TRUE(
+        isRefused({"explain", "--rules", "--body", "a", "--wrong"}, "--body excludes --rules"));
 }
 
 TEST(ProjectctlCommandLine, RefusesAnOptionWithoutTheOneItBelongsTo) {
@@ -263,6 +265,12 @@ TEST(ProjectctlCommandLine, TakesNoFileForAStandardStreamThatIsClosed) {
     call.outputClosed = true;
     EXPECT_TRUE(
         endedWith(runProgram(call), 2, "", "projectctl: standard output: Bad file descriptor\n"));
+}
+
+TEST(ProjectctlCommandLine, ExplainsRulesWithoutARequest) {
+    const ProgramEnd end = runProjectctl({"explain", "--rules"});
+    EXPECT_EQ(end.status, 0);
+    EXPECT_NE(end.output.find("\nsignature.valid: The signature is valid.\n"), std::string::npos);
 }
 
 TEST(ProjectctlCommandLine, PrintsItsVersion) {

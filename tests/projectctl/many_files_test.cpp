@@ -229,6 +229,14 @@ TEST_F(ManyFiles, OfAListAreJudgedLineByLine) {
     EXPECT_TRUE(endedWith(run({"verify", missing, "--check", "-"}, {}, ofA), 2, "", open));
 }
 
+TEST_F(ManyFiles, OfAListOfWhichAPartCountsAreToldOf) {
+    const std::string large = write("large", "first");
+    std::filesystem::resize_file(large, 4294967301);
+    EXPECT_TRUE(endedWith(
+        run({"verify", project, "--check", "-"}, {}, line("first", large)), 0, large + ": OK\n",
+        "projectctl: " + large + ": only the first 5 bytes of 4294967301 count\n"));
+}
+
 TEST_F(ManyFiles, OfAListCannotSteerATerminal) {
     const std::string name = write("\x1b[31mred\r", "content");
     const ProgramEnd end =

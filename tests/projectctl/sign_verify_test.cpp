@@ -181,6 +181,7 @@ TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
     for (const Words& swapped : {Words{project, file, valid},
                                  {file, valid, project},
                                  {valid, project, file},
+                                 {file, file, valid},
                                  {file, project, valid},
                                  {valid, file, project}}) {
         const ProgramEnd end = runProjectctl({"verify", swapped[0], swapped[1], swapped[2]});
@@ -191,11 +192,29 @@ TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
     for (const Words& wrong : {Words{missing, valid, file},
                                {project, valid, missing},
                                {file, valid, letter},
+                               {missing, valid, std::string(60, 'B')},
+                               {missing, "abc", valid},
                                {project, "abc", missing}}) {
         const ProgramEnd end = runProjectctl({"verify", wrong[0], wrong[1], wrong[2]});
         EXPECT_EQ(end.status, 2);
         EXPECT_EQ(end.errors.find(remark), std::string::npos) << end.errors;
     }
+}
+
+TEST_F(ProjectctlSignature, UnderAKeyWithoutAFingerprintIsFalseAndNamesNone) {
+    AttributeValues values = keyAttributes(key);
+    values[76] = elementValue(163, std::string(48, 'F'));
+    const std::string bare = folder.write("bare", projectBytes(values));
+    const ProgramEnd end = runProjectctl({"verify", bare, valid, file});
+    EXPECT_EQ(end.output, "false\n");
+    EXPECT_EQ(end.errors.find("fingerprint"), std::string::npos) << end.errors;
+    const ProgramEnd json = runProjectctl({"verify", bare, valid, file, "--json"});
+    EXPECT_FALSE(nlohmann::json::parse(json.output).contains("fingerprint"));
+}
+
+TEST_F(ProjectctlSignature, IsConvertedToJson) {
+    const ProgramEnd end = runProjectctl({"convert", valid, "--json"});
+    EXPECT_EQ(nlohmann::json::parse(end.output).at("text"), valid);
 }
 
 TEST_F(ProjectctlSignature, UnderAKeyWithASignThatCountsForNothingIsFalseForItsOwnReason) {

@@ -93,10 +93,18 @@ long replacedTell(std::FILE* stream) {
 }
 
 int replacedStatus(int descriptor, struct stat* status) {
-    if (current != nullptr && current->beforeStatus) {
-        current->beforeStatus(++current->statusCalls);
+    if (current == nullptr) {
+        return systemStatus(descriptor, status);
     }
-    return systemStatus(descriptor, status);
+    const unsigned number = ++current->statusCalls;
+    if (current->beforeStatus) {
+        current->beforeStatus(number);
+    }
+    const int result = systemStatus(descriptor, status);
+    if (current->afterStatus) {
+        current->afterStatus(number);
+    }
+    return result;
 }
 
 std::size_t replacedRead(void* data, std::size_t size, std::size_t count, std::FILE* stream) {

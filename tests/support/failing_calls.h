@@ -7,7 +7,7 @@
 
 /// While it lives, blocks of operator new and calloc are watched, as are the calls of `fdopen`,
 /// `fmemopen`, `fopen`, `fseek`, `ftell`, `fread` and `fwrite`, and it can make them fail.
-/// What it calls before an `fstat` can change the file.
+/// What it calls before or after an `fstat` can change the file.
 ///
 /// It belongs to the executables that list `SIGN_FAILING_CALLS` among their sources and call
 /// `sign_watch_calls`.
@@ -22,6 +22,7 @@ struct ScopedFailingCalls {
     std::map<std::string, std::string> openedInstead;  ///< by `fopen`, for these paths
     unsigned statusCalls = 0;                          ///< calls of `fstat` so far
     std::function<void(unsigned)> beforeStatus;  ///< gets the number, from 1, of one that follows
+    std::function<void(unsigned)> afterStatus;   ///< and of one that has been made
     std::size_t blockLimit = ~0UL;               ///< larger blocks are refused
     unsigned givenBlocks = 0;                    ///< but so many of these are given before
     std::size_t largestRequest = 0;              ///< size of the largest block asked for

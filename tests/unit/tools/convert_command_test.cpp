@@ -12,6 +12,7 @@
 #include "tests/support/signature_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
+#include "tests/unit/tools/scoped_terminal.h"
 #include "tools/exit_status.h"
 
 namespace {
@@ -145,6 +146,15 @@ TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
     const ScopedInput input(std::string(5000, 'A'));
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::der),
               failed("standard input: has more than 4096 bytes, too many for a signature"));
+}
+
+TEST_F(ConvertCommand, WritesNoDerToATerminal) {
+    const ScopedTerminal terminal(STDOUT_FILENO);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(convertCommand({.signature = text, .to = SignatureForm::der}), exitFailed);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "projectctl: standard output: is a terminal, and DER is binary; redirect it to a "
+              "file, or take --to hex\n");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
+#include "tests/unit/tools/scoped_terminal.h"
 #include "tools/exit_status.h"
 
 namespace {
@@ -61,6 +62,16 @@ TEST_F(DigestCommand, TakesWhatTheProgramWouldSignOfALargeFile) {
     EXPECT_EQ(large.status, exitDone);
     EXPECT_EQ(large.errors,
               "projectctl: " + path + ": only the first 5 bytes of 4294967301 count\n");
+}
+
+TEST_F(DigestCommand, WritesNoBytesToATerminal) {
+    const std::string path = folder.write("data", {1, 2, 3});
+    const ScopedTerminal terminal(STDOUT_FILENO);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(digestCommand({.file = path}), exitFailed);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "projectctl: standard output: is a terminal, and a digest is binary; redirect it to "
+              "a file, or take --json\n");
 }
 
 TEST_F(DigestCommand, RefusesWhatCannotBeSigned) {

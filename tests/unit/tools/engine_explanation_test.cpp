@@ -183,6 +183,13 @@ TEST_F(ExplainEngine, TellsThatThereIsNoMemoryForAProject) {
     const std::string path = writeProject(large);
     ScopedFailingCalls calls;
     calls.blockLimit = 50000;
+    RequestRecord record;
+    record.project = path;
+    record.mode = RequestMode::generateSignature;
+    record.signatureData = "a";
+    const Explanation ofRecord = explainRecord(record, {});
+    EXPECT_EQ(ofRecord.status, "");
+    EXPECT_EQ(ofRecord.rule, "project.memory");
     for (const std::string& body :
          {signing(path, "&sig_data=a"), verifying(path, "&sig_data=a", known.text)}) {
         const Explanation explanation = explainForm(body);

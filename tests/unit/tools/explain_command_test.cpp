@@ -1,10 +1,16 @@
 #include "tools/commands/explain_command.h"
+
+#include <sys/stat.h>
+
 #include <nlohmann/json.hpp>
 
 #include "tests/support/failing_calls.h"
 #include "tests/unit/tools/command_run.h"
 #include "tests/unit/tools/explanation_test.h"
+#include "tests/unit/tools/file_status.h"
 #include "tools/exit_status.h"
+#include "tools/files/random_device.h"
+#include "tools/rules.h"
 
 namespace {
 
@@ -144,6 +150,30 @@ TEST_F(ExplainCommand, FailsOnABodyThatCannotBeRead) {
               "projectctl: " + folder.file("absent") + ": No such file or directory\n");
     options.body = folder.path();
     EXPECT_EQ(failureOf(options), "projectctl: " + folder.path() + ": Is a directory\n");
+}
+
+TEST_F(ExplainCommand, ListsAllRules) {
+    ExplainOptions options;
+    options.rules = true;
+    std::string lines;
+    nlohmann::json list = nlohmann::json::array();
+    for (const Rule& rule : rules()) {
+        lines += std::string(rule.code) + ": " + rule.sentence + "\n";
+        list.push_back({{"code", rule.code}, {"sentence", rule.sentence}, {"page", pageOf(rule)}});
+    }
+    EXPECT_EQ(textOf(options), lines);
+    EXPECT_EQ(jsonOf(options), list);
+}
+
+TEST_F(ExplainCommand, WaitsForNoWriterOfAFifoInThePlaceOfTheRandomDevice) {
+    ScopedFileStatus status;
+    status.files["/dev/urandom"] = Access{.owner = 0, .mode = S_IFIFO | 0666};
+    ExplainOptions signing;
+    signing.project = project;
+    signing.data = "abc";
+    EXPECT_EQ(failureOf(signing),
+              "projectctl: " + *randomDeviceRefusal(RandomDeviceFault::fifo) + "\n");
+    EXPECT_EQ(jsonOf(verifyingOptions()).at("rule"), "signature.valid");
 }
 
 TEST_F(ExplainCommand, LeavesTheEnvironmentAsItWas) {

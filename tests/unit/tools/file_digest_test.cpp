@@ -13,6 +13,7 @@
 #include "tests/support/random_operands.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/unit/tools/cut_report.h"
 
 namespace {
 
@@ -69,7 +70,24 @@ TEST(FileDigests, StandBesideRefusals) {
     EXPECT_EQ(digestsOf({empty, letter, missing, folder.path(), "-", letter, "-"}), expected);
     EXPECT_TRUE(digestFile(missing, Progress::silent).isMissing);
     EXPECT_FALSE(digestFile(folder.path(), Progress::silent).isMissing);
+    EXPECT_FALSE(digestFile(letter + "/missing", Progress::silent).isMissing);
     EXPECT_EQ(digestsOf({}), std::vector<Bytes>{});
+}
+
+TEST(DigestedFile, GivesItsContentUnlessItIsLongOrHasLostSome) {
+    const ScopedCutReport report;
+    const TemporaryFolder folder;
+    constexpr std::size_t size = 100'000;
+    const std::string path = folder.write("letter", Bytes(size, 'a'));
+    const DigestedFile file(path, Progress::silent);
+    EXPECT_EQ(file.content(size), std::string(size, 'a'));
+    EXPECT_EQ(file.content(size - 1), std::nullopt);
+    std::filesystem::resize_file(path, size - 1);
+    EXPECT_EQ(file.content(size), std::nullopt);
+    std::filesystem::resize_file(path, 1);
+    EXPECT_EQ(file.content(size), std::nullopt) << "pages are lost";
+    const DigestedFile missing(folder.file("missing"), Progress::silent);
+    EXPECT_EQ(missing.content(size), std::nullopt);
 }
 
 TEST(FileDigests, EndWithWhatTheirTakerThrows) {

@@ -9,8 +9,6 @@ namespace {
 
 ScopedFileStatus* current = nullptr;
 
-constexpr mode_t modeBits = 07777;
-
 }  // namespace
 
 ScopedFileStatus::ScopedFileStatus() {
@@ -36,7 +34,8 @@ int replacedStat(const char* path, struct stat* status) {
             return -1;
         }
         status->st_uid = access->owner;
-        status->st_mode = (status->st_mode & ~modeBits) | access->mode;
+        const mode_t kind = (access->mode & S_IFMT) != 0 ? 0 : status->st_mode & S_IFMT;
+        status->st_mode = kind | access->mode;
     }
     return result;
 }

@@ -9,7 +9,7 @@
 /// Whom a file belongs to, and what they and others may do with it.
 struct Access {
     uid_t owner;
-    mode_t mode;
+    mode_t mode;  ///< with another kind of file if it names one
 };
 
 /// While it lives, `stat` tells of these paths what stands here, and `geteuid` gives `user`.

@@ -1,3 +1,4 @@
+#include "tests/support/failing_calls.h"
 #include "tests/unit/tools/explanation_test.h"
 
 namespace {
@@ -77,6 +78,12 @@ TEST_F(ExplainForm, TellsALengthThatThereIsNoMemoryFor) {
     EXPECT_EQ(reasonOf(explanation),
               "form.length-memory: CONTENT_LENGTH is \"9223372036854775806\", and there is no "
               "memory for such a body: the program ends by SIGABRT without a response");
+}
+
+TEST_F(ExplainForm, TellsThatThereIsNoMemoryToReadTheBody) {
+    ScopedFailingCalls calls;
+    calls.failingStreamCall = 1;
+    EXPECT_EQ(explainForm("a=1").rule, "form.length-memory");
 }
 
 TEST_F(ExplainForm, RemarksOnLengthsThatAreNotTheBodys) {

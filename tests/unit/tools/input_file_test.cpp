@@ -20,6 +20,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/file_calls.h"
 #include "tests/unit/tools/refusal_text.h"
+#include "tests/unit/tools/scoped_terminal.h"
 
 namespace {
 
@@ -213,6 +214,19 @@ TEST_F(OpenInputFile, ReportsAStandardInputThatCannotBeRead) {
     EXPECT_EQ(openInputFile("-", file), "standard input: Is a directory");
 }
 
+TEST(ReportWaiting, SpeaksToAPersonAtATerminalAlone) {
+    const auto reported = [] {
+        testing::internal::CaptureStderr();
+        reportWaiting();
+        return testing::internal::GetCapturedStderr();
+    };
+    const ScopedInput input("");
+    EXPECT_EQ(reported(), "");
+    const ScopedTerminal terminal(STDIN_FILENO);
+    EXPECT_EQ(reported(),
+              "projectctl: waiting for standard input; Ctrl-D at the start of a line ends it\n");
+}
+
 class InputFileRefusal : public testing::Test {
 protected:
     std::string sparse(std::uint64_t size) const {
@@ -248,6 +262,12 @@ TEST_F(InputFileRefusal, TellsTheSizesThatCannotBeSigned) {
               "has 4294967295 bytes: at most 2147483647 can be signed");
     EXPECT_EQ(refusalOf(sparse(4294967296)),
               "has 4294967296 bytes, a multiple of 4294967296: nothing of it counts");
+}
+
+TEST_F(InputFileRefusal, TellsOfAFileThatTheSystemDoesNotMap) {
+    MappedInput input;
+    input.fault = FileFault::mapping;
+    EXPECT_EQ(inputFileRefusal(input), "cannot be mapped into memory");
 }
 
 TEST_F(InputFileRefusal, IsAccompaniedByARemarkOnAFileOfWhichAPartCounts) {

@@ -122,6 +122,8 @@ TEST_F(ExplainJson, NamesTheMemberOfAWrongTypeAndTheType) {
         EXPECT_EQ(refusalOf("{\""s + name + "\":5}"),
                   "json.member-type: '"s + name + "' is a number and must be a string");
     }
+    EXPECT_EQ(refusalOf(R"({"mode":"generateSignature","project":"p","encoding":5})"),
+              "json.member-type: 'encoding' is a number and must be a string");
     EXPECT_EQ(refusalOf("{\"genPairs\":\"true\"}"),
               "json.member-type: 'genPairs' is a string and must be a boolean");
     EXPECT_EQ(refusalOf("{\"genPairs\":1}"),

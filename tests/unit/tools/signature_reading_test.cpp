@@ -285,6 +285,7 @@ TEST(SignatureRemarks, TellOfEachCharacterOutsideTheAlphabet) {
         signatureRemarks("AA!"),
         std::vector<std::string>{"character 3 of the signature is \"!\", which no signature has"})
         << "of this length nothing is decoded";
+    EXPECT_EQ(signatureRemarks(std::string(132, '!')).size(), 1U) << "nor of this one";
 }
 
 TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
@@ -298,6 +299,7 @@ TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
                    "or a form: decode it first"},
         {"ABC%2", R"(character 4 of the signature is "%", which no signature has)"},
         {"ABCD%2GH", R"(character 5 of the signature is "%", which no signature has)"},
+        {"ABCD%GH2", R"(character 5 of the signature is "%", which no signature has)"},
         {"ABCDE\n", "character 6 of the signature is a line feed, which is not part of it"},
         {"ABCDE\r\n", "character 6 of the signature is a carriage return, which is not part of it"},
         {"\tABCDE", "character 1 of the signature is a tab, which is not part of it"},

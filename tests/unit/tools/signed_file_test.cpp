@@ -13,6 +13,7 @@
 #include "tests/support/signature_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/command_run.h"
+#include "tests/unit/tools/cut_report.h"
 #include "tools/commands/digest_command.h"
 #include "tools/commands/sign_command.h"
 #include "tools/commands/verify_command.h"
@@ -75,4 +76,22 @@ TEST_F(SignedFile, IsNotVerifiedWhenItIsCutMeanwhile) {
 
 TEST_F(SignedFile, IsNotDigestedWhenItIsCutMeanwhile) {
     expectTold([this] { return runCommand(digestCommand, {.file = path, .json = true}); });
+}
+
+TEST_F(SignedFile, IsLeftWhereItIsReadAndHasLostPages) {
+    const ScopedCutReport report;
+    unsigned told = 0;
+    constexpr unsigned moreThanAreAsked = 20;
+    for (unsigned number = 1; number <= moreThanAreAsked; ++number) {
+        folder.write("letter", Bytes(1'000'000, 'a'));
+        ScopedFailingCalls calls;
+        calls.afterStatus = [&](unsigned call) {
+            if (call == number) {
+                std::filesystem::resize_file(path, 1);
+            }
+        };
+        const CommandEnd end = runCommand(digestCommand, {.file = path, .json = true});
+        told += end.errors == "projectctl: " + path + ": was cut while it was read\n" ? 1 : 0;
+    }
+    EXPECT_EQ(told, 1U);
 }
