@@ -47,8 +47,7 @@ public:
 
     std::string make_option_opts(const CLI::Option* option) const override {
         const std::string type = option->get_type_name();
-        const bool isShown = option->get_type_size() != 0 && !type.empty();
-        return (isShown ? " " + type : "") + (takesMany(*option) ? " ..." : "");
+        return (type.empty() ? "" : " " + type) + (takesMany(*option) ? " ..." : "");
     }
 
     std::string make_option_usage(const CLI::Option* option) const override {
