@@ -140,6 +140,9 @@ TEST(ProjectctlCommandLine, RefusesAnOptionWithoutItsValue) {
 
 TEST(ProjectctlCommandLine, RefusesAValueOfAFlag) {
     EXPECT_TRUE(isRefused({"show", "a", "--secret=yes"}, "--secret takes no value"));
+    EXPECT_TRUE(isRefused({"--version=false"},
+                          "a command is required; usage: projectctl COMMAND [OPTION]... "
+                          "[ARGUMENT]..."));
     EXPECT_TRUE(isRefused({"check", "a", "--json=1"}, "--json takes no value"));
 }
 

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <openssl/ripemd.h>
+#include <pthread.h>
 
 #include <filesystem>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "tests/support/failing_calls.h"
@@ -88,6 +91,36 @@ TEST(DigestedFile, GivesItsContentUnlessItIsLongOrHasLostSome) {
     EXPECT_EQ(file.content(size), std::nullopt) << "pages are lost";
     const DigestedFile missing(folder.file("missing"), Progress::silent);
     EXPECT_EQ(missing.content(size), std::nullopt);
+}
+
+/// While it lives, threads are to get a stack that no address space has room for.
+class ScopedNoThreads {
+public:
+    ScopedNoThreads() {
+        ::pthread_getattr_default_np(&before_);
+        pthread_attr_t wanted;
+        ::pthread_attr_init(&wanted);
+        ::pthread_attr_setstacksize(&wanted, std::size_t{1} << 60);
+        ::pthread_setattr_default_np(&wanted);
+        ::pthread_attr_destroy(&wanted);
+    }
+    ~ScopedNoThreads() {
+        ::pthread_setattr_default_np(&before_);
+        ::pthread_attr_destroy(&before_);
+    }
+    ScopedNoThreads(const ScopedNoThreads&) = delete;
+    ScopedNoThreads& operator=(const ScopedNoThreads&) = delete;
+
+private:
+    pthread_attr_t before_;
+};
+
+TEST(FileDigests, AreThereWhereNoThreadCanBeHad) {
+    const TemporaryFolder folder;
+    const std::string letter = folder.write("letter", {'a'});
+    const ScopedNoThreads none;
+    EXPECT_THROW(std::jthread([] {}), std::system_error);
+    EXPECT_EQ(digestsOf({letter, letter, letter}), std::vector<Bytes>(3, judgedDigest({'a'})));
 }
 
 TEST(FileDigests, EndWithWhatTheirTakerThrows) {
