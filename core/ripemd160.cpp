@@ -65,17 +65,18 @@ constexpr Line right = {
     .constants = {0x50A28BE6, 0x5C4DD124, 0x6D703EF3, 0x7A6D76E9, 0x00000000},
 };
 
-/// f1 to f5 of the paper, `index` from 0.
+/// f1 to f5 of the paper, `index` from 0. Choices between bits are written so that x, known last,
+/// is waited for least: f4 is a sum, whose terms share no bit.
 std::uint32_t mix(std::size_t index, std::uint32_t x, std::uint32_t y, std::uint32_t z) {
     switch (index) {
         case 0:
             return x ^ y ^ z;
         case 1:
-            return (x & y) | (~x & z);
+            return z ^ (x & (y ^ z));
         case 2:
             return (x | ~y) ^ z;
         case 3:
-            return (x & z) | (y & ~z);
+            return (x & z) + (y & ~z);
         default:
             return x ^ (y | ~z);
     }
