@@ -35,12 +35,14 @@ constexpr std::array<std::array<int, 4>, 4> rotations = {{
     {6, 10, 15, 21},
 }};
 
+/// F, G, H and I of RFC 1321. Choices between bits are written so that x, known last, is waited for
+/// least: G is a sum, whose terms share no bit.
 std::uint32_t mix(std::size_t round, std::uint32_t x, std::uint32_t y, std::uint32_t z) {
     switch (round) {
         case 0:
-            return (x & y) | (~x & z);
+            return z ^ (x & (y ^ z));
         case 1:
-            return (x & z) | (y & ~z);
+            return (x & z) + (y & ~z);
         case 2:
             return x ^ y ^ z;
         default:
