@@ -59,7 +59,7 @@ CHECKS = (
           (Found(r"^(\w+: \d+ of \d+ lines, \d+ of \d+ branches)$", lines=len(FOLDERS),
                  joined="; "),)),
     Check("faults",
-          build("dev", "fault_tests") + build("release", "sign_cgi") + SEED +
+          build("dev", "fault_tests") + build("release", "sign_cgi", "projectctl") + SEED +
           "{full}SIGN_PROGRAM_FOLDER=$PWD/build/release build/dev/tests/fault_tests",
           (Found(r"^(.*: \d+) (?:runs|files);.*$", lines=None, joined="; "),
            Found(r"^(\d+ unsound projects):.*; (slowest .* ms) of .*$", r"\1: \2", lines=None,
