@@ -44,7 +44,7 @@ def arguments(words):
     parser = argparse.ArgumentParser(
         description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter
     )
-    parser.add_argument("--count", type=int, default=600, help="mutants in the sample")
+    parser.add_argument("--count", type=int, default=300, help="mutants in the sample")
     parser.add_argument("--seed", type=int, help="of the sample and of the tests")
     parser.add_argument("--threshold", type=float, default=97, help="per cent to be killed")
     parser.add_argument("--least", type=int, default=0, help="mutants that have to count")

@@ -41,7 +41,7 @@ def fuzz(target):
         f"fuzz:{target}",
         "FUZZ_SEED={seed} {runs}scripts/fuzz.sh {seconds} " + target,
         (Found(rf"^{target}: (\d+ runs in \d+ s, slowest \d+ s), seed \d+$"),),
-        sizes={"runs": ("FUZZ_RUNS=10000000 ", ""), "seconds": (1800, 60)},
+        sizes={"runs": ("FUZZ_RUNS=1000000 ", ""), "seconds": (600, 60)},
     )
 
 
@@ -90,7 +90,7 @@ CHECKS = (
           (Found(PASSED),),
           "{} tests of the second route to multiples of points, against the defining one and "
           "libcrypto, and of what signing shows of a nonce pass", FULL),
-    mutation("program", DEFAULT_FOLDERS, (600, 16), (500, 8)),
+    mutation("program", DEFAULT_FOLDERS, (300, 16), (250, 8)),
     mutation("tools", ("tools",), (300, 8), (200, 4)),
     *(fuzz(target) for target in FUZZ_TARGETS),
 )
