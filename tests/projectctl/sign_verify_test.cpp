@@ -181,6 +181,7 @@ TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
     for (const Words& swapped : {Words{project, file, valid},
                                  {file, valid, project},
                                  {valid, project, file},
+                                 {project, file, std::string(40, 'B')},
                                  {file, file, valid},
                                  {file, project, valid},
                                  {valid, file, project}}) {
@@ -194,6 +195,7 @@ TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
                                {file, valid, letter},
                                {missing, valid, std::string(60, 'B')},
                                {missing, "abc", valid},
+                               {project, file, std::string(35, 'B') + "="},
                                {project, "abc", missing}}) {
         const ProgramEnd end = runProjectctl({"verify", wrong[0], wrong[1], wrong[2]});
         EXPECT_EQ(end.status, 2);

@@ -4,7 +4,9 @@
 #include <openssl/ripemd.h>
 #include <pthread.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -121,6 +123,18 @@ TEST(FileDigests, AreThereWhereNoThreadCanBeHad) {
     const ScopedNoThreads none;
     EXPECT_THROW(std::jthread([] {}), std::system_error);
     EXPECT_EQ(digestsOf({letter, letter, letter}), std::vector<Bytes>(3, judgedDigest({'a'})));
+}
+
+TEST(FileDigests, AreTakenByAllCores) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> paths(100, folder.write("large", Bytes(1 << 20, 'a')));
+    std::ptrdiff_t threads = 0;
+    const auto take = [&](std::size_t /*place*/, const FileDigest& /*file*/) {
+        threads = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+        throw std::runtime_error("enough");
+    };
+    EXPECT_THROW(digestFiles(paths, take), std::runtime_error);
+    EXPECT_EQ(threads, std::min(std::thread::hardware_concurrency(), 100U));
 }
 
 TEST(FileDigests, EndWithWhatTheirTakerThrows) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -143,6 +144,9 @@ TEST_F(OpenInputFile, CopiesAPipeToItsEndIntoAFileWithoutAName) {
         ASSERT_EQ(openInputFile("-", file), std::nullopt);
         EXPECT_EQ(mappedBytes(file), bytes);
         EXPECT_TRUE(folder.names().empty());
+        struct stat status {};
+        ::fstat(file.descriptor, &status);
+        EXPECT_EQ(status.st_mode & ~S_IFMT, S_IRUSR | S_IWUSR) << "another user reads it nowhere";
     }
 }
 
