@@ -89,7 +89,7 @@ public:
         if (copy == -1) {
             return false;
         }
-        const Stream stream(::fdopen(copy, "w+b"));
+        const Stream stream(::fdopen(copy, "w+"));
         if (stream == nullptr) {
             ::close(copy);
             return false;

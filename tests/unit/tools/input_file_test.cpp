@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <thread>
@@ -140,13 +141,16 @@ TEST_F(OpenInputFile, CopiesAPipeToItsEndIntoAFileWithoutAName) {
             calls.errors[FileCall::openUnnamed] = error;
         }
         const ScopedPipe pipe(bytes);
-        InputFile file;
-        ASSERT_EQ(openInputFile("-", file), std::nullopt);
-        EXPECT_EQ(mappedBytes(file), bytes);
+        std::optional<InputFile> file(std::in_place);
+        ASSERT_EQ(openInputFile("-", *file), std::nullopt);
+        EXPECT_EQ(mappedBytes(*file), bytes);
         EXPECT_TRUE(folder.names().empty());
+        const int copy = file->descriptor;
         struct stat status {};
-        ::fstat(file.descriptor, &status);
-        EXPECT_EQ(status.st_mode & ~S_IFMT, S_IRUSR | S_IWUSR) << "another user reads it nowhere";
+        ::fstat(copy, &status);
+        EXPECT_EQ(status.st_mode & ~S_IFMT, S_IRUSR | S_IWUSR) << "no other user reads it";
+        file.reset();
+        EXPECT_EQ(::fcntl(copy, F_GETFD), -1) << "it is open still";
     }
 }
 
