@@ -261,9 +261,14 @@ TEST(ProjectctlCommandLine, FailsWhenWhatItPrintsDoesNotGoOut) {
 }
 
 TEST(ProjectctlCommandLine, TakesNoFileForAStandardStreamThatIsClosed) {
+    const TemporaryFolder folder;
     ProgramCall call = projectctlCall({"digest", "-"});
     call.input = ProgramCall::Input::closed;
     EXPECT_TRUE(endedWith(runProgram(call), 2, "", "projectctl: standard input: is empty\n"));
+    call = projectctlCall({"create", "--from-scalar", "-", folder.file("project")});
+    call.input = ProgramCall::Input::closed;
+    EXPECT_TRUE(
+        endedWith(runProgram(call), 2, "", "projectctl: standard input: holds no digits\n"));
     call = projectctlCall({"digest", "-"}, "data");
     call.outputClosed = true;
     EXPECT_TRUE(
