@@ -20,19 +20,30 @@ endmacro()
 set(place "${programs}/check-service.sh")
 install_placed(scripts/check-service.sh PROGRAM)
 
-# Under the prefix /usr, which is Debian's, the configurations of Apache and lighttpd go where these
-# servers look for what can be enabled. All others are examples.
+# Under the prefix /usr, which is Debian's, the configurations go where the servers and systemd look for
+# what can be enabled, beside folders for an administrator's own lines. Elsewhere they are examples.
 file(GLOB_RECURSE configurations RELATIVE "${source}/deploy"
     "${source}/deploy/*.conf" "${source}/deploy/*.service" "${source}/deploy/*.socket")
 foreach(configuration IN LISTS configurations)
     set(place "${documents}/examples/${configuration}")
-    if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND configuration STREQUAL "apache.conf")
-        set(place /etc/apache2/conf-available/sign-cgi.conf)
-    elseif(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND configuration STREQUAL "lighttpd.conf")
-        set(place /etc/lighttpd/conf-available/50-sign-cgi.conf)
+    if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+        if(configuration STREQUAL "apache.conf")
+            set(place /etc/apache2/conf-available/sign-cgi.conf)
+        elseif(configuration STREQUAL "lighttpd.conf")
+            set(place /etc/lighttpd/conf-available/50-sign-cgi.conf)
+        elseif(configuration MATCHES "^nginx-(.*)$")
+            set(place /etc/nginx/snippets/sign-cgi-${CMAKE_MATCH_1})
+        elseif(configuration MATCHES "^systemd/(.*)$")
+            set(place /usr/lib/systemd/system/${CMAKE_MATCH_1})
+        endif()
     endif()
     install_placed(deploy/${configuration} FILE)
 endforeach()
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    foreach(server IN ITEMS apache lighttpd nginx)
+        file(INSTALL DESTINATION /etc/sign-cgi/${server} TYPE DIRECTORY FILES "")
+    endforeach()
+endif()
 
 # Debian's zsh looks for the completions of packages in one folder, and for those of an administrator
 # under /usr/local in another.

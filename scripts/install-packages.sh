@@ -12,8 +12,8 @@ declare -A packages=(
     [serve]="lighttpd curl"
     # The quick tests; and what the whole suite takes beside them.
     [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema openapi-specification util-linux mount"
-    [suite]="valgrind strace curl mandoc groff-base pkg-config zsh fish apache2-bin lighttpd nginx fcgiwrap
-             chromium chromium-driver python3-selenium nodejs"
+    [suite]="valgrind strace curl mandoc groff-base pkg-config zsh fish apache2-bin lighttpd lighttpd-mod-openssl nginx
+             fcgiwrap chromium chromium-driver python3-selenium nodejs"
     [clang]="clang libclang-rt-dev"
     # The layout of the sources is of this version of the formatter, which Debian 12 has.
     [lint]="clang-format-14 clang-tidy cppcheck shellcheck"

@@ -39,10 +39,10 @@ def make_system(root, packages, folder, *options):
                             env=os.environ | {"TMPDIR": str(folder)})
 
 
-def guide(heading):
-    """The commands of a section of docs/deployment.md."""
-    text = (ROOT / "docs/deployment.md").read_text(encoding="utf-8")
-    section = re.search(rf"(?ms)^## {heading}\n(.*?)^## ", text).group(1)
+def guide(heading, page="deployment.md"):
+    """The commands of a section of a page of docs/."""
+    text = (ROOT / "docs" / page).read_text(encoding="utf-8")
+    section = re.search(rf"(?ms)^## {heading}\n(.*?)(?=^## |\Z)", text).group(1)
     commands = "".join(re.findall(r"(?ms)^```sh\n(.*?)^```$", section))
     if not commands:
         raise AssertionError(f"the guide has no commands under '{heading}'")

@@ -16,10 +16,6 @@ FILES = {
     "share/doc/sign-cgi/SECURITY.md": "644",
     "share/doc/sign-cgi/changelog.gz": "644",
     "share/doc/sign-cgi/copyright": "644",
-    "share/doc/sign-cgi/examples/nginx.conf": "644",
-    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service": "644",
-    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.service.d/confine.conf": "644",
-    "share/doc/sign-cgi/examples/systemd/sign-fcgiwrap.socket": "644",
     "share/doc/sign-cgi/examples/README.md": "644",
     "share/doc/sign-cgi/examples/client.mjs": "755",
     "share/doc/sign-cgi/examples/client.py": "755",
@@ -48,10 +44,16 @@ DEVELOPMENT = {
     "lib/pkgconfig/sign-verify.pc": "644",
 }
 
-# Under the prefix /usr these stand where the servers look for them.
+# Under the prefix /usr these stand where the servers and systemd look for them.
 CONFIGURATIONS = {
     "etc/apache2/conf-available/sign-cgi.conf": "apache.conf",
     "etc/lighttpd/conf-available/50-sign-cgi.conf": "lighttpd.conf",
+    "etc/nginx/snippets/sign-cgi-location.conf": "nginx-location.conf",
+    "etc/nginx/snippets/sign-cgi-server.conf": "nginx-server.conf",
+} | {
+    f"usr/lib/systemd/system/{name}": f"systemd/{name}"
+    for name in ("sign-fcgiwrap@.service", "sign-fcgiwrap@.service.d/confine.conf",
+                 "sign-fcgiwrap@.socket")
 }
 
 

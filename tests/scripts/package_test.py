@@ -15,6 +15,7 @@ import signal
 import socket
 import stat
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -27,8 +28,14 @@ import debian
 import installed_files
 from debian import ROOT, SECONDS_FOR_A_COMMAND, end, make_package, output_of
 
+sys.path.insert(0, str(ROOT / "tests" / "servers"))
+from guide_blocks import blocks  # noqa: E402
+
 SECONDS_TO_RELOAD = 30
 SIGNATURE = "[A-Za-z0-9+/]{4,56}={0,2}"
+CONFIGURATION = {"apache2": "etc/apache2/conf-available/sign-cgi.conf",
+                 "lighttpd": "etc/lighttpd/conf-available/50-sign-cgi.conf"}
+OLDER = "# Older.\n"
 
 # apache2 and lighttpd are what the package configures; curl is in the examples of the manual page.
 PACKAGES = ("apache2", "lighttpd", "curl", "bash-completion")
@@ -97,10 +104,10 @@ class Machine(debian.Machine):
         self.process.stdout.close()
 
 
-def request(port, name, body, content_type):
+def request(port, name, body, content_type, **headers):
     """The status and the body of an answer."""
     asked = urllib.request.Request(f"http://127.0.0.1:{port}/{name}", data=body,
-                                   headers={"Content-Type": content_type})
+                                   headers={"Content-Type": content_type, **headers})
     opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
     try:
         with opener.open(asked, timeout=SECONDS_FOR_A_COMMAND) as answer:
@@ -214,6 +221,7 @@ class DebianPackage(unittest.TestCase):
         policy.write_text("#!/bin/sh\nexit 0\n", encoding="utf-8")
         policy.chmod(0o755)
         shutil.copy(self.package, machine.root / "root")
+        self.make_older_package(machine.root / "root/older")
         before = machine.files()
 
         self.install()
@@ -222,13 +230,14 @@ class DebianPackage(unittest.TestCase):
         machine.shell(guide("Apache"))
         self.serves(apache)
         self.follow_the_examples_of_the_manual(apache)
-        self.upgrade(apache)
+        self.upgrade("apache2", "apache", apache)
         self.remove_below_a_running_server("/etc/apache2/conf-enabled/sign-cgi.conf", apache)
         machine.run("service", "apache2", "stop")
 
         self.install()
         machine.shell(guide("lighttpd"))
         self.serves(lighttpd)
+        self.upgrade("lighttpd", "lighttpd", lighttpd)
         self.remove_below_a_running_server("/etc/lighttpd/conf-enabled/50-sign-cgi.conf", lighttpd)
         machine.run("service", "lighttpd", "stop")
 
@@ -284,9 +293,44 @@ class DebianPackage(unittest.TestCase):
         answers = machine.shell(commands.replace("http://127.0.0.1/", f"http://127.0.0.1:{port}/"))
         self.assertRegex(answers, r'\AtrueStatus: 200 OK\n(?s:.*)\{"signature":"[^"]*"\}\Z')
 
-    def upgrade(self, port):
-        self.machine.shell("dpkg -i /root/*.deb")
-        self.serves(port)
+    def make_older_package(self, path):
+        """One with an earlier version and other configurations."""
+        folder = self.folder / "older"
+        subprocess.run(["dpkg-deb", "--raw-extract", self.package, folder], check=True)
+        control = folder / "DEBIAN/control"
+        control.write_text(re.sub("(?m)^Version: .*$", "Version: 0.9", control.read_text()))
+        for name in (folder / "DEBIAN/conffiles").read_text().split():
+            with (folder / name[1:]).open("a", encoding="utf-8") as configuration:
+                configuration.write(OLDER)
+        subprocess.run(["dpkg-deb", "--build", "--root-owner-group", folder, path], check=True,
+                       stdout=subprocess.PIPE)
+
+    def upgrade(self, service, language, port):
+        """What an administrator has written into a file of their own stays and counts."""
+        machine, path = self.machine, self.machine.root / CONFIGURATION[service]
+        machine.shell("dpkg -i /root/older")
+
+        def status_by_name():
+            machine.shell(f"service {service} restart")
+            self.serves(port)
+            return request(port, "sign.cgi", b"a=b", "text/plain", Host="sign.example.org")[0]
+
+        self.assertEqual(status_by_name(), 421)
+        own = machine.root / f"etc/sign-cgi/{language}/own.conf"
+        own.write_text(blocks("Letting others in", language)[0], encoding="utf-8")
+        self.assertEqual(status_by_name(), 400)
+        self.assertTrue(path.read_text(encoding="utf-8").endswith(OLDER))
+        self.assertNotIn("Configuration file", machine.shell(guide("Upgrading")))
+        self.assertFalse(path.read_text(encoding="utf-8").endswith(OLDER))
+        self.assertEqual(status_by_name(), 400)
+
+        # Had it been written into the configuration, the upgrade would stop and ask.
+        machine.shell("dpkg -i /root/older")
+        machine.change(CONFIGURATION[service], OLDER, "# Mine.\n")
+        self.assertIn(f"Configuration file '/{CONFIGURATION[service]}'",
+                      machine.run("sh", "-c", "dpkg -i /root/*.deb", status=1))
+        machine.shell("dpkg -i --force-confnew /root/*.deb")
+        self.assertEqual(status_by_name(), 400)
 
     def remove_below_a_running_server(self, link, port):
         machine = self.machine
@@ -307,6 +351,8 @@ class DebianPackage(unittest.TestCase):
                 and not (stat.S_ISDIR(mode) and name.startswith("var/lib/apache2/"))}
         self.assertEqual(made, {
             "var/lib/sign-cgi", "var/lib/sign-cgi/my.project",
+            "etc/sign-cgi", "etc/sign-cgi/apache", "etc/sign-cgi/apache/own.conf",
+            "etc/sign-cgi/lighttpd", "etc/sign-cgi/lighttpd/own.conf",
             "etc/apache2/mods-enabled/cgid.load", "etc/apache2/mods-enabled/cgid.conf",
             "var/lib/apache2/module/enabled_by_admin/cgid"})
         self.assertEqual({name: after.get(name) for name in before}, before)

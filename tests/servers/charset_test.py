@@ -5,40 +5,22 @@
 
 import json
 import os
-import re
 import sys
 import unittest
 from pathlib import Path
 
-from servers import INSTALLED, ROOT, SERVERS, Apache, temporary_folder
+from guide_blocks import blocks
+from servers import SERVERS, Apache, Lighttpd, temporary_folder
 from service import FORM, JSON, Project, Service, form, text_answer
 
-REPLACED_IN_NGINX = "    fastcgi_param CONTENT_TYPE $content_type;\n"
 
-
-def guide(language):
-    """The lines for a server in the guide's section."""
-    text = (ROOT / "docs" / "deployment.md").read_text(encoding="utf-8")
-    section = re.search(r"(?ms)^## JSON with a charset\n(.*?)^## ", text).group(1)
-    return re.search(rf"(?ms)^```{language}\n(.*?)^```$", section).group(1)
-
-
-def following_the_guide(kind):
+def following_the_guide(kind, programs, folder):
     class Following(kind):
         MODULES = (*Apache.MODULES, "headers")
 
-        def configuration(self, name):
-            text = super().configuration(name)
-            if name == "nginx.conf":
-                if text.count(REPLACED_IN_NGINX) != 1:
-                    raise ValueError("nginx.conf has no line for CONTENT_TYPE")
-                return text.replace(REPLACED_IN_NGINX, guide("nginx"))
-            if not name.endswith(".conf"):
-                return text
-            own = guide("apache" if issubclass(kind, Apache) else "lighttpd")
-            return text + own.replace(INSTALLED, str(self.programs))
-
-    return Following
+    whole = 'server.modules += ( "mod_setenv" )' if kind is Lighttpd else ""
+    return Following(programs, folder, whole=whole,
+                     own=blocks("JSON with a charset", kind.language, "deployment.md")[0])
 
 
 class TestCharset(unittest.TestCase):
@@ -52,7 +34,7 @@ class TestCharset(unittest.TestCase):
                                 "signature": {"data": "x"}}).encode()
 
     def test_is_json_with_the_lines_of_the_guide(self):
-        with following_the_guide(self.kind)(self.programs, self.folder) as server:
+        with following_the_guide(self.kind, self.programs, self.folder) as server:
             service = Service(server, self.project)
             for name in ("sign.cgi", "nph-sign.cgi") if server.nph else ("sign.cgi",):
                 for content_type in (JSON, "application/json; charset=utf-8",

@@ -12,7 +12,7 @@ import unittest
 from pathlib import Path
 
 import fastcgi
-from servers import (SERVERS, ApacheEvent, ApachePrefork, Lighttpd, Nginx, give_to_account,
+from servers import (DEPLOY, SERVERS, ApacheEvent, ApachePrefork, Lighttpd, Nginx, give_to_account,
                      has_ipv6, temporary_folder)
 from service import FORM
 
@@ -31,13 +31,11 @@ def changed(kind, old, new):
     """A server whose configuration has another text in the place of one."""
     class Changed(kind):
         def configuration(self, name):
-            text = super().configuration(name)
-            if name.endswith(".conf"):
-                if text.count(old) != 1:
-                    raise ValueError(f"{name} has '{old}' {text.count(old)} times")
-                text = text.replace(old, new)
-            return text
+            return super().configuration(name).replace(old, new)
 
+    found = sum((DEPLOY / name).read_text(encoding="utf-8").count(old) for name in kind.FILES)
+    if found != 1:
+        raise ValueError(f"{kind.FILES} have '{old}' {found} times")
     return Changed
 
 
@@ -159,7 +157,7 @@ if has_ipv6():
     PLANTED += [
         (APACHE, "    Require ip ::1\n", "",
          TestConfiguration.lets_in_both_addresses_of_this_machine),
-        ((Nginx,), "    allow ::1;\n", "",
+        ((Nginx,), "allow ::1;\n", "",
          TestConfiguration.lets_in_both_addresses_of_this_machine),
         ((Lighttpd,), '$HTTP["remoteip"] != "::1"', '$HTTP["remoteip"] != "::2"',
          TestConfiguration.lets_in_both_addresses_of_this_machine),

@@ -13,6 +13,7 @@ from pathlib import Path
 import servers
 from browser import start_browser
 from counted_programs import counting_server, starts
+from guide_blocks import blocks
 from service import Project, form
 
 PAGE = b"<!DOCTYPE html>\n<title>A page</title>\n"
@@ -84,7 +85,7 @@ class TestForeignPage(unittest.TestCase):
         cls.body = form(project=cls.project.path, sig_create="true", sig_data="x").decode()
         cls.servers = [
             cls.enterClassContext(counting_server(kind, cls.programs, cls.folder, static=static,
-                                                  hosts=[NAMED]))
+                                                  own=blocks("Letting others in", kind.language)[0]))
             for kind in cls.kinds]
         cls.stranger = cls.start_stranger()
         cls.browser = start_browser(

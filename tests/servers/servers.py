@@ -5,8 +5,9 @@
 
 `programs` is a folder with sign.cgi, `limited` and, but for nginx, nph-sign.cgi. `folder` must exist; the
 server puts a folder of its own there, with its log. `static`, if given, is a folder whose files the
-server hands out as well. `hosts` are names that the administrator has added to those of the
-loopback. A server ends with the block, by its own process id.
+server hands out as well. The others are lines of an administrator's: `own` for the file that the
+configuration includes, `site` for the site, and `whole` for the whole server. A server ends with the
+block, by its own process id.
 """
 
 import contextlib
@@ -24,8 +25,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 DEPLOY = ROOT / "deploy"
 INSTALLED = "/usr/libexec/sign-cgi"
-INSTALLED_SOCKET = "/run/sign-fcgiwrap.socket"
-LISTED_HOSTS = r"localhost|127\.0\.0\.1|\[::1\]"
+INSTALLED_SOCKET = "/run/sign-fcgiwrap/$sign_service.socket"
+OWN = "/etc/sign-cgi"
 SECONDS_TO_START = 20
 SECONDS_TO_STOP = 20
 ACCOUNT = "www-data"  # of the servers and what they start, when the tests run as root
@@ -100,8 +101,10 @@ class Server:
     """What the servers share. Each writes its main configuration, which includes that of deploy/."""
 
     nph = True  # whether nph-sign.cgi is served
+    language = None  # of its configuration, as documents call it
+    FILES = ()  # of deploy/
 
-    def __init__(self, programs, folder, static=None, hosts=()):
+    def __init__(self, programs, folder, static=None, own="", site="", whole=""):
         self.folder = Path(folder) / f"{type(self).__name__.lower()}-{free_port()}"
         self.folder.mkdir()
         # Copies, where the server's account can reach them.
@@ -112,7 +115,11 @@ class Server:
                 shutil.copy(program, self.programs)
         self.static = Path(static) if static else self.folder / "static"
         self.static.mkdir(exist_ok=True)
-        self.hosts = "|".join([LISTED_HOSTS, *map(re.escape, hosts)])
+        self.own = self.folder / "own"
+        self.site, self.whole = (lines.replace(OWN, str(self.own)) for lines in (site, whole))
+        if own:
+            (self.own / self.language).mkdir(parents=True)
+            self.write(f"own/{self.language}/lines.conf", own.replace(OWN, str(self.own)))
         self.log = self.folder / "error.log"
         self.port = free_port()
         self.processes = []
@@ -126,7 +133,7 @@ class Server:
     def configuration(self, name):
         """The file of deploy/, with this server's folders and names in place of those installed."""
         text = (DEPLOY / name).read_text(encoding="utf-8")
-        text = text.replace(INSTALLED, str(self.programs)).replace(LISTED_HOSTS, self.hosts)
+        text = text.replace(INSTALLED, str(self.programs)).replace(OWN, str(self.own))
         return text.replace(INSTALLED_SOCKET, str(self.folder / "fcgiwrap.socket"))
 
     def at_ipv6(self, directive):
@@ -175,6 +182,8 @@ class Server:
 
 
 class Lighttpd(Server):
+    language = "lighttpd"
+    FILES = ("lighttpd.conf",)
     # How the text of an address is read: as Debian's configuration has it.
     PARSING = """
 server.http-parseopts = (
@@ -197,12 +206,16 @@ index-file.names = ( "index.html" )
 mimetype.assign = ( ".html" => "text/html; charset=utf-8" )
 {self.PARSING}
 {f'server.username = "{ACCOUNT}"' if runs_as_root() else ''}
+{self.site}
+{self.whole}
 include "{self.write('sign.conf', self.configuration('lighttpd.conf'))}"
 """)
         self.start([program_of_server("lighttpd"), "-D", "-f", main])
 
 
 class Apache(Server):
+    language = "apache"
+    FILES = ("apache.conf",)
     MODULES = ("authz_core", "authz_host", "alias", "env", "dir", "mime", "reqtimeout")
 
     def start_all(self):
@@ -227,6 +240,8 @@ DocumentRoot {self.static}
 <Directory {self.static}>
     Require local
 </Directory>
+{self.site}
+{self.whole}
 Include {self.write('sign.conf', self.configuration('apache.conf'))}
 """)
         self.start([program_of_server("apache2"), "-d", self.folder, "-f", main, "-D", "FOREGROUND"])
@@ -244,6 +259,8 @@ class Nginx(Server):
     """nginx and fcgiwrap, which waits on a socket that it is handed, as systemd does it."""
 
     nph = False
+    language = "nginx"
+    FILES = ("nginx-server.conf", "nginx-location.conf")
 
     def main_configuration(self, inside):
         return self.write("nginx.conf", f"""
@@ -261,12 +278,13 @@ http {{
     proxy_temp_path {self.folder}/proxy;
     uwsgi_temp_path {self.folder}/uwsgi;
     scgi_temp_path {self.folder}/scgi;
+    {self.whole}
     {inside}
 }}
 """)
 
     def start_fcgiwrap(self):
-        unit = self.configuration("systemd/sign-fcgiwrap.service")
+        unit = self.configuration("systemd/sign-fcgiwrap@.service")
         command = re.search(r"^ExecStart=(.*)$", unit, re.MULTILINE).group(1).split()
         path = self.folder / "fcgiwrap.socket"
         with socket.socket(socket.AF_UNIX) as listener:
@@ -282,12 +300,17 @@ http {{
 
     def start_all(self):
         self.start_fcgiwrap()
+        # nginx looks for what is included beside its main configuration.
+        (self.folder / "snippets").mkdir()
+        for name in self.FILES:
+            self.write(f"snippets/{name.replace('nginx', 'sign-cgi')}", self.configuration(name))
         main = self.main_configuration(f"""
     server {{
         listen 127.0.0.1:{self.port};
         {self.at_ipv6(f"listen [::1]:{self.port};")}
         root {self.static};
-        include {self.write('sign.conf', self.configuration('nginx.conf'))};
+        {self.site}
+        include snippets/sign-cgi-server.conf;
     }}""")
         self.start([program_of_server("nginx"), "-p", self.folder, "-e", self.log, "-c", main])
 

@@ -12,7 +12,7 @@ from pathlib import Path
 
 import probes
 from held_request import BUFFER
-from units import AT_ONCE, PROGRAM, Units, wait_until
+from units import AT_ONCE, PROGRAM, SERVICE, Units, wait_until
 
 MEMORY = 2 << 30
 TASKS = 64
@@ -62,7 +62,7 @@ class Captured(Units):
 
     def lent(self, name):
         """Whether this machine has a controller for the container's systemd, by what that counts."""
-        self.machine.run("systemctl", "start", "sign-fcgiwrap.service")
+        self.machine.run("systemctl", "start", SERVICE)
         if self.show(name).isdigit():
             return True
         print(f"systemd counts no {name} on this machine: the limit was looked up and not tried")
@@ -108,7 +108,7 @@ class Captured(Units):
     def test_leaves_no_shared_memory_behind(self):
         self.ask(probes.shared_memory)
         self.assertEqual(self.owners_of_shared_memory(), [str(self.account)])
-        self.machine.run("systemctl", "stop", "sign-fcgiwrap.service")
+        self.machine.run("systemctl", "stop", SERVICE)
         self.assertEqual(self.owners_of_shared_memory(), [])
 
     def owners_of_shared_memory(self):

@@ -10,8 +10,8 @@ from debian import ROOT
 from shipped_units import Shipped
 from units import LAUNCHER, UNITS, Units
 
-SERVICE, SOCKET = "sign-fcgiwrap.service", "sign-fcgiwrap.socket"
-CONFINEMENT = "sign-fcgiwrap.service.d/confine.conf"
+SERVICE, SOCKET = (f"{UNITS}/sign-fcgiwrap@.{kind}" for kind in ("service", "socket"))
+CONFINEMENT = f"{UNITS}/sign-fcgiwrap@.service.d/confine.conf"
 
 
 def replace(path, old, new):
@@ -22,14 +22,14 @@ def replace(path, old, new):
 
 
 @dataclass(frozen=True)
-class InUnit:
-    """Another text in the place of one in a unit."""
-    unit: str
+class InFile:
+    """Another text in the place of one in a file."""
+    path: str
     old: str
     new: str
 
     def apply(self, root):
-        replace(root / UNITS / self.unit, self.old, self.new)
+        replace(root / self.path, self.old, self.new)
 
 
 @dataclass(frozen=True)
@@ -50,15 +50,15 @@ class InLauncher:
 
 
 def without(line, unit=CONFINEMENT):
-    return InUnit(unit, f"\n{line}\n", "\n")
+    return InFile(unit, f"\n{line}\n", "\n")
 
 
 def instead(line, other, unit=CONFINEMENT):
-    return InUnit(unit, f"\n{line}\n", f"\n{other}\n")
+    return InFile(unit, f"\n{line}\n", f"\n{other}\n")
 
 
 def hidden(devices):
-    return InUnit(CONFINEMENT, "[Service]\n", f"[Service]\nInaccessiblePaths={devices}\n")
+    return InFile(CONFINEMENT, "[Service]\n", f"[Service]\nInaccessiblePaths={devices}\n")
 
 
 PLANTED = (
@@ -69,19 +69,19 @@ PLANTED = (
      Shipped.test_the_socket_opens_for_the_user_of_nginx_alone),
     (instead("SocketUser=www-data", "SocketUser=root", SOCKET),
      Shipped.test_the_socket_opens_for_the_user_of_nginx_alone),
-    (instead("SocketUser=www-data", "SocketUser=sign-cgi", SOCKET),
+    (instead("SocketUser=www-data", "SocketUser=sign-%i", SOCKET),
      Shipped.test_signs_and_verifies_behind_nginx),
-    (instead("ListenStream=/run/sign-fcgiwrap.socket", "ListenStream=/run/fcgiwrap.socket", SOCKET),
+    (InFile(SOCKET, "/run/sign-fcgiwrap/%i.socket", "/run/fcgiwrap.socket"),
      Shipped.test_signs_and_verifies_behind_nginx),
-    (instead("User=sign-cgi", "User=www-data", SERVICE),
+    (instead("User=sign-%i", "User=www-data", SERVICE),
      Shipped.test_a_program_has_a_user_of_its_own_and_no_rights),
-    (instead("Group=sign-cgi", "Group=www-data", SERVICE),
+    (instead("Group=sign-%i", "Group=www-data", SERVICE),
      Shipped.test_a_program_has_a_user_of_its_own_and_no_rights),
-    (InUnit(SERVICE, " -p /usr/libexec/sign-cgi/limited", ""),
+    (InFile(SERVICE, " -p /usr/libexec/sign-cgi/limited", ""),
      Shipped.test_the_socket_starts_no_other_program),
-    (InUnit(SERVICE, " -c 8 ", " -c 80 "), Shipped.test_eight_at_once_and_the_ninth_waits),
-    (InUnit(SERVICE, " -c 8 ", " -c 9 "), Shipped.test_eight_at_once_and_the_ninth_waits),
-    (InUnit(SERVICE, " -c 8 ", " -c 7 "), Shipped.test_eight_at_once_and_the_ninth_waits),
+    (InFile(SERVICE, " -c 8 ", " -c 80 "), Shipped.test_eight_at_once_and_the_ninth_waits),
+    (InFile(SERVICE, " -c 8 ", " -c 9 "), Shipped.test_eight_at_once_and_the_ninth_waits),
+    (InFile(SERVICE, " -c 8 ", " -c 7 "), Shipped.test_eight_at_once_and_the_ninth_waits),
     (without("Restart=on-failure", SERVICE), Shipped.test_starts_again_when_it_was_killed),
 
     # What a program may take.
@@ -101,7 +101,7 @@ PLANTED = (
     # The random devices.
     (hidden("/dev/urandom"), Captured.test_opens_no_devices_but_harmless_ones),
     (hidden("/dev/urandom /dev/random"), Shipped.test_signs_and_verifies_behind_nginx),
-    (InUnit(CONFINEMENT, "[Service]\n", "[Service]\nBindPaths=/dev/zero:/dev/urandom\n"),
+    (InFile(CONFINEMENT, "[Service]\n", "[Service]\nBindPaths=/dev/zero:/dev/urandom\n"),
      Shipped.test_signs_and_verifies_behind_nginx),
 
     # What a program sees and may do.
@@ -110,10 +110,10 @@ PLANTED = (
     (without("ProtectSystem=strict"), Captured.test_can_write_nothing),
     (without("ReadOnlyPaths=/run"), Captured.test_can_write_nothing),
     (without("ProtectHome=yes"), Shipped.test_nothing_in_a_hidden_place_is_signed),
-    (InUnit(CONFINEMENT, "=/tmp ", "="), Shipped.test_nothing_in_a_hidden_place_is_signed),
-    (InUnit(CONFINEMENT, " /var/tmp", ""), Shipped.test_nothing_in_a_hidden_place_is_signed),
-    (InUnit(CONFINEMENT, " -/dev/shm", ""), Captured.test_can_write_nothing),
-    (InUnit(CONFINEMENT, " -/dev/mqueue", ""), Captured.test_can_write_nothing),
+    (InFile(CONFINEMENT, "=/tmp ", "="), Shipped.test_nothing_in_a_hidden_place_is_signed),
+    (InFile(CONFINEMENT, " /var/tmp", ""), Shipped.test_nothing_in_a_hidden_place_is_signed),
+    (InFile(CONFINEMENT, " -/dev/shm", ""), Captured.test_can_write_nothing),
+    (InFile(CONFINEMENT, " -/dev/mqueue", ""), Captured.test_can_write_nothing),
     (without("PrivateDevices=yes"), Captured.test_opens_no_devices_but_harmless_ones),
     (without("ProtectProc=invisible"), Captured.test_sees_no_processes_but_its_own),
     (without("ProcSubset=pid"), Captured.test_sees_no_processes_but_its_own),
@@ -152,7 +152,7 @@ PLANTED = (
 
 def finding_of(change, test):
     """What the test says about the change; none where it passes."""
-    kind = {"Captured": Captured, "Shipped": Shipped}[test.__qualname__.split(".")[0]]
+    kind = {kind.__name__: kind for kind in (Captured, Shipped)}[test.__qualname__.split(".")[0]]
     Units.change = change
     result = unittest.TestResult()
     unittest.TestSuite([kind(test.__name__)]).run(result)

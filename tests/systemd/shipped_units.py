@@ -8,9 +8,10 @@ from types import SimpleNamespace
 
 import debian
 from service import Service, form, text_answer
-from units import AT_ONCE, PROGRAM, UNITS, Units, wait_until
+from units import AT_ONCE, PROGRAM, SERVICE, SOCKET, UNITS, Units, wait_until
 
 PROJECT = "/var/lib/sign-cgi/my.project"
+SITE = "etc/nginx/sites-available/default"
 HIDDEN = ("home/someone", "root", "run/user/1000", "tmp", "var/tmp", "dev/shm")
 MOST_EXPOSURE = 5  # as systemd-analyze security counts it, from 0 to 100
 SECONDS_OF_SILENCE = 0.5
@@ -37,21 +38,20 @@ class Shipped(Units):
             "/usr/libexec/sign-cgi/check-service.sh", "http://127.0.0.1/sign.cgi", "-t", "60"))
 
     def test_systemd_finds_nothing_wrong(self):
-        self.assertEqual(self.machine.run("systemd-analyze", "verify", "sign-fcgiwrap.service",
-                                          "sign-fcgiwrap.socket"), "")
+        self.assertEqual(self.machine.run("systemd-analyze", "verify", SERVICE, SOCKET), "")
         # It fails above this.
         self.machine.run("systemd-analyze", "security", "--offline=true", "--no-pager",
-                         f"--threshold={MOST_EXPOSURE}", f"/{UNITS}/sign-fcgiwrap.service")
+                         f"--threshold={MOST_EXPOSURE}", f"/{UNITS}/{SERVICE}")
 
     def test_the_first_request_starts_the_service(self):
-        self.machine.run("systemctl", "stop", "sign-fcgiwrap.service")
+        self.machine.run("systemctl", "stop", SERVICE)
         self.assertEqual(self.show("ActiveState"), "inactive")
         self.program()
         self.assertEqual(self.show("ActiveState"), "active")
 
     def test_the_socket_opens_for_the_user_of_nginx_alone(self):
         script = ("import socket\n"
-                  "try:\n socket.socket(socket.AF_UNIX).connect('/run/sign-fcgiwrap.socket')\n"
+                  "try:\n socket.socket(socket.AF_UNIX).connect('/run/sign-fcgiwrap/cgi.socket')\n"
                   "except PermissionError: print('refused')")
         for user, group, answer in (("www-data", "www-data", ""), ("nobody", "www-data", "refused\n"),
                                     ("nobody", "root", "refused\n"),
@@ -144,14 +144,13 @@ class Shipped(Units):
     def test_starts_again_when_it_was_killed(self):
         self.program()
         first = self.show("MainPID")
-        self.machine.run("systemctl", "kill", "--kill-whom=main", "--signal=KILL",
-                         "sign-fcgiwrap.service")
+        self.machine.run("systemctl", "kill", "--kill-whom=main", "--signal=KILL", SERVICE)
         wait_until(lambda: self.show("MainPID") not in ("0", first), "fcgiwrap to start again")
         self.wait_for_programs(0)
         self.assertTrue(self.service.sign("again"))
 
     def test_needs_a_random_generator_of_the_kernel(self):
-        drop_in = self.machine.root / UNITS / "sign-fcgiwrap.service.d/devices.conf"
+        drop_in = self.machine.root / UNITS / "sign-fcgiwrap@.service.d/devices.conf"
         self.addCleanup(self.machine.run, "systemctl", "daemon-reload")
         self.addCleanup(drop_in.unlink)
         for line, status in (
@@ -163,7 +162,7 @@ class Shipped(Units):
             with self.subTest(line):
                 drop_in.write_text(f"[Service]\n{line}\n", encoding="utf-8")
                 self.machine.run("systemctl", "daemon-reload")
-                self.machine.run("systemctl", "restart", "sign-fcgiwrap.service")
+                self.machine.run("systemctl", "restart", SERVICE)
                 answer = self.service.ask_form(sig_create="true", sig_data="hello")
                 self.assertEqual(answer.status, status, answer)
                 self.machine.run("journalctl", "--sync")
@@ -172,11 +171,62 @@ class Shipped(Units):
                 self.assertEqual(log.count("limited: /dev/urandom: "), status == 502, log)
 
 
+class Upgraded(Units):
+    def test_the_service_runs_from_its_new_unit_until_the_package_is_removed(self):
+        service = Service(SimpleNamespace(port=80), SimpleNamespace(path=PROJECT))
+        service.sign("before")
+        first = self.show("MainPID")
+        self.machine.shell("dpkg -i /root/*.deb")
+        self.assertNotIn(self.show("MainPID"), ("0", first))
+        service.sign("after")
+        self.machine.run("dpkg", "--remove", "sign-cgi")
+        for unit in (SERVICE, SOCKET):
+            self.machine.run("systemctl", "is-active", unit, status=3)
+        self.assertEqual(self.machine.run("find", "/etc/systemd", "-name", "sign-*"), "")
+        self.machine.run("nginx", "-t")
+        self.assertEqual(service.ask(b"x").status, 502)
+
+
+class Copied(Units):
+    """Of version 1.0, whose units and snippet were copied by hand."""
+
+    @classmethod
+    def prepare(cls, root):
+        for kind in ("service", "socket"):
+            text = (root / UNITS / f"sign-fcgiwrap@.{kind}").read_text(encoding="utf-8")
+            for new, old in (("@%i", ""), ("-%i", "-cgi"), ("sign-fcgiwrap/%i", "sign-fcgiwrap")):
+                text = text.replace(new, old)
+            (root / f"etc/systemd/system/sign-fcgiwrap.{kind}").write_text(text, encoding="utf-8")
+        (root / "etc/nginx/snippets/sign-cgi.conf").write_text(
+            "location = /sign.cgi { return 404; }\n", encoding="utf-8")
+
+    def test_the_guide_leaves_the_new_service_in_its_place(self):
+        site, old, new = SITE, "snippets/sign-cgi.conf", "snippets/sign-cgi-server.conf"
+        self.machine.change(site, new, old)
+        self.machine.shell("systemctl disable --now sign-fcgiwrap@cgi.socket\n"
+                           "systemctl enable --now sign-fcgiwrap.socket\n"
+                           "systemctl restart nginx")
+        self.machine.change(site, old, new)
+        self.machine.shell(debian.guide("Upgrading from version 1.0"))
+        self.assertEqual(self.machine.run("find", "/etc/systemd", "/etc/nginx", "-name",
+                                          "sign-fcgiwrap.*", "-o", "-name", "sign-cgi.conf"), "")
+        service = Service(SimpleNamespace(port=80), SimpleNamespace(path=PROJECT))
+        wait_until(lambda: service.ask(b"x").status != 404, "nginx to take the new snippet")
+        service.sign("x")
+
+
 class Removed(Units):
     def test_the_guide_leaves_nothing_behind(self):
-        self.machine.change("etc/nginx/sites-available/default", "include snippets/sign-cgi.conf;", "")
-        self.machine.shell(debian.guide("Removing it"))
-        self.assertEqual(
-            self.machine.run("find", "/etc/systemd", "/etc/nginx", "-name", "sign-*"), "")
+        machine = self.machine
+        machine.change(SITE, "include snippets/sign-cgi-server.conf;", "")
+        said = machine.shell("exec 2>/dev/null\n" + debian.guide("Removing it"))
+        self.assertEqual(said, "Removing user `sign-cgi' ...\nDone.\n")
+        self.assertEqual(machine.run("find", "/etc/systemd", "-name", "sign-*"), "")
         self.assertEqual(Service(SimpleNamespace(port=80), None).ask(b"x").status, 404)
-        self.machine.run("id", "sign-cgi", status=1)
+        machine.run("id", "sign-cgi", status=1)
+        # The next one has its number, and nothing of its.
+        machine.run("adduser", "--system", "--group", "--no-create-home", "next")
+        self.assertEqual(int(machine.run("id", "-u", "next")), self.account)
+        machine.run("setpriv", "--reuid=next", "--regid=next", "--init-groups",
+                    "ls", str(Path(PROJECT).parent), status=2)
+        machine.run("projectctl", "check", PROJECT)

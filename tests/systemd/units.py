@@ -9,7 +9,8 @@ from container import Container
 from held_request import HeldRequest
 from service import FORM, SECONDS_FOR_AN_ANSWER
 
-UNITS = "etc/systemd/system"
+UNITS = "usr/lib/systemd/system"
+SERVICE, SOCKET = "sign-fcgiwrap@cgi.service", "sign-fcgiwrap@cgi.socket"
 LAUNCHER = "/usr/libexec/sign-cgi/limited"
 PROGRAM = "/usr/libexec/sign-cgi/sign.cgi"
 AT_ONCE = 8
@@ -41,7 +42,7 @@ class Units(unittest.TestCase):
             cls.change.apply(container.root)
         cls.prepare(container.root)
         cls.machine = cls.enterClassContext(container)
-        cls.socket = Path(f"/proc/{cls.machine.first}/root/run/sign-fcgiwrap.socket")
+        cls.socket = Path(f"/proc/{cls.machine.first}/root/run/sign-fcgiwrap/cgi.socket")
         cls.account = int(cls.machine.run("id", "-u", "sign-cgi"))
 
     @classmethod
@@ -50,7 +51,7 @@ class Units(unittest.TestCase):
 
     def show(self, name):
         return self.machine.run("systemctl", "show", f"--property={name}", "--value",
-                                "sign-fcgiwrap.service").strip()
+                                SERVICE).strip()
 
     def request(self, length, program=LAUNCHER):
         """A request over the socket, whose body has not come yet."""

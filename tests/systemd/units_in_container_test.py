@@ -45,7 +45,7 @@ def install(system, folder, package, groups):
     shutil.copy(package, container.root / "root")
     with container as machine:
         machine.change("etc/nginx/sites-available/default", "server_name _;",
-                       "server_name _;\n\tinclude snippets/sign-cgi.conf;")
+                       "server_name _;\n\tinclude snippets/sign-cgi-server.conf;")
         machine.shell(debian.guide("The package"))
         machine.shell(debian.guide("nginx"))
     return [container.layer, system]
