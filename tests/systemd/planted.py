@@ -8,10 +8,12 @@ from dataclasses import dataclass
 from captured_program import Captured
 from debian import ROOT
 from shipped_units import Shipped
+from teams import Teams
 from units import LAUNCHER, UNITS, Units
 
 SERVICE, SOCKET = (f"{UNITS}/sign-fcgiwrap@.{kind}" for kind in ("service", "socket"))
 CONFINEMENT = f"{UNITS}/sign-fcgiwrap@.service.d/confine.conf"
+LOCATION = "etc/nginx/snippets/sign-cgi-location.conf"
 
 
 def replace(path, old, new):
@@ -84,6 +86,12 @@ PLANTED = (
     (InFile(SERVICE, " -c 8 ", " -c 7 "), Shipped.test_eight_at_once_and_the_ninth_waits),
     (without("Restart=on-failure", SERVICE), Shipped.test_starts_again_when_it_was_killed),
 
+    # Whose keys it is that sign.
+    (instead("User=sign-%i", "User=root", SERVICE), Teams.test_no_team_signs_as_another),
+    (instead("Group=sign-%i", "Group=sign-blue", SERVICE), Teams.test_no_team_signs_as_another),
+    (InFile(LOCATION, "/$sign_service.socket", "/blue.socket"),
+     Teams.test_no_team_signs_as_another),
+
     # What a program may take.
     (without("MemoryMax=2G"), Captured.test_all_together_have_memory_to_a_limit),
     (without("OOMPolicy=continue"), Captured.test_all_together_have_memory_to_a_limit),
@@ -152,7 +160,7 @@ PLANTED = (
 
 def finding_of(change, test):
     """What the test says about the change; none where it passes."""
-    kind = {kind.__name__: kind for kind in (Captured, Shipped)}[test.__qualname__.split(".")[0]]
+    kind = {kind.__name__: kind for kind in (Captured, Shipped, Teams)}[test.__qualname__.split(".")[0]]
     Units.change = change
     result = unittest.TestResult()
     unittest.TestSuite([kind(test.__name__)]).run(result)

@@ -27,10 +27,11 @@ import control_groups  # noqa: E402
 import debian  # noqa: E402
 import planted  # noqa: E402
 import shipped_units  # noqa: E402
+import teams  # noqa: E402
 from container import Container  # noqa: E402
 from units import Units  # noqa: E402
 
-PACKAGES = ("systemd-sysv", "nginx", "fcgiwrap", "curl", "adduser", "python3")
+PACKAGES = ("systemd-sysv", "nginx", "fcgiwrap", "curl", "adduser", "python3", "openssl")
 SIOCSIFFLAGS, IFF_UP = 0x8914, 1
 
 
@@ -61,7 +62,7 @@ def run_inside(folder, package, which, groups):
     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", Units.folder], check=True)
     Units.layers = install(folder / "system", Units.folder / "installation", package, Units.groups)
     tests = unittest.TestSuite(map(unittest.defaultTestLoader.loadTestsFromModule,
-                                   (captured_program, shipped_units)))
+                                   (captured_program, shipped_units, teams)))
     passed = unittest.TextTestRunner(verbosity=2).run(tests).wasSuccessful()
     if passed and which == "--planted":
         passed = planted.all_are_found(Units.folder)
