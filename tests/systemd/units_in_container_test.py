@@ -25,6 +25,7 @@ sys.path[:0] = [str(ROOT / "tests" / folder) for folder in ("scripts", "servers"
 import captured_program  # noqa: E402
 import control_groups  # noqa: E402
 import debian  # noqa: E402
+import key_guides  # noqa: E402
 import planted  # noqa: E402
 import shipped_units  # noqa: E402
 import teams  # noqa: E402
@@ -62,7 +63,7 @@ def run_inside(folder, package, which, groups):
     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", Units.folder], check=True)
     Units.layers = install(folder / "system", Units.folder / "installation", package, Units.groups)
     tests = unittest.TestSuite(map(unittest.defaultTestLoader.loadTestsFromModule,
-                                   (captured_program, shipped_units, teams)))
+                                   (captured_program, shipped_units, teams, key_guides)))
     passed = unittest.TextTestRunner(verbosity=2).run(tests).wasSuccessful()
     if passed and which == "--planted":
         passed = planted.all_are_found(Units.folder)
