@@ -13,7 +13,7 @@ declare -A packages=(
     # The quick tests; and what the whole suite takes beside them.
     [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema openapi-specification util-linux mount"
     [suite]="valgrind strace curl mandoc groff-base pkg-config zsh fish apache2-bin lighttpd lighttpd-mod-openssl nginx
-             fcgiwrap chromium chromium-driver python3-selenium nodejs"
+             fcgiwrap haproxy chromium chromium-driver python3-selenium nodejs"
     [clang]="clang libclang-rt-dev"
     # The layout of the sources is of this version of the formatter, which Debian 12 has.
     [lint]="clang-format-14 clang-tidy cppcheck shellcheck"
@@ -92,7 +92,7 @@ echo "Installing ${#missing[@]} packages with what they need (${total:-none newl
 # that were not there before.
 new_units=()
 for unit in lighttpd.service nginx.service fcgiwrap.service fcgiwrap.socket apache2.service \
-    apache-htcacheclean.service; do
+    apache-htcacheclean.service haproxy.service; do
     [[ -e /lib/systemd/system/$unit ]] || new_units+=("$unit")
 done
 if [[ ! -e $policy ]]; then

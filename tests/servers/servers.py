@@ -316,26 +316,29 @@ http {{
 
 
 class NginxBalancer(Nginx):
-    """An nginx that hands each request to one of other servers in turn."""
+    """An nginx that hands each request to one of other servers, by these lines for it."""
 
-    def __init__(self, servers, folder):
+    def __init__(self, lines, folder):
         super().__init__(DEPLOY, folder)
-        self.servers = servers
+        self.lines = lines
 
     def start_all(self):
-        upstream = "".join(f"server 127.0.0.1:{server.port}; " for server in self.servers)
-        main = self.main_configuration(f"""
-    upstream signers {{ {upstream} }}
-    server {{
-        listen 127.0.0.1:{self.port};
-        client_max_body_size 8m;
-        location = /sign.cgi {{
-            proxy_pass http://signers;
-            proxy_set_header Host $http_host;
-            add_header Served-By $upstream_addr always;
-        }}
-    }}""")
+        main = self.main_configuration(
+            re.sub("listen .*;", f"listen 127.0.0.1:{self.port};", self.lines))
         self.start([program_of_server("nginx"), "-p", self.folder, "-e", self.log, "-c", main])
+
+
+class HaproxyBalancer(Server):
+    language = "haproxy"
+
+    def __init__(self, lines, folder):
+        super().__init__(DEPLOY, folder)
+        self.lines = lines
+
+    def start_all(self):
+        main = self.write("haproxy.cfg",
+                          re.sub("bind .*", f"bind 127.0.0.1:{self.port}", self.lines))
+        self.start([program_of_server("haproxy"), "-db", "-f", main])
 
 
 SERVERS = {server.__name__: server for server in (ApacheEvent, ApachePrefork, Lighttpd, Nginx)}
