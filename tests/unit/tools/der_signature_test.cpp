@@ -122,8 +122,8 @@ TEST(ReadDerSignature, RefusesNumbersThatNoSignatureHas) {
     EXPECT_EQ(refusal(below, below), "accepted");
     EXPECT_EQ(refusal("0", below), "r is zero");
     EXPECT_EQ(refusal(below, "0"), "s is zero");
-    for (const std::string& tooLarge :
-         {n, std::string(48, '7'), std::string(50, '7'), std::string(48, 'F')}) {
+    for (const std::string& tooLarge : {n, std::string(48, '7'), std::string(50, '7'),
+                                        std::string(48, 'F'), "1" + std::string(48, '0') + "1"}) {
         EXPECT_EQ(refusal(tooLarge, below), "r is not below the order");
         EXPECT_EQ(refusal(below, tooLarge), "s is not below the order");
     }
