@@ -34,6 +34,7 @@ std::vector<Bytes> digestsOf(const std::vector<std::string>& paths) {
     digestFiles(paths, [&](std::size_t place, const FileDigest& file) {
         EXPECT_EQ(place, digests.size());
         digests.emplace_back(file.digest.begin(), file.digest.end());
+        EXPECT_EQ(file.isMissing, paths[place].ends_with("missing"));
         if (file.refusal.has_value()) {
             digests.back().assign(file.refusal->text.begin(), file.refusal->text.end());
         }
