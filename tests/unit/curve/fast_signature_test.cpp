@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/host.h"
+#include "curve/point.h"
 #include "curve/signature_primitive.h"
 #include "tests/support/curve_keys.h"
 #include "tests/support/fast_routes.h"
@@ -195,22 +196,37 @@ TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
                          records.scalar()));
 }
 
-TEST_P(FastSignature, HasNoVerdictOnAnotherCurve) {
-    const KeyRecords key(randomProjectKey());
+TEST_P(FastSignature, IsRecomputedForSoundKeysOnItsCurveAlone) {
+    const CurveJudge judge;
+    const ProjectKey key = randomProjectKey();
+    // Of order 2n.
+    const auto spoil = [&](std::string& x, std::string& y) {
+        const AffinePoint point = {BigNumber::fromHexadecimal(x), BigNumber::fromHexadecimal(y)};
+        const AffinePoint spoilt = judge.add(point, *judge.pointWithX(0));
+        x = spoilt.x.toHexadecimal();
+        y = spoilt.y.toHexadecimal();
+    };
+    ProjectKey unsoundBase = key;
+    spoil(unsoundBase.baseX, unsoundBase.baseY);
+    ProjectKey unsoundPublic = key;
+    spoil(unsoundPublic.publicX, unsoundPublic.publicY);
+    const AffinePoint base = {BigNumber::fromHexadecimal(key.baseX),
+                              BigNumber::fromHexadecimal(key.baseY)};
+
+    const KeyRecords sound(key);
     const Bytes digest = randomBytes(digestSize);
-    testHostPlayRandom(manyDraws());
-    const SignatureNumbers signature = defining(key, digest);
-    forgetRandomLeft();
-    core::CoreInteger r = BigNumber::fromHexadecimal(signature.r).toInteger(3);
-    core::CoreInteger s = BigNumber::fromHexadecimal(signature.s).toInteger(3);
-    const core::CurveDomain domain = key.domain();
-    const core::FieldElement zero = elementFrom(0);
-    const core::CurveDomain other{domain.degree,       domain.reductionPolynomial, zero,
-                                  domain.coefficientB, domain.basePoint,           domain.order,
-                                  domain.cofactor};
+    core::CoreInteger r = judge.randomScalar().toInteger(3);
+    core::CoreInteger s = judge.randomScalar().toInteger(3);
     const ChosenRoute chosen(&GetParam().route);
-    EXPECT_TRUE(core::curveVerifyDigest(domain, key.publicPoint(), digest.data(), {r, s}));
-    EXPECT_FALSE(core::curveVerifyDigest(other, key.publicPoint(), digest.data(), {r, s}));
+    const auto isRecomputed = [&](const KeyRecords& domain, const KeyRecords& publicKey) {
+        core::PointTemporary R(curveDegree);
+        return core::recomputeFast(domain.domain(), publicKey.publicPoint(), digest.data(), {r, s},
+                                   *R);
+    };
+    EXPECT_TRUE(isRecomputed(sound, sound));
+    EXPECT_FALSE(isRecomputed(sound, KeyRecords(unsoundPublic)));
+    EXPECT_FALSE(isRecomputed(KeyRecords(unsoundBase), sound));
+    EXPECT_FALSE(isRecomputed(KeyRecords(base, 1, 0), sound)) << "a = 0";
 }
 
 TEST(FastSignatureOfNoRoute, IsNotOffered) {
