@@ -20,11 +20,10 @@ import debian  # noqa: E402
 from container import Container  # noqa: E402
 
 PACKAGES = ("systemd-sysv",)
-SERVERS = ("lighttpd", "nginx", "apache2-bin", "fcgiwrap", "curl")
+SERVERS = ("lighttpd", "nginx", "apache2-bin", "fcgiwrap", "haproxy", "curl")
 UNITS = ("lighttpd.service", "nginx.service", "fcgiwrap.service", "fcgiwrap.socket",
-         "apache2.service")
-# Fetched into the system beforehand: the container has
-# no network.
+         "apache2.service", "haproxy.service")
+# Fetched into the system beforehand: the container has no network.
 FETCH = ("APT_CONFIG=$MMDEBSTRAP_APT_CONFIG apt-get install --yes --download-only "
          "--no-install-recommends " + " ".join(SERVERS))
 
@@ -45,9 +44,9 @@ class Servers(unittest.TestCase):
                 self.assertNotIn("enabled", state.split())
                 self.assertEqual(machine.run("sh", "-c", f"systemctl is-active {unit} || true")
                                  .strip(), "inactive")
-        self.assertEqual(there, 4)  # of apache2 there is the program alone
+        self.assertEqual(there, 5)  # of apache2 there is the program alone
         self.assertEqual(machine.run("sh", "-c", "ls /etc/rc?.d | grep -E "
-                                     "'^S.*(lighttpd|nginx|apache2|fcgiwrap)' || true"), "")
+                                     "'^S.*(lighttpd|nginx|apache2|fcgiwrap|haproxy)' || true"), "")
         self.assertEqual(machine.run("sh", "-c", "ls /usr/sbin/policy-rc.d || true").split("\n")[0],
                          "ls: cannot access '/usr/sbin/policy-rc.d': No such file or directory")
 
