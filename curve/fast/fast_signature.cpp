@@ -97,7 +97,6 @@ bool recomputeFast(const CurveDomain& domain, const CurvePoint& publicPoint,
     if (!route->twinMultipleX(load163(domain.basePoint), load163(publicPoint), u1, u2, x)) {
         return false;
     }
-    R.flags &= ~pointInfinity;
     std::copy(x.begin(), x.end(), R.x->words.begin());
     return true;
 }

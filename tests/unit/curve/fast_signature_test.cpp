@@ -113,6 +113,19 @@ TEST_P(FastSignature, IsThatOfTheDefinitionForEdgeNonces) {
     }
 }
 
+TEST_P(FastSignature, LeavesNothingOfWhatItsHalvesHeld) {
+    const KeyRecords key(randomProjectKey());
+    core::CoreInteger r = (BigNumber::powerOfTwo(320) - 1).toInteger(5);
+    core::CoreInteger s = (BigNumber::powerOfTwo(320) - 1).toInteger(5);
+    const ChosenRoute chosen(&GetParam().route);
+    core::curveSignDigest(key.domain(), key.scalar(), randomBytes(digestSize).data(), {r, s});
+    for (const core::CoreInteger& half : {r, s}) {
+        EXPECT_LT(BigNumber::fromInteger(half), curveOrder());
+        EXPECT_EQ(half.limbs[3], 0U);
+        EXPECT_EQ(half.limbs[4], 0U);
+    }
+}
+
 TEST_P(FastSignature, PassesOverAZeroS) {
     const Bytes digest = randomBytes(digestSize);
     const BigNumber n = curveOrder();
