@@ -296,6 +296,8 @@ TEST_P(FastMultiples, AreNotOfferedForCoordinatesThatTheDefinitionReadsOtherwise
             coordinate->capacity = capacity;
             EXPECT_FALSE(isSoundPoint(point)) << capacity;
         }
+        coordinate->capacity = 24;
+        EXPECT_TRUE(isSoundPoint(point)) << "room for 163 bits and no more";
         *coordinate = before;
         for (std::size_t word = 3; word < 6; ++word) {
             coordinate->words[word] = 1;
