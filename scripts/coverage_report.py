@@ -18,10 +18,10 @@ from collections import defaultdict
 from pathlib import Path
 
 from mutation.judged_folders import FOLDERS, TESTS, folder_of
+from mutation.tokens import calls_of, code_tokens
 
 ROOT = Path(__file__).resolve().parents[1]
 BRANCHES_TO_RUN = 0.95
-VERIFY = re.compile(r"\bverify\(")
 ROW = re.compile(r"^\| `([^`]+)` \| `([^`]+)` \| (true|false|both) \|", re.MULTILINE)
 
 
@@ -36,13 +36,9 @@ def files_of(export):
 def verified(lines):
     """The first and the last place, as line and column, of each call of core::verify."""
     text = "\n".join(lines)
-    for call in VERIFY.finditer(text):
-        depth = 1
-        end = call.end()
-        while depth > 0:
-            depth += {"(": 1, ")": -1}.get(text[end], 0)
-            end += 1
-        yield place_of(text, call.start()), place_of(text, end - 1)
+    tokens = code_tokens(text)
+    for first, last in calls_of(("verify",), tokens):
+        yield place_of(text, tokens[first].start), place_of(text, tokens[last].start)
 
 
 def place_of(text, offset):

@@ -9,7 +9,7 @@ import hashlib
 import re
 from dataclasses import dataclass
 
-from mutation.tokens import code_tokens
+from mutation.tokens import calls_of, code_tokens
 
 # Each operator between two operands, and what takes its place.
 BINARY = {
@@ -35,6 +35,9 @@ BINARY = {
         ">>=": ("<<=", "="),
     },
 }
+# What no program does: assertions of compile time, attributes, and the invariants that only a checking
+# build asks for.
+NOT_RUN = ("static_assert", "__attribute__", "verify")
 CLOSERS = {"(": ")", "[": "]", "{": "}"}
 NOT_REMOVABLE = frozenset("case default using delete goto else if for while do switch".split())
 INTEGER = re.compile(r"(0[xX])?([0-9A-Fa-f']+?)([uUlLzZ]*)")
@@ -89,10 +92,8 @@ class Scan:
         if open_brackets:
             raise ValueError("a bracket is never closed")
         self.excluded = set()
-        for i in range(len(self.tokens)):
-            # What the compiler alone reads: assertions of compile time and attributes.
-            if self.text(i) in ("static_assert", "__attribute__") and self.text(i + 1) == "(":
-                self.excluded.update(range(i, self.match[i + 1] + 1))
+        for first, last in calls_of(NOT_RUN, self.tokens):
+            self.excluded.update(range(first, last + 1))
 
     def text(self, index):
         return self.tokens[index].text if 0 <= index < len(self.tokens) else ""

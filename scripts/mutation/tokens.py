@@ -56,3 +56,14 @@ def code_tokens(source):
             tokens.append(Token(kind, match.group(), place, match.end()))
         place = match.end()
     return tokens
+
+
+def calls_of(names, tokens):
+    """The first and the last token of each call of one of these functions."""
+    for first, token in enumerate(tokens[:-1]):
+        if token.text in names and tokens[first + 1].text == "(":
+            last, depth = first + 1, 1
+            while depth > 0:
+                last += 1
+                depth += {"(": 1, ")": -1}.get(tokens[last].text, 0)
+            yield first, last

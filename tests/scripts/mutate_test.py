@@ -63,6 +63,7 @@ class Mutants(unittest.TestCase):
 static_assert(sizeof(int) == 4, "x");
 template <typename T>
 int f(const T& a, std::array<int, 2>&& b, char* c) {
+    verify(a.size() < 9 && c);
     int sum = 0;
     if (a.size() < 3 && !c) {
         sum += *c * 5;
