@@ -84,7 +84,7 @@ echo "Fetching the lists of packages"
 step apt update
 step apt --print-uris install "${missing[@]}"
 total=$(grep -oE '[0-9]+ newly installed' "$log" | head -n 1) || total=
-size=$(sed -n 's|^Need to get .*/\?\b\([0-9.]* [kM]\?B\) of archives.*|, \1|p' "$log")
+size=$(sed -nE 's|^Need to get ([^/]*/)?([0-9.,]+ [kM]?B) of archives.*|, \2|p' "$log")
 echo "Installing ${#missing[@]} packages with what they need (${total:-none newly installed}$size)"
 
 # A server that comes as a package would start at once, on a port open to the network, and again when
