@@ -66,7 +66,7 @@ constexpr auto otherRules = std::to_array<Rule>({
     {Finding::permissions, "project.permissions",
      "Others can read the private scalar or change the project."},
     {Finding::folder, "project.folder",
-     "Others can replace the project by way of a folder above it."},
+     "Others can replace the project through a folder above it."},
 
     {Outcome::unsoundKey, "key.unsound", "Signatures under the key cannot be relied on."},
     {Finding::shortCoordinate, "key.short-coordinate",

@@ -53,7 +53,7 @@ inline constexpr auto verdictRules = std::to_array<VerdictRule>({
     {Verdict::projectMemory, "project.memory", "There is not enough memory for the project."},
     {ProjectFault::header, "project.header", "The project is shorter than a header."},
     {ProjectFault::magic, "project.magic", "The file does not begin like a project."},
-    {ProjectFault::noBody, "project.no-body", "The project has a header and nothing behind it."},
+    {ProjectFault::noBody, "project.no-body", "The project has a header and nothing after it."},
     {ProjectFault::digest, "project.digest", "The project's digest is not that of its body."},
     {ProjectFault::directory, "project.entries", "The project's directory is cut short."},
     {ProjectFault::emptyValue, "project.entry-empty", "A value of the project has no bytes."},

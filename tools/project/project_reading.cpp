@@ -49,7 +49,7 @@ std::string wordsOf(const ProjectLoading& loading) {
         case ProjectFault::magic:
             return "not a project file (it does not begin with VLT2)";
         case ProjectFault::noBody:
-            return "has a header that counts " + entries + ", and nothing behind it";
+            return "has a header that counts " + entries + ", and nothing after it";
         case ProjectFault::digest:
             return "is damaged: the digest in its header is not that of its body";
         case ProjectFault::directory:

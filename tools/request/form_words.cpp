@@ -46,7 +46,7 @@ std::optional<std::string> escapeRemark(std::string_view name, std::string_view 
     }
     const std::string_view escape = value.substr(at, 3);
     return quotation(escape) + " in " + marked(name) +
-           " is no \"%\" with two hexadecimal digits and stands for the byte " +
+           " is not a \"%\" with two hexadecimal digits, so it stands for the byte " +
            quotation(formDecode(escape));
 }
 
@@ -94,8 +94,7 @@ struct PieceRemarks {
 
     void addWithoutValue(const std::string& name) {
         if (isKnown(name)) {
-            addFirst(name, Kind::noValue,
-                     marked(name) + " stands without \"=\" and counts as absent");
+            addFirst(name, Kind::noValue, marked(name) + " has no \"=\" and counts as absent");
         }
     }
 
@@ -164,12 +163,12 @@ void remarkBody(const RawRequest& request, std::uint64_t length,
     }
     if (request.body.size() < length) {
         remarks.push_back("the body ends after " + std::to_string(request.body.size()) +
-                          " of the " + counted(length, "byte") + " announced, which a form may");
+                          " of the " + counted(length, "byte") + " announced, which a form allows");
     }
     const std::size_t textLength = textOf(request, length).size();
     if (textLength < std::min<std::uint64_t>(length, request.body.size())) {
         remarks.push_back("byte " + std::to_string(textLength + 1) +
-                          " of the body is a zero byte, and the form ends in front of it");
+                          " of the body is a zero byte, so the form ends before it");
     }
 }
 

@@ -71,7 +71,7 @@ void readWords(const JsonNotes& notes, RequestWords& words) {
         words.missingInput = ": 'signature' is absent";
     } else if (std::string_view(signature->second.type) != "object") {
         words.missingInput =
-            ": 'signature' is " + withArticle(signature->second.type) + " and no object";
+            ": 'signature' is " + withArticle(signature->second.type) + ", not an object";
     }
 }
 

@@ -23,7 +23,7 @@ std::string zeroLength(std::string_view announced) {
     const bool isNumber =
         !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
     return isNumber ? ", which counts as 0, so there is no body"
-                    : ", which is no decimal number and counts as 0, so there is no body";
+                    : ", which is not a decimal number and counts as 0, so there is no body";
 }
 
 /// The first member of the table that has another type.
@@ -60,7 +60,7 @@ std::string parserWords(std::string words) {
 std::string syntaxReason(const JsonNotes& notes, std::uint64_t length) {
     const std::string place =
         notes.place > length ? "at the end of the body" : "at byte " + std::to_string(notes.place);
-    return "the body is no JSON: " + place + ", " + parserWords(notes.complaint);
+    return "the body is not JSON: " + place + ", " + parserWords(notes.complaint);
 }
 
 std::string jsonReason(const RawRequest& request, const RequestRun& run) {
@@ -78,8 +78,8 @@ std::string jsonReason(const RawRequest& request, const RequestRun& run) {
         case RequestFault::jsonSyntax:
             return syntaxReason(*run.notes, announced);
         case RequestFault::jsonNumber:
-            return "the body is no JSON that can be held: the number that ends at byte " +
-                   std::to_string(run.notes->place) + " is out of range";
+            return "the number that ends at byte " + std::to_string(run.notes->place) +
+                   " of the body is too large for a double";
         case RequestFault::jsonNoObject:
             return "the body is " + withArticle(run.notes->type) + " and must be an object";
         case RequestFault::jsonMemberType:

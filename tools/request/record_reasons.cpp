@@ -34,8 +34,7 @@ Refusal base64Refusal(const RequestRun& run) {
         if (run.base64.fault == Base64Fault::character) {
             reason += "is outside the alphabet of RFC 4648";
         } else {
-            reason +=
-                text[place] == '=' ? "stands in front of the last group" : "stands behind a \"=\"";
+            reason += text[place] == '=' ? "stands before the last group" : "follows a \"=\"";
         }
     }
     return {ruleOf(run.base64.fault).code, reason};

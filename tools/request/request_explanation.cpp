@@ -23,7 +23,8 @@ void remarkDefault(const std::string& name, const std::string& word, const char*
                    std::vector<std::string>& remarks) {
     if (!word.empty() && parseTextEncoding(word) == TextEncoding::none) {
         remarks.push_back(name + " is " + quotation(word) +
-                          ", which is no known word: the default holds, " + quotation(byDefault));
+                          ", which is not a known word: the default applies, " +
+                          quotation(byDefault));
     }
 }
 

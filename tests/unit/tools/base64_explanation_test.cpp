@@ -39,9 +39,9 @@ TEST_F(ExplainBase64, TellsWhichCharacterIsNone) {
 }
 
 TEST_F(ExplainBase64, TellsPaddingThatIsNotAtTheEnd) {
-    EXPECT_EQ(refusalOf("QUI=QUJD"),
-              "base64.padding: \"=\", character 4 of the base64 data, stands in front of the last "
-              "group");
+    EXPECT_EQ(
+        refusalOf("QUI=QUJD"),
+        "base64.padding: \"=\", character 4 of the base64 data, stands before the last group");
     EXPECT_EQ(refusalOf("QUJDQ==D"),
-              "base64.padding: \"D\", character 8 of the base64 data, stands behind a \"=\"");
+              "base64.padding: \"D\", character 8 of the base64 data, follows a \"=\"");
 }

@@ -134,8 +134,9 @@ TEST_F(ExplainCommand, NamesTheOptionsOfARequestInOptions) {
     EXPECT_EQ(jsonOf(options).at("reason"),
               "--data-encoding is \"json\"; data are written as \"plain\" or \"base64\"");
     options.dataEncoding = "hex";
-    EXPECT_EQ(jsonOf(options).at("remarks").at(0),
-              "--data-encoding is \"hex\", which is no known word: the default holds, \"plain\"");
+    EXPECT_EQ(
+        jsonOf(options).at("remarks").at(0),
+        "--data-encoding is \"hex\", which is not a known word: the default applies, \"plain\"");
     options.data = std::nullopt;
     EXPECT_EQ(jsonOf(options).at("reason"), "neither --data nor --file is given");
     options.signature = "";

@@ -88,7 +88,7 @@ TEST_F(ExplainForm, TellsThatThereIsNoMemoryToReadTheBody) {
 
 TEST_F(ExplainForm, RemarksOnLengthsThatAreNotTheBodys) {
     EXPECT_EQ(explainLength("9", "a=1").remarks,
-              (Remarks{"the body ends after 3 of the 9 bytes announced, which a form may",
+              (Remarks{"the body ends after 3 of the 9 bytes announced, which a form allows",
                        "unknown parameters are ignored: \"a\""}));
     EXPECT_EQ(explainLength("3", "a=1&b=2").remarks,
               (Remarks{"CONTENT_LENGTH announces 3 of the body's 7 bytes: the rest is not read",
@@ -100,7 +100,7 @@ TEST_F(ExplainForm, RemarksOnLengthsThatAreNotTheBodys) {
 TEST_F(ExplainForm, RemarksOnAZeroByteInTheBody) {
     using namespace std::string_literals;
     EXPECT_EQ(remarksOn("a&b\0project=x"s),
-              Remarks{"byte 4 of the body is a zero byte, and the form ends in front of it"});
+              Remarks{"byte 4 of the body is a zero byte, so the form ends before it"});
     // The zero bytes of a short body are none of its own.
     EXPECT_EQ(explainLength("9", "abc").remarks.size(), 1U);
 }
@@ -116,8 +116,8 @@ TEST_F(ExplainForm, RemarksOnJsonThatIsReadAsAForm) {
 
 TEST_F(ExplainForm, RemarksOnParametersThatDoNotCountAsOneMayThink) {
     EXPECT_EQ(remarksOn("sig_create&sig%5fverify"),
-              (Remarks{"'sig_create' stands without \"=\" and counts as absent",
-                       "'sig_verify' stands without \"=\" and counts as absent"}));
+              (Remarks{"'sig_create' has no \"=\" and counts as absent",
+                       "'sig_verify' has no \"=\" and counts as absent"}));
     EXPECT_EQ(remarksOn("project=a&project=b&%70roject=c"),
               Remarks{"'project' is given 3 times, and the last one counts"});
     EXPECT_EQ(remarksOn("Project=a"), Remarks{"unknown parameters are ignored: \"Project\""});
@@ -131,14 +131,13 @@ TEST_F(ExplainForm, RemarksOncePerNameAndKind) {
     for (const char* digit : {"a", "b", "c"}) {
         text += std::string("sig&sig=+%z") + digit + "&sig_file&";
     }
-    EXPECT_EQ(
-        remarksOn(text),
-        (Remarks{"'sig' stands without \"=\" and counts as absent",
-                 "\"%za\" in 'sig' is no \"%\" with two hexadecimal digits and stands for the "
-                 "byte \"\\x00\"",
-                 "\"+\" in 'sig' stands for a space; a plus sign is written \"%2B\"",
-                 "'sig_file' stands without \"=\" and counts as absent",
-                 "'sig' is given 3 times, and the last one counts"}));
+    EXPECT_EQ(remarksOn(text),
+              (Remarks{"'sig' has no \"=\" and counts as absent",
+                       "\"%za\" in 'sig' is not a \"%\" with two hexadecimal digits, so it stands "
+                       "for the byte \"\\x00\"",
+                       "\"+\" in 'sig' stands for a space; a plus sign is written \"%2B\"",
+                       "'sig_file' has no \"=\" and counts as absent",
+                       "'sig' is given 3 times, and the last one counts"}));
 }
 
 TEST_F(ExplainForm, RemarksOnPairsThatAreOnAgainstTheirLook) {
@@ -156,11 +155,11 @@ TEST_F(ExplainForm, RemarksOnPairsThatAreOnAgainstTheirLook) {
 
 TEST_F(ExplainForm, RemarksOnEscapesThatAreNone) {
     EXPECT_EQ(remarksOn("sig_data=%41%zz"),
-              Remarks{"\"%zz\" in 'sig_data' is no \"%\" with two hexadecimal digits and stands "
-                      "for the byte \"\\x00\""});
+              Remarks{"\"%zz\" in 'sig_data' is not a \"%\" with two hexadecimal digits, so it "
+                      "stands for the byte \"\\x00\""});
     EXPECT_EQ(remarksOn("sig_file=a%4&encoding=plain"),
-              Remarks{"\"%4\" in 'sig_file' is no \"%\" with two hexadecimal digits and stands for "
-                      "the byte \"\\x04\""});
+              Remarks{"\"%4\" in 'sig_file' is not a \"%\" with two hexadecimal digits, so it "
+                      "stands for the byte \"\\x04\""});
     EXPECT_EQ(remarksOn("sig_file=%e4%F6&encoding=plain"), Remarks());
 }
 

@@ -37,7 +37,7 @@ TEST_F(ExplainJson, TellsALengthThatIsNoNumber) {
     for (const char* length : {"2x", " 2", "", "+", "--2", "abc"}) {
         EXPECT_EQ(refusalOf({"application/json", length, "{}"}),
                   "json.length-zero: CONTENT_LENGTH is \"" + std::string(length) +
-                      "\", which is no decimal number and counts as 0, so there is no body");
+                      "\", which is not a decimal number and counts as 0, so there is no body");
     }
 }
 
@@ -78,24 +78,25 @@ TEST_F(ExplainJson, TellsWhereAZeroByteStands) {
 
 TEST_F(ExplainJson, TellsWhereTheSyntaxBreaks) {
     EXPECT_EQ(refusalOf("{\"mode\":}"),
-              "json.syntax: the body is no JSON: at byte 9, unexpected '}'; expected '[', '{', or "
+              "json.syntax: the body is not JSON: at byte 9, unexpected '}'; expected '[', '{', or "
               "a literal");
     EXPECT_EQ(refusalOf("{\"mode\""),
-              "json.syntax: the body is no JSON: at the end of the body, unexpected end of input; "
+              "json.syntax: the body is not JSON: at the end of the body, unexpected end of input; "
               "expected ':'");
-    EXPECT_EQ(refusalOf("{}{}"),
-              "json.syntax: the body is no JSON: at byte 3, unexpected '{'; expected end of input");
+    EXPECT_EQ(
+        refusalOf("{}{}"),
+        "json.syntax: the body is not JSON: at byte 3, unexpected '{'; expected end of input");
     EXPECT_EQ(refusalOf("{\"mode\":x"),
-              "json.syntax: the body is no JSON: at byte 9, invalid literal");
-    EXPECT_EQ(refusalOf("a=1"), "json.syntax: the body is no JSON: at byte 1, invalid literal");
-    EXPECT_EQ(refusalOf("{\"a\":\"\xFF\"}"),
-              "json.syntax: the body is no JSON: at byte 7, invalid string: ill-formed UTF-8 byte");
+              "json.syntax: the body is not JSON: at byte 9, invalid literal");
+    EXPECT_EQ(refusalOf("a=1"), "json.syntax: the body is not JSON: at byte 1, invalid literal");
+    EXPECT_EQ(
+        refusalOf("{\"a\":\"\xFF\"}"),
+        "json.syntax: the body is not JSON: at byte 7, invalid string: ill-formed UTF-8 byte");
 }
 
 TEST_F(ExplainJson, TellsANumberThatIsTooLarge) {
     EXPECT_EQ(refusalOf("{\"a\":1e999}"),
-              "json.number: the body is no JSON that can be held: the number that ends at byte 10 "
-              "is out of range");
+              "json.number: the number that ends at byte 10 of the body is too large for a double");
 }
 
 TEST_F(ExplainJson, TellsThatThereIsNoMemoryForWhatTheBodySays) {
@@ -159,9 +160,9 @@ TEST_F(ExplainJson, TellsASignatureThatIsNoObject) {
     const std::string reason =
         "request.no-input: neither 'signature.data' nor 'signature.file' is given";
     EXPECT_EQ(reasonOf(explainJson(start + R"(,"signature":"x"})")),
-              reason + ": 'signature' is a string and no object");
+              reason + ": 'signature' is a string, not an object");
     EXPECT_EQ(reasonOf(explainJson(start + R"(,"signature":null})")),
-              reason + ": 'signature' is null and no object");
+              reason + ": 'signature' is null, not an object");
     EXPECT_EQ(reasonOf(explainJson(start + "}")), reason + ": 'signature' is absent");
     EXPECT_EQ(reasonOf(explainJson(start + R"(,"signature":{}})")), reason);
 }

@@ -130,8 +130,7 @@ TEST_F(ReadProject, TellsOfAnotherMagic) {
 TEST_F(ReadProject, TellsOfAnEmptyBody) {
     Bytes bytes = projectBytes(attributes);
     bytes.resize(24);
-    EXPECT_EQ(readingOf(bytes).refusal,
-              "has a header that counts 3 entries, and nothing behind it");
+    EXPECT_EQ(readingOf(bytes).refusal, "has a header that counts 3 entries, and nothing after it");
 }
 
 TEST_F(ReadProject, TellsOfADigestThatDiffers) {

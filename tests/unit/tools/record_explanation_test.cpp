@@ -91,18 +91,19 @@ TEST_F(ExplainRecord, TellsAnOperationThatTheProgramDoesNotHave) {
 
 TEST_F(ExplainRecord, RemarksOnWordsThatAreNotKnown) {
     const std::string signing = signingForm() + "&sig_data=a";
-    EXPECT_EQ(explainForm(signing + "&encoding=xml&sig_data_encoding=Base64").remarks,
-              (std::vector<std::string>{
-                  "'encoding' is \"xml\", which is no known word: the default holds, "
-                  "\"urlencode\"",
-                  "'sig_data_encoding' is \"Base64\", which is no known word: the default holds, "
-                  "\"plain\""}));
+    EXPECT_EQ(
+        explainForm(signing + "&encoding=xml&sig_data_encoding=Base64").remarks,
+        (std::vector<std::string>{
+            "'encoding' is \"xml\", which is not a known word: the default applies, "
+            "\"urlencode\"",
+            "'sig_data_encoding' is \"Base64\", which is not a known word: the default applies, "
+            "\"plain\""}));
     EXPECT_TRUE(explainForm(signing + "&encoding=&sig_data_encoding=base6").remarks.size() == 1);
     const std::string start = R"({"mode":"generateSignature","project":")" + project;
     EXPECT_EQ(
         explainJson(start + R"(","encoding":"x","signature":{"data":"a","encoding":"y"}})").remarks,
         (std::vector<std::string>{
-            "'encoding' is \"x\", which is no known word: the default holds, \"json\"",
-            "'signature.encoding' is \"y\", which is no known word: the default holds, "
+            "'encoding' is \"x\", which is not a known word: the default applies, \"json\"",
+            "'signature.encoding' is \"y\", which is not a known word: the default applies, "
             "\"plain\""}));
 }
