@@ -330,7 +330,9 @@ TEST(ProjectctlCommandLine, PrintsHelpWithAllCommandsAndAnExampleOfEach) {
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.errors, "");
     for (const std::string& command : commands) {
-        EXPECT_NE(help.output.find("\n  " + command + " "), std::string::npos) << command;
+        const std::size_t line = help.output.find("\n  " + command + " ");
+        ASSERT_NE(line, std::string::npos) << command;
+        EXPECT_EQ(help.output.find_first_not_of(' ', line + 3 + command.size()), line + 29);
         const ProgramEnd more = runProjectctl({command, "--help"});
         EXPECT_EQ(more.status, 0);
         EXPECT_EQ(more.errors, "");

@@ -3,23 +3,15 @@
 #include <setjmp.h>
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
-#include <cstddef>
 
 #include "tools/exit_status.h"
 #include "tools/report.h"
 
 namespace {
 
-/// What the handler writes, which must not ask for memory: a path has at most 4095 bytes, and each
-/// may take four.
-struct Message {
-    std::array<char, 16500> text{};
-    std::size_t length = 0;
-};
-
-Message message;
+/// What the handler writes, which must not ask for memory.
+std::string message;
 
 /// Where a reading of this thread goes on that can be left; null if there is none.
 thread_local sigjmp_buf* wayOut = nullptr;
@@ -28,8 +20,7 @@ void leaveReading(int /*signal*/) {
     if (wayOut != nullptr) {
         siglongjmp(*wayOut, 1);
     }
-    [[maybe_unused]] const ssize_t written =
-        ::write(STDERR_FILENO, message.text.data(), message.length);
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message.data(), message.size());
     ::_exit(exitFailed);
 }
 
@@ -53,6 +44,5 @@ bool readUncut(const std::function<void()>& read) {
 }
 
 void nameReadFile(const std::string& name) {
-    const std::string line = messageLine(name + ": " + cutFileWords);
-    message.length = line.copy(message.text.data(), message.text.size());
+    message = messageLine(name + ": " + cutFileWords);
 }

@@ -17,5 +17,5 @@ void reportCutFile();
 /// anything at that time. Several threads may each read something.
 bool readUncut(const std::function<void()>& read);
 
-/// Names the file of that message, as far as there is room for it.
+/// Names the file of that message.
 void nameReadFile(const std::string& name);

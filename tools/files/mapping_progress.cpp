@@ -1,6 +1,5 @@
 #include "tools/files/mapping_progress.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +9,8 @@
 #include <cstdlib>
 #include <exception>
 
+#include "project/open_to_read.h"
+
 namespace {
 
 // The bar is drawn in a thread of its own, where an exception ends the process: nothing here asks
@@ -18,7 +19,7 @@ namespace {
 /// Bytes of files that are resident in this process's mappings, from the third number of statm.
 std::uint64_t residentFileBytes() {
     std::array<char, 256> text{};
-    const int statm = ::open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+    const int statm = openToRead("/proc/self/statm");
     // What cannot be read counts as no pages.
     [[maybe_unused]] const ssize_t count = ::read(statm, text.data(), text.size() - 1);
     ::close(statm);

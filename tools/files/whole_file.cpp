@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "project/open_to_read.h"
 #include "project/stream.h"
 
 namespace {
@@ -142,7 +143,7 @@ private:
 
 /// The name is on the disk once its folder is. Some file systems refuse this and need no asking.
 void flushFolder(const std::string& folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor = openToRead(folder.c_str());
     if (descriptor != -1) {
         ::fsync(descriptor);
         ::close(descriptor);
