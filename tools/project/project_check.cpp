@@ -208,16 +208,17 @@ bool checkScalar(Checked& checked) {
     core::CoreInteger scalar = *checked.key.privateScalar;
     core::integerNormalise(scalar);
     const std::uint64_t bits = core::integerBitLength(scalar);
+    const std::uint64_t bytes = sizeof(std::uint32_t) + (bits + 7) / 8;
     const std::uint32_t statedBits = checked.key.loadingOf(id).found;
     if (statedBits != bits) {
         checked.find(Finding::dishonestLength, id, KeyDamage::none,
                      namedAttribute(id) + " states " + counted(statedBits, "bit") + ", but has " +
                          std::to_string(bits));
-    } else if (checked.project.attributeSize(id) != sizeof(std::uint32_t) + (bits + 7) / 8) {
+    } else if (checked.project.attributeSize(id) != bytes) {
         checked.find(Finding::dishonestLength, id, KeyDamage::none,
                      namedAttribute(id) + " has " +
                          counted(checked.project.attributeSize(id), "byte") + " instead of " +
-                         std::to_string(sizeof(std::uint32_t) + (bits + 7) / 8));
+                         std::to_string(bytes));
     }
     core::CoreInteger order{.capacity = core::integerLimbRoom};
     core::fieldToInteger(projectCurve.order, order);

@@ -24,7 +24,3 @@ RawRequestSource::operator RequestSource() const {
             .contentLength = variable(request_.contentLength),
             .body = body_.get()};
 }
-
-std::size_t RawRequestSource::left() const {
-    return request_.body.size() - static_cast<std::size_t>(std::ftell(body_.get()));
-}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -22,9 +21,6 @@ public:
     explicit RawRequestSource(const RawRequest& request);
 
     operator RequestSource() const;
-
-    /// Bytes of the body that nobody has taken.
-    std::size_t left() const;
 
 private:
     struct Close {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <cstdio>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -25,7 +26,7 @@ TEST(ReadRequestBody, TakesTheAnnouncedBytesAndLeavesTheRest) {
     EXPECT_EQ(body.length, 5U);
     EXPECT_EQ(body.received, 5U);
     EXPECT_EQ(std::string(body.bytes.get(), 6), std::string("abcde\0", 6));
-    EXPECT_EQ(input.left(), 3U);
+    EXPECT_EQ(std::ftell(streamOf(input)), 5);
 }
 
 TEST(ReadRequestBody, FillsWithZerosWhatDoesNotArrive) {
@@ -51,7 +52,7 @@ TEST(ReadRequestBody, RaisesLengthErrorFromTheLargestSignedNumberOn) {
     EXPECT_THROW(readRequestBody(streamOf(input), longest + 1), std::length_error);
     EXPECT_THROW(readRequestBody(streamOf(input), std::numeric_limits<std::uint64_t>::max()),
                  std::length_error);
-    EXPECT_EQ(input.left(), 3U);
+    EXPECT_EQ(std::ftell(streamOf(input)), 0);
 }
 
 TEST(ReadRequestBody, RaisesBadAllocWhenThereIsNoMemory) {
@@ -60,7 +61,7 @@ TEST(ReadRequestBody, RaisesBadAllocWhenThereIsNoMemory) {
     const RawRequestSource input(request);
     EXPECT_THROW(readRequestBody(streamOf(input), longest - 1), std::bad_alloc);
     EXPECT_THROW(readRequestBody(streamOf(input), longest / 2), std::bad_alloc);
-    EXPECT_EQ(input.left(), 3U);
+    EXPECT_EQ(std::ftell(streamOf(input)), 0);
 }
 
 TEST(RequestBody, GivesItsMemoryBack) {

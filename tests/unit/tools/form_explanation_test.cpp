@@ -160,6 +160,9 @@ TEST_F(ExplainForm, RemarksOnEscapesThatAreNone) {
     EXPECT_EQ(remarksOn("sig_file=a%4&encoding=plain"),
               Remarks{"\"%4\" in 'sig_file' is not a \"%\" with two hexadecimal digits, so it "
                       "stands for the byte \"\\x04\""});
+    EXPECT_EQ(remarksOn("sig_file=%&encoding=plain"),
+              Remarks{"\"%\" in 'sig_file' is not a \"%\" with two hexadecimal digits, so it "
+                      "stands for the byte \"\\x00\""});
     EXPECT_EQ(remarksOn("sig_file=%e4%F6&encoding=plain"), Remarks());
 }
 
