@@ -1,18 +1,13 @@
 #pragma once
 
-#include <cstddef>
+#include <charconv>
 #include <cstdint>
 #include <optional>
-#include <string_view>
+#include <system_error>
 
 /// The value of a hexadecimal digit of either case; nothing for another character.
 inline std::optional<std::uint8_t> hexadecimalValue(char character) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    const bool isUpperCase = character >= 'A' && character <= 'F';
-    const std::size_t value =
-        digits.find(isUpperCase ? static_cast<char>(character - 'A' + 'a') : character);
-    if (value == std::string_view::npos) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint8_t>(value);
+    std::uint8_t value = 0;
+    const bool isDigit = std::from_chars(&character, &character + 1, value, 16).ec == std::errc();
+    return isDigit ? std::optional(value) : std::nullopt;
 }

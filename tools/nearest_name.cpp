@@ -1,25 +1,24 @@
 #include "tools/nearest_name.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstddef>
+#include <numeric>
 #include <vector>
 
 namespace {
 
 char lowered(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
+    return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
 }
 
 /// The least number of changes that make one word of the other: the optimal string alignment, by
 /// rows of the prefixes of `a`.
 std::size_t distanceOf(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> beforeLast(b.size() + 1);
-    std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
+    std::iota(row.begin(), row.end(), 0);
+    std::vector<std::size_t> last = row;
+    std::vector<std::size_t> beforeLast = row;
     for (std::size_t i = 1; i <= a.size(); ++i) {
         beforeLast.swap(last);
         last.swap(row);
@@ -33,16 +32,12 @@ std::size_t distanceOf(std::string_view a, std::string_view b) {
             }
         }
     }
-    return row[b.size()];
+    return row.back();
 }
 
 }  // namespace
 
 std::optional<std::string> nearestName(std::string_view word, std::span<const std::string> names) {
-    constexpr std::size_t longest = 100;  // no name has so many characters
-    if (word.size() < 2 || word.size() > longest) {
-        return std::nullopt;
-    }
     std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
     std::optional<std::string> nearest;
     for (const std::string& name : names) {
