@@ -29,6 +29,23 @@ TEST(NearestName, IsNoneForAWordThatIsLikeNone) {
     EXPECT_EQ(nearestName("sign", {}), std::nullopt);
 }
 
+TEST(NearestName, CountsInsertionsDeletionsReplacementsAndExchangesAsOneEach) {
+    const std::string name = "abcdef";
+    // Six characters may have two changes, and no third.
+    for (const std::string word : {"xabcdefx", "bcdexf", "xxcdef", "badcef", "acbxdef", "xabcef"}) {
+        EXPECT_EQ(nearestName(word, std::vector{name}), name) << word;
+    }
+    for (const std::string word : {"xxxdef", "xabcdexx", "badcfe", "cbaxef", "bcadex"}) {
+        EXPECT_EQ(nearestName(word, std::vector{name}), std::nullopt) << word;
+    }
+}
+
+TEST(NearestName, TakesOneChangeOfAShortWord) {
+    EXPECT_EQ(nearestName("ax", std::vector<std::string>{"ab"}), "ab");
+    EXPECT_EQ(nearestName("xy", std::vector<std::string>{"ab"}), std::nullopt);
+    EXPECT_EQ(nearestName("x", std::vector<std::string>{"ab"}), std::nullopt);
+}
+
 TEST(NearestName, IsTheFirstOfSeveralThatAreAsNear) {
     EXPECT_EQ(nearestName("bat", std::vector<std::string>{"cat", "bar"}), "cat");
     EXPECT_EQ(nearestName("bat", std::vector<std::string>{"cat", "bat"}), "bat");
