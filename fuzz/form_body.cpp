@@ -6,6 +6,7 @@
 // Input: a line for CONTENT_LENGTH ("=" is the true length, "-" leaves it unset), then the body.
 
 #include <algorithm>
+#include <cstdio>
 #include <stdexcept>
 
 #include "frontend/form_input.h"
@@ -37,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     const std::size_t taken = noText ? 0 : std::min(request.body.size(), announced);
-    require(source.left() == request.body.size() - taken,
+    require(std::ftell(RequestSource(source).body) == static_cast<long>(taken),
             "what is announced is taken, and no more");
     const auto text = referenceFormText(request.contentLength, request.body);
     require(found == text.has_value(), "a form text is found where there is one");

@@ -18,13 +18,14 @@ import urllib.parse
 from dataclasses import dataclass
 from pathlib import Path
 
+import yaml
 from jsonschema import Draft4Validator, RefResolver
 
 ROOT = Path(__file__).resolve().parents[2]
 REFERENCE = (ROOT / "docs" / "http-interface.md").read_text(encoding="utf-8")
 DESCRIPTION = json.loads((ROOT / "docs" / "openapi.json").read_text(encoding="utf-8"))
 # Of Debian's package openapi-specification.
-OPENAPI_SCHEMA = Path("/usr/share/openapi-specification/schemas/v3.0/schema.json")
+OPENAPI_SCHEMA = Path("/usr/share/openapi-specification/schemas/v3.0/schema.yaml")
 NAMES = ("sign.cgi", "nph-sign.cgi")
 SECONDS_FOR_A_REQUEST = 60
 
@@ -206,7 +207,7 @@ def body_fits(content_type, body):
 
 class Description(unittest.TestCase):
     def test_is_an_openapi_description(self):
-        schema = json.loads(OPENAPI_SCHEMA.read_text(encoding="utf-8"))
+        schema = yaml.safe_load(OPENAPI_SCHEMA.read_text(encoding="utf-8"))
         errors = [f"{list(error.absolute_path)}: {error.message}"
                   for error in Draft4Validator(schema).iter_errors(DESCRIPTION)]
         self.assertEqual(errors, [])
