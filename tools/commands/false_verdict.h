@@ -28,5 +28,5 @@ struct FalseVerdict {
 int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts);
 
 /// Where there is no verdict, says that the operands stand in another order, if they look so: one
-/// behind the first is a project file and that one is not, or the signature stands behind a file.
-void reportSwappedOperands(const VerifyOptions& options, bool isProjectLoaded);
+/// after the first is another project file, or the signature comes after a file.
+void reportSwappedOperands(const VerifyOptions& options);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "engine/key_rules.h"
@@ -28,9 +29,9 @@ struct ShownEntry {
     std::string remark;   ///< what there is to say of the value
 };
 
-/// The digits of so many bits, and of what the last 32-bit word holds above them.
+/// The digits of so many bits, and of what there is above them.
 std::string digitsOf(std::span<const std::uint64_t> words, std::uint64_t bits) {
-    const ByteString bytes = bigEndianBytes(words, (bits + 31) / 32 * 4);
+    const ByteString bytes = bigEndianBytes(words, words.size_bytes());
     std::span<const std::uint8_t> shown = bytes;
     while (shown.size() > (bits + 7) / 8 && shown.front() == 0) {
         shown = shown.subspan(1);
@@ -58,17 +59,16 @@ std::string valueOf(const ProjectKeyRecord& key, ProjectAttributeId id) {
 
 /// For each entry whether one before has its id.
 std::vector<bool> repetitions(const std::vector<ProjectEntry>& entries) {
-    std::vector<std::uint64_t> idsAndPlaces;
+    std::vector<std::pair<ProjectAttributeId, std::uint32_t>> idsAndPlaces;
     idsAndPlaces.reserve(entries.size());
-    for (std::uint64_t place = 0; place < entries.size(); ++place) {
-        idsAndPlaces.push_back(std::uint64_t{entries[place].id} << 32 | place);
+    for (std::uint32_t place = 0; place < entries.size(); ++place) {
+        idsAndPlaces.emplace_back(entries[place].id, place);
     }
     std::sort(idsAndPlaces.begin(), idsAndPlaces.end());
     std::vector<bool> repeated(entries.size());
     for (std::size_t i = 1; i < idsAndPlaces.size(); ++i) {
-        if (idsAndPlaces[i] >> 32 == idsAndPlaces[i - 1] >> 32) {
-            repeated[idsAndPlaces[i] & 0xFFFFFFFF] = true;
-        }
+        const auto& [id, place] = idsAndPlaces[i];
+        repeated[place] = id == idsAndPlaces[i - 1].first;
     }
     return repeated;
 }

@@ -115,6 +115,14 @@ TEST_F(ShowCommand, ShowsBitsAboveTheStatedOnes) {
               "ab000003f0eba16286a2d57ea0991168d4994637e8343e36");
 }
 
+TEST_F(ShowCommand, ShowsAsManyBytesAsTheStatedBitsTake) {
+    for (const auto& [bits, bytes] : {std::pair{1, 1}, {8, 1}, {9, 2}, {160, 20}, {161, 21}}) {
+        const std::string digits(2 * bytes - 1, '0');
+        EXPECT_EQ(shownEntries(project({{72, elementValue(bits, "1")}}))[0]["value"], digits + '1')
+            << bits;
+    }
+}
+
 TEST_F(ShowCommand, TellsWhyAnAttributeGivesNoValue) {
     const nlohmann::json entries = shownEntries(
         project({{72, elementValue(513, "1")}, {73, elementValue(160, "1")}, {74, Bytes(297)}}),
