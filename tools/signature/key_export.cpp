@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <utility>
-#include <vector>
 
 #include "core/integer.h"
 #include "curve/field.h"
@@ -20,8 +19,6 @@ namespace {
 
 /// Bytes of a field element, and of a number up to the order.
 constexpr std::size_t elementSize = 21;
-
-constexpr std::uint32_t scalarLimbs = 5;
 
 /// RFC 5208, section 5.
 constexpr std::uint32_t privateKeyInfoVersion = 0;
@@ -61,7 +58,7 @@ std::optional<std::string> rangeRefusal(const core::CoreInteger& scalar) {
     if (core::integerIsZero(scalar)) {
         return namedAttribute(privateScalarAttribute) + " is zero";
     }
-    core::CoreInteger order{.capacity = scalarLimbs};
+    core::CoreInteger order{.capacity = core::integerLimbRoom};
     core::fieldToInteger(curve().order, order);
     if (core::integerCompare(scalar, order) != -1) {
         return namedAttribute(privateScalarAttribute) + " is not below the order";
@@ -82,17 +79,9 @@ ByteString pointBytes(const core::FieldElement& x, const core::FieldElement& y) 
     return bytes;
 }
 
-/// The exponents of the reduction polynomial between 0 and the degree: 3, 6 and 7.
+/// The exponents of the reduction polynomial z^163 + z^7 + z^6 + z^3 + 1 between 0 and the degree.
 ByteString middleExponents() {
-    const core::FieldElement& polynomial = curve().reductionPolynomial;
-    std::vector<std::uint32_t> exponents;
-    for (std::uint32_t i = 1; i < curve().degree; ++i) {
-        if ((polynomial.words[i / 64] >> i % 64 & 1) != 0) {
-            exponents.push_back(i);
-        }
-    }
-    return derSequence(
-        {derInteger(exponents.at(0)), derInteger(exponents.at(1)), derInteger(exponents.at(2))});
+    return derSequence({derInteger(3), derInteger(6), derInteger(7)});
 }
 
 /// Characteristic-two of X9.62: the degree, and the pentanomial by its middle exponents.
@@ -159,8 +148,7 @@ KeyExport exportPrivateKey(const ProjectFile& project) {
     if (auto refusal = reductionRefusal(key)) {
         return {.refusal = std::move(refusal)};
     }
-    core::CoreInteger scalar{.capacity = scalarLimbs};
-    key.copyKeyMaterial(nullptr, nullptr, nullptr, nullptr, &scalar);
+    core::CoreInteger scalar = *key.privateScalar;
     core::integerNormalise(scalar);
     if (auto refusal = rangeRefusal(scalar)) {
         return {.refusal = std::move(refusal)};

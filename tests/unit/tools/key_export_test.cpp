@@ -7,6 +7,7 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/ripemd.h>
+#include <openssl/x509.h>
 
 #include <algorithm>
 #include <array>
@@ -113,6 +114,17 @@ void expectParameters(EVP_PKEY* made, const ProjectKey& key) {
     EXPECT_EQ(bytesParameter(made, OSSL_PKEY_PARAM_PUB_KEY), pointBytes(key.publicX, key.publicY));
 }
 
+/// What libcrypto writes of a key that it has read.
+Bytes privateKeyInfo(EVP_PKEY* key) {
+    const std::unique_ptr<PKCS8_PRIV_KEY_INFO, void (*)(PKCS8_PRIV_KEY_INFO*)> info(
+        EVP_PKEY2PKCS8(key), PKCS8_PRIV_KEY_INFO_free);
+    unsigned char* der = nullptr;
+    const int size = i2d_PKCS8_PRIV_KEY_INFO(info.get(), &der);
+    Bytes bytes(der, der + size);
+    OPENSSL_free(der);
+    return bytes;
+}
+
 /// Keys of which some have short coordinates or scalars.
 ProjectKey someKey(int round) {
     const ProjectKey base = keyWithBaseMultiple(randomNumber(21));
@@ -160,6 +172,7 @@ TEST(ExportPrivateKey, GivesLibcryptoAKeyThatSigns) {
         expectParameters(read.get(), key);
         EXPECT_EQ(numberParameter(read.get(), OSSL_PKEY_PARAM_PRIV_KEY),
                   BigNumber::fromHexadecimal(key.scalar));
+        EXPECT_EQ(made.der, privateKeyInfo(read.get()));
         EXPECT_TRUE(judgeAccepts(key, someData, signWith(read.get(), someData)));
     }
 }
