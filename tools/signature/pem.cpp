@@ -1,5 +1,6 @@
 #include "tools/signature/pem.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -11,16 +12,18 @@ constexpr std::size_t lineLength = 64;
 std::string base64Text(std::span<const std::uint8_t> bytes) {
     constexpr std::string_view alphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::size_t wholeGroup = 3;
     std::string text;
-    for (std::size_t first = 0; first < bytes.size(); first += 3) {
-        const std::size_t count = bytes.size() - first < 3 ? bytes.size() - first : 3;
-        std::uint32_t group = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            group |= std::uint32_t{bytes[first + i]} << (16 - 8 * i);
+    while (!bytes.empty()) {
+        const std::span<const std::uint8_t> group = bytes.first(std::min(wholeGroup, bytes.size()));
+        std::uint32_t bits = 0;
+        for (std::size_t i = 0; i < group.size(); ++i) {
+            bits |= std::uint32_t{group[i]} << (16 - 8 * i);
         }
         for (std::size_t i = 0; i < 4; ++i) {
-            text.push_back(i <= count ? alphabet[group >> (18 - 6 * i) & 63] : '=');
+            text.push_back(i <= group.size() ? alphabet[bits >> (18 - 6 * i) & 63] : '=');
         }
+        bytes = bytes.subspan(group.size());
     }
     return text;
 }
