@@ -1,13 +1,14 @@
 #include "tools/signature/signature_conversion.h"
 
 #include <algorithm>
-#include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "core/integer.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
 #include "tools/hexadecimal_digit.h"
@@ -19,7 +20,8 @@ namespace {
 /// Bytes that the order, and so each number, is written in.
 constexpr std::size_t numberSize = longestSignature / 2;
 
-constexpr std::size_t longestDigits = std::size_t{16} * signatureLimbs;
+/// Digits that one limb holds.
+constexpr std::size_t limbDigits = 16;
 
 constexpr std::string_view whiteSpace = " \t\n\v\f\r";
 
@@ -56,16 +58,17 @@ std::optional<Refusal> readNumber(std::string_view word, const std::string& name
                          std::to_string(word.size()) + ")");
     }
     word.remove_prefix(std::min(word.find_first_not_of('0'), word.size()));
-    if (word.size() > longestDigits) {
+    if (word.size() > limbDigits * signatureLimbs) {
         return refusalOf(name + " is not below the order");
     }
-    std::array<std::uint8_t, longestDigits / 2> bytes{};
-    for (std::size_t i = 0; i < word.size(); ++i) {
-        const std::uint8_t value = hexadecimalValue(word[word.size() - 1 - i]).value_or(0);
-        std::uint8_t& byte = bytes[bytes.size() - 1 - i / 2];
-        byte = static_cast<std::uint8_t>(byte | value << 4 * (i % 2));
+    number = {.lengthAndSign = signatureLimbs, .capacity = signatureLimbs};
+    for (std::uint64_t* limb = number.limbs.data(); !word.empty(); ++limb) {
+        const std::string_view digits =
+            word.substr(word.size() - std::min(limbDigits, word.size()));
+        std::from_chars(digits.data(), digits.data() + digits.size(), *limb, 16);
+        word.remove_suffix(digits.size());
     }
-    number = integerFromBytes(bytes, signatureLimbs);
+    core::integerNormalise(number);
     return std::nullopt;
 }
 

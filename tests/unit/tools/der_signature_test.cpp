@@ -127,6 +127,8 @@ TEST(ReadDerSignature, RefusesNumbersThatNoSignatureHas) {
         EXPECT_EQ(refusal(tooLarge, below), "r is not below the order");
         EXPECT_EQ(refusal(below, tooLarge), "s is not below the order");
     }
+    // Of numbers that fit into three limbs, a zero is told first.
+    EXPECT_EQ(refusal(std::string(48, '7'), "0"), "s is zero");
     EXPECT_EQ(refusal("1", below),
               "r is below 2^64 but padded to 21 bytes, a form that no signature is accepted in");
 }

@@ -134,10 +134,12 @@ TEST(HexadecimalSignature, RefusesNumbersThatNoSignatureHas) {
     EXPECT_EQ(refusalOf("r=000 s=1"), "r is zero");
     EXPECT_EQ(refusalOf("r=1 s=0"), "s is zero");
     for (const std::string& tooLarge : {std::string(curveOrderDigits), std::string(48, '1'),
-                                        std::string(49, '1'), std::string(4000, 'F')}) {
+                                        "1" + std::string(47, '0') + "1", std::string(4000, 'F')}) {
         EXPECT_EQ(refusalOf("r=" + tooLarge + " s=1"), "r is not below the order");
         EXPECT_EQ(refusalOf("r=1 s=" + tooLarge), "s is not below the order");
     }
+    // Of numbers that fit into three limbs, a zero is told first.
+    EXPECT_EQ(refusalOf("r=" + std::string(48, 'F') + " s=0"), "s is zero");
     EXPECT_EQ(refusalOf("r=1 s=" + below),
               "r is below 2^64 but padded to 21 bytes, a form that no signature is accepted in");
 }
