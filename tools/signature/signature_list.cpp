@@ -17,7 +17,7 @@ struct Escape {
     char letter;
 };
 
-constexpr std::array<Escape, 3> escapes = {{{'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}}};
+constexpr auto escapes = std::to_array<Escape>({{'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}});
 
 std::string escapedName(const std::string& name) {
     std::string result;

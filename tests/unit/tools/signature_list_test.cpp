@@ -74,7 +74,10 @@ TEST(SignatureListText, CountsOtherLinesAndPassesOverEmptyOnesAndRemarks) {
     EXPECT_EQ(list.entries.size(), 2U);
     EXPECT_EQ(list.otherLines, 2U);
     EXPECT_EQ(list.firstOther, 5U);
-    EXPECT_TRUE(readSignatureList("").entries.empty());
+    const SignatureList empty = readSignatureList("");
+    EXPECT_TRUE(empty.entries.empty());
+    EXPECT_EQ(empty.otherLines, 0U);
+    EXPECT_EQ(empty.firstOther, 0U);
 }
 
 TEST(SignatureListText, ReportsNamesWithALineFeedEscaped) {
