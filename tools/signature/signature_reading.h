@@ -16,9 +16,9 @@ struct SignatureReading {
     /// a key for which it answers true; r and s are then from 1 to n - 1.
     std::optional<Refusal> refusal{};
 
-    std::size_t halfSize = 0;            ///< bytes of each half; 0 when the text has no two halves
-    core::CoreInteger r{.capacity = 3};  ///< normal, as s is; zero when there are no halves
-    core::CoreInteger s{.capacity = 3};
+    std::size_t halfSize = 0;  ///< bytes of each half; 0 when the text has no two halves
+    core::CoreInteger r{};     ///< normal, as s is; zero when there are no halves
+    core::CoreInteger s{};
 };
 
 /// Reads the text up to its first zero byte.

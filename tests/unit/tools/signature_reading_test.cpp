@@ -125,6 +125,12 @@ TEST(ReadSignature, GivesTheNumbersAndTheirLength) {
     }
 }
 
+TEST(ReadSignature, GivesNoNumbersOfATextWithoutHalves) {
+    const SignatureReading reading = readSignature("BB==");
+    EXPECT_EQ(reading.halfSize, 0U);
+    EXPECT_EQ(numbersOf(reading), (SignatureNumbers{.r = "0", .s = "0"}));
+}
+
 TEST(ReadSignature, GivesTheNumbersThatItRefuses) {
     const SignatureReading reading = readSignature(fullText("0", std::string(42, 'F')));
     EXPECT_EQ(reading.refusal, "r is zero");
@@ -286,6 +292,7 @@ TEST(SignatureRemarks, TellOfEachCharacterOutsideTheAlphabet) {
         std::vector<std::string>{"character 3 of the signature is \"!\", which no signature has"})
         << "of this length nothing is decoded";
     EXPECT_EQ(signatureRemarks(std::string(132, '!')).size(), 1U) << "nor of this one";
+    EXPECT_EQ(signatureRemarks("signature"), std::vector<std::string>());
 }
 
 TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
@@ -298,8 +305,10 @@ TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
         {"AB%2bC", R"(character 3 of the signature is "%2b", as characters are written in a URL )"
                    "or a form: decode it first"},
         {"ABC%2", R"(character 4 of the signature is "%", which no signature has)"},
-        {"ABCD%2GH", R"(character 5 of the signature is "%", which no signature has)"},
-        {"ABCD%GH2", R"(character 5 of the signature is "%", which no signature has)"},
+        {"AB%2B", R"(character 3 of the signature is "%2B", as characters are written in a URL )"
+                  "or a form: decode it first"},
+        {"ABCD%2G2", R"(character 5 of the signature is "%", which no signature has)"},
+        {"ABCD%G22", R"(character 5 of the signature is "%", which no signature has)"},
         {"ABCDE\n", "character 6 of the signature is a line feed, which is not part of it"},
         {"ABCDE\r\n", "character 6 of the signature is a carriage return, which is not part of it"},
         {"\tABCDE", "character 1 of the signature is a tab, which is not part of it"},
