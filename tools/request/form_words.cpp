@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -10,6 +10,7 @@
 
 #include "frontend/form_input.h"
 #include "tools/counted_text.h"
+#include "tools/hexadecimal_digit.h"
 #include "tools/request/quoted_text.h"
 #include "tools/request/request_words.h"
 
@@ -29,32 +30,35 @@ std::string_view textOf(const RawRequest& request, std::uint64_t length) {
     return formText(std::string_view(request.body).substr(0, length));
 }
 
-bool isEscape(std::string_view digits) {
-    return digits.size() == 2 && std::all_of(digits.begin(), digits.end(), [](char digit) {
-               return std::isxdigit(static_cast<unsigned char>(digit)) != 0;
+/// Characters of a "%" with its two digits.
+constexpr std::size_t escapeSize = 3;
+
+bool isEscape(std::string_view text) {
+    return text.size() == escapeSize && std::all_of(text.begin() + 1, text.end(), [](char digit) {
+               return hexadecimalValue(digit).has_value();
            });
 }
 
-/// A remark on the first "%" of a value that two hexadecimal digits do not follow.
-std::optional<std::string> escapeRemark(std::string_view name, std::string_view value) {
-    std::size_t at = value.find('%');
-    while (at != std::string_view::npos && isEscape(value.substr(at + 1, 2))) {
-        at = value.find('%', at + 3);
+/// A remark on the first "%" of a pair that two hexadecimal digits do not follow. A known name has
+/// none of these, and no plus sign either.
+std::optional<std::string> escapeRemark(std::string_view name, std::string_view pair) {
+    for (std::size_t at = pair.find('%'); at != std::string_view::npos;
+         at = pair.find('%', at + escapeSize)) {
+        const std::string_view escape = pair.substr(at, escapeSize);
+        if (!isEscape(escape)) {
+            return quotation(escape) + " in " + marked(name) +
+                   " is not a \"%\" with two hexadecimal digits, so it stands for the byte " +
+                   quotation(formDecode(escape));
+        }
     }
-    if (at == std::string_view::npos) {
-        return std::nullopt;
-    }
-    const std::string_view escape = value.substr(at, 3);
-    return quotation(escape) + " in " + marked(name) +
-           " is not a \"%\" with two hexadecimal digits, so it stands for the byte " +
-           quotation(formDecode(escape));
+    return std::nullopt;
 }
 
 /// A remark on a plus sign where the value is in an alphabet that has one and no space.
-std::optional<std::string> plusRemark(std::string_view name, std::string_view value,
+std::optional<std::string> plusRemark(std::string_view name, std::string_view pair,
                                       const RequestRecord& record) {
     const bool base64 = name == "sig_data" && record.signatureDataEncoding == TextEncoding::base64;
-    if ((name != "sig" && !base64) || value.find('+') == std::string_view::npos) {
+    if ((name != "sig" && !base64) || pair.find('+') == std::string_view::npos) {
         return std::nullopt;
     }
     return "\"+\" in " + marked(name) + " stands for a space; a plus sign is written \"%2B\"";
@@ -87,9 +91,8 @@ struct PieceRemarks {
             return;
         }
         ++occurrences[name];
-        const std::string_view value = piece.substr(piece.find('=') + 1);
-        addFirst(name, Kind::escape, escapeRemark(name, value));
-        addFirst(name, Kind::plus, plusRemark(name, value, record));
+        addFirst(name, Kind::escape, escapeRemark(name, piece));
+        addFirst(name, Kind::plus, plusRemark(name, piece, record));
     }
 
     void addWithoutValue(const std::string& name) {
@@ -130,7 +133,8 @@ std::vector<std::string> pieceRemarks(std::string_view text, const RequestRecord
 
 /// A remark on 'genpairs' where it is on and looks off.
 void remarkPairs(const FormParameters& parameters, std::vector<std::string>& remarks) {
-    constexpr std::array<std::string_view, 6> looksOff = {"", "0", "no", "off", "False", "FALSE"};
+    constexpr auto looksOff =
+        std::to_array<std::string_view>({"", "0", "no", "off", "False", "FALSE"});
     const std::string word = getFormString(parameters, "genpairs");
     if (parameters.contains("genpairs") &&
         std::find(looksOff.begin(), looksOff.end(), word) != looksOff.end()) {
@@ -173,7 +177,7 @@ void remarkBody(const RawRequest& request, std::uint64_t length,
 }
 
 void remarkType(const RawRequest& request, std::vector<std::string>& remarks) {
-    if (request.contentType.value_or("").find("json") != std::string::npos) {
+    if (request.contentType.has_value() && request.contentType->find("json") != std::string::npos) {
         remarks.push_back(
             "CONTENT_TYPE is " + quotation(*request.contentType) +
             ": only exactly \"application/json\" is JSON, and this is read as a form");
@@ -194,10 +198,10 @@ RequestWords formWords(const RawRequest& request, const RequestRun& run) {
                                  .file = "'sig_file'",
                                  .signature = "'sig'"}};
     remarkType(request, words.remarks);
-    if (run.fault >= RequestFault::formLengthUnset && run.fault <= RequestFault::formBodyEmpty) {
+    if (isRefusedReading(run.fault)) {
         return words;
     }
-    const std::uint64_t length = parseContentLength(request.contentLength.value_or(""));
+    const std::uint64_t length = parseContentLength(*request.contentLength);
     FormParameters parameters;
     parseFormPairs(parameters, textOf(request, length));
     words.encoding = getFormString(parameters, "encoding");

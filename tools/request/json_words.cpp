@@ -88,9 +88,7 @@ RequestWords jsonWords(const RawRequest& request, const RequestRun& run) {
         words.remarks = lengthRemarks(
             request, static_cast<std::uint64_t>(parseDecimal(request.contentLength->c_str())));
     }
-    const bool isRefused =
-        run.fault >= RequestFault::jsonLengthUnset && run.fault <= RequestFault::jsonMemory;
-    if (!isRefused) {
+    if (!isRefusedReading(run.fault)) {
         readWords(*run.notes, words);
     }
     return words;

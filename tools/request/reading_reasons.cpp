@@ -1,6 +1,5 @@
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,11 +25,11 @@ std::string zeroLength(std::string_view announced) {
                     : ", which is not a decimal number and counts as 0, so there is no body";
 }
 
-/// The first member of the table that has another type.
+/// What is said of the first member of the table that has another type; empty if none has.
 template <std::size_t Count>
-std::optional<std::string> wrongMember(const JsonNotes::Object& object,
-                                       const std::array<JsonMembers::KnownMember, Count>& members,
-                                       const std::string& prefix) {
+std::string wrongMember(const JsonNotes::Object& object,
+                        const std::array<JsonMembers::KnownMember, Count>& members,
+                        const std::string& prefix) {
     for (const JsonMembers::KnownMember& known : members) {
         const std::string name(known.name);
         const auto found = object.known.find(known.name);
@@ -40,14 +39,14 @@ std::optional<std::string> wrongMember(const JsonNotes::Object& object,
                    " and must be " + withArticle(known.type);
         }
     }
-    return std::nullopt;
+    return {};
 }
 
 std::string wrongMember(const JsonNotes& notes) {
-    if (auto wrong = wrongMember(notes.request, JsonMembers::requestMembers, "")) {
-        return *wrong;
-    }
-    return wrongMember(notes.signature, JsonMembers::signatureMembers, "signature.").value_or("");
+    const std::string wrong = wrongMember(notes.request, JsonMembers::requestMembers, "");
+    return !wrong.empty()
+               ? wrong
+               : wrongMember(notes.signature, JsonMembers::signatureMembers, "signature.");
 }
 
 /// The parser's words, less what it says before a dash and the text that it read last.
@@ -64,7 +63,7 @@ std::string syntaxReason(const JsonNotes& notes, std::uint64_t length) {
 }
 
 std::string jsonReason(const RawRequest& request, const RequestRun& run) {
-    const std::string length = request.contentLength.value_or("");
+    const std::string& length = *request.contentLength;
     const auto announced = static_cast<std::uint64_t>(parseDecimal(length.c_str()));
     switch (run.fault) {
         case RequestFault::jsonLengthZero:

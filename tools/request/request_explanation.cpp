@@ -59,17 +59,6 @@ Explanation explainRun(const RequestRun& run, const Response& response, RequestW
     return explanation;
 }
 
-/// Names the file that is read, should it be cut meanwhile.
-void nameInput(const RequestRecord& record) {
-    if (!record.signatureFile.empty()) {
-        nameReadFile(beforeZero(record.signatureFile));
-    }
-}
-
-bool isRefusedReading(RequestFault fault) {
-    return fault >= RequestFault::formLengthUnset && fault <= RequestFault::jsonMemory;
-}
-
 Explanation explainRequest(const RawRequest& request, RequestRun& run) {
     const Response response = answerRequest(RawRequestSource(request), run);
     RequestWords words = run.isJson ? jsonWords(request, run) : formWords(request, run);
@@ -123,7 +112,7 @@ Explanation explainRequest(const RawRequest& request) {
 Explanation explainRecord(const RequestRecord& record, RequestWords words) {
     RequestRun run;
     run.record = record;
-    nameInput(record);
+    nameReadFile(beforeZero(record.signatureFile));
     try {
         const Response response = answerRecord(run, TextEncoding::plain);
         return explainRun(run, response, std::move(words));

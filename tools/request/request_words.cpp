@@ -3,10 +3,14 @@
 #include "tools/counted_text.h"
 #include "tools/request/quoted_text.h"
 
+bool isRefusedReading(RequestFault fault) {
+    return fault >= RequestFault::formLengthUnset && fault <= RequestFault::jsonMemory;
+}
+
 std::vector<std::string> lengthRemarks(const RawRequest& request, std::uint64_t length) {
     std::vector<std::string> remarks;
     if (request.contentLength != std::to_string(length)) {
-        remarks.push_back("CONTENT_LENGTH is " + quotation(request.contentLength.value_or("")) +
+        remarks.push_back("CONTENT_LENGTH is " + quotation(*request.contentLength) +
                           " and counts as " + std::to_string(length));
     }
     if (length < request.body.size()) {

@@ -32,5 +32,9 @@ RequestWords formWords(const RawRequest& request, const RequestRun& run);
 /// The words of JSON, once the program has read it and made notes.
 RequestWords jsonWords(const RawRequest& request, const RequestRun& run);
 
-/// Remarks on a length that counts as `length`: how it counts, and a body that has more bytes.
+/// Whether this fault stopped the reading of a request, so that there is no record.
+bool isRefusedReading(RequestFault fault);
+
+/// Remarks on a length that is set and counts as `length`: how it counts, and a body that has more
+/// bytes.
 std::vector<std::string> lengthRemarks(const RawRequest& request, std::uint64_t length);

@@ -5,11 +5,24 @@ namespace {
 
 constexpr const char* noForm = "Failed to parse input data";
 
+using Remarks = std::vector<std::string>;
+
 class ExplainForm : public ExplanationTest {
 protected:
     static Explanation explainLength(const std::optional<std::string>& length,
                                      const std::string& body = "a=1") {
         return explainRequest({std::nullopt, length, body});
+    }
+
+    /// The rule and the reason of a length that brings no form, about which there is no more to
+    /// say.
+    static std::string refusalOf(const std::optional<std::string>& length,
+                                 const std::string& body = "a=1") {
+        const Explanation explanation = explainLength(length, body);
+        EXPECT_EQ(explanation.status, "400 Bad Request");
+        EXPECT_EQ(explanation.body, noForm);
+        EXPECT_EQ(explanation.remarks, Remarks());
+        return reasonOf(explanation);
     }
 
     /// The remarks on a form that selects nothing.
@@ -18,44 +31,33 @@ protected:
     }
 };
 
-using Remarks = std::vector<std::string>;
-
 }  // namespace
 
 TEST_F(ExplainForm, TellsThatTheLengthIsUnset) {
-    const Explanation explanation = explainLength(std::nullopt);
-    EXPECT_EQ(explanation.status, "400 Bad Request");
-    EXPECT_EQ(explanation.body, noForm);
-    EXPECT_EQ(reasonOf(explanation),
+    EXPECT_EQ(refusalOf(std::nullopt),
               "form.length-unset: CONTENT_LENGTH is not set, so there is no body");
 }
 
 TEST_F(ExplainForm, TellsALengthOfZeroAndOneThatIsNoNumber) {
     for (const char* length : {"0", "-0", "abc", "", "  x5"}) {
-        const Explanation explanation = explainLength(length);
-        EXPECT_EQ(explanation.body, noForm);
-        EXPECT_EQ(reasonOf(explanation), "form.length-zero: CONTENT_LENGTH is \"" +
-                                             std::string(length) +
-                                             "\": the number at its start is 0 or missing, so "
-                                             "there is no body");
+        EXPECT_EQ(refusalOf(length), "form.length-zero: CONTENT_LENGTH is \"" +
+                                         std::string(length) +
+                                         "\": the number at its start is 0 or missing, so "
+                                         "there is no body");
     }
 }
 
 TEST_F(ExplainForm, TellsALengthBeyondAllNumbers) {
     for (const char* length :
          {"-1", "18446744073709551615", "18446744073709551616", "-18446744073709551616"}) {
-        const Explanation explanation = explainLength(length);
-        EXPECT_EQ(explanation.body, noForm);
-        EXPECT_EQ(reasonOf(explanation),
+        EXPECT_EQ(refusalOf(length),
                   "form.length-range: CONTENT_LENGTH is \"" + std::string(length) +
                       "\", which counts as 2^64 - 1 and means that there is no body");
     }
 }
 
 TEST_F(ExplainForm, TellsABodyThatDoesNotArrive) {
-    const Explanation explanation = explainLength("12", "");
-    EXPECT_EQ(explanation.body, noForm);
-    EXPECT_EQ(reasonOf(explanation),
+    EXPECT_EQ(refusalOf("12", ""),
               "form.body-empty: CONTENT_LENGTH is \"12\", but nothing arrives: the body is empty");
 }
 
@@ -109,15 +111,20 @@ TEST_F(ExplainForm, RemarksOnJsonThatIsReadAsAForm) {
     EXPECT_EQ(explainRequest(requestOf("application/json; charset=utf-8", "{}")).remarks,
               Remarks{"CONTENT_TYPE is \"application/json; charset=utf-8\": only exactly "
                       "\"application/json\" is JSON, and this is read as a form"});
-    EXPECT_EQ(explainRequest({std::nullopt, "2", "{}"}).remarks,
-              Remarks{"the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE "
-                      "must be exactly \"application/json\""});
+    for (const std::optional<std::string>& type :
+         {std::optional<std::string>(), {"application/jso"}}) {
+        EXPECT_EQ(explainRequest({type, "2", "{}"}).remarks,
+                  Remarks{"the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE "
+                          "must be exactly \"application/json\""});
+    }
 }
 
 TEST_F(ExplainForm, RemarksOnParametersThatDoNotCountAsOneMayThink) {
     EXPECT_EQ(remarksOn("sig_create&sig%5fverify"),
               (Remarks{"'sig_create' has no \"=\" and counts as absent",
                        "'sig_verify' has no \"=\" and counts as absent"}));
+    EXPECT_EQ(remarksOn("project=a&project=b"),
+              Remarks{"'project' is given 2 times, and the last one counts"});
     EXPECT_EQ(remarksOn("project=a&project=b&%70roject=c"),
               Remarks{"'project' is given 3 times, and the last one counts"});
     EXPECT_EQ(remarksOn("Project=a"), Remarks{"unknown parameters are ignored: \"Project\""});

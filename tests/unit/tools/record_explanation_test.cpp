@@ -1,4 +1,8 @@
+#include <csignal>
+
 #include "tests/unit/tools/explanation_test.h"
+#include "tools/exit_status.h"
+#include "tools/files/cut_file.h"
 
 namespace {
 
@@ -50,6 +54,10 @@ TEST_F(ExplainRecord, TellsThatThereIsNeitherDataNorFile) {
     }
 }
 
+TEST_F(ExplainRecord, RemarksOnNothingThatTheEngineIsNotAskedAbout) {
+    EXPECT_TRUE(explainForm(signingForm() + "%00").remarks.empty());
+}
+
 TEST_F(ExplainRecord, TellsThatThereAreDataAndFile) {
     for (const std::string& body : {signingForm(), verifyingForm() + "&sig=x"}) {
         EXPECT_EQ(refusalOf(explainForm(body + "&sig_data=a&sig_file=b"), dataOrFile),
@@ -89,6 +97,19 @@ TEST_F(ExplainRecord, TellsAnOperationThatTheProgramDoesNotHave) {
     EXPECT_EQ(explanation.body, "Invalid mode");
 }
 
+TEST_F(ExplainRecord, NamesTheFileShouldItBeCutMeanwhile) {
+    RequestRecord record;
+    record.signatureFile = message + std::string(1, '\0') + "x";
+    EXPECT_EXIT(
+        {
+            reportCutFile();
+            explainRecord(record, {});
+            std::raise(SIGBUS);
+        },
+        testing::ExitedWithCode(exitFailed),
+        testing::Eq("projectctl: " + message + ": was cut while it was read\n"));
+}
+
 TEST_F(ExplainRecord, RemarksOnWordsThatAreNotKnown) {
     const std::string signing = signingForm() + "&sig_data=a";
     EXPECT_EQ(
@@ -99,6 +120,10 @@ TEST_F(ExplainRecord, RemarksOnWordsThatAreNotKnown) {
             "'sig_data_encoding' is \"Base64\", which is not a known word: the default applies, "
             "\"plain\""}));
     EXPECT_TRUE(explainForm(signing + "&encoding=&sig_data_encoding=base6").remarks.size() == 1);
+    // Without an operation or a project no default is reached.
+    for (const char* start : {"", "sig_create=true&"}) {
+        EXPECT_TRUE(explainForm(std::string(start) + "encoding=xml").remarks.empty());
+    }
     const std::string start = R"({"mode":"generateSignature","project":")" + project;
     EXPECT_EQ(
         explainJson(start + R"(","encoding":"x","signature":{"data":"a","encoding":"y"}})").remarks,
