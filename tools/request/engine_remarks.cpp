@@ -80,10 +80,8 @@ std::vector<std::string> engineRemarks(const RequestRun& run, const RequestNames
     remarkZeroByte(names.project, record.project, remarks);
     remarkProtection(run, remarks);
     remarkInput(run, names, remarks);
-    if (!record.signatureFile.empty()) {
-        remarkZeroByte(names.file, record.signatureFile, remarks);
-        remarkFileSize(run, remarks);
-    }
+    remarkZeroByte(names.file, record.signatureFile, remarks);
+    remarkFileSize(run, remarks);
     if (record.mode == RequestMode::verifySignature) {
         remarkZeroByte(names.signature, record.signature, remarks);
         for (std::string& remark : signatureRemarks(beforeZero(record.signature))) {

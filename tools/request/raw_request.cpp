@@ -13,7 +13,7 @@ const char* variable(const std::optional<std::string>& value) {
 RawRequestSource::RawRequestSource(const RawRequest& request)
     : request_(request),
       // Only read from.
-      body_(::fmemopen(const_cast<char*>(request.body.data()), request.body.size(), "rb")) {
+      body_(::fmemopen(const_cast<char*>(request.body.data()), request.body.size(), "r")) {
     if (body_ == nullptr) {
         throw std::bad_alloc();
     }

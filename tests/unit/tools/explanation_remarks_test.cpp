@@ -73,7 +73,7 @@ TEST_F(ExplanationRemarks, TellOfAProjectThatOthersCanReadWithItsScalar) {
     std::filesystem::permissions(path, perms::others_read, std::filesystem::perm_options::add);
     EXPECT_EQ(explainForm("sig_create=true&sig_data=a&project=" + path).remarks, Remarks());
     const std::string damaged = write("damaged", bytesOf("no project"));
-    std::filesystem::permissions(damaged, perms::others_read, std::filesystem::perm_options::add);
+    std::filesystem::permissions(damaged, perms::others_write, std::filesystem::perm_options::add);
     EXPECT_EQ(explainForm("sig_create=true&sig_data=a&project=" + damaged).remarks, Remarks());
 }
 
