@@ -173,6 +173,11 @@ TEST(ExportPrivateKey, GivesLibcryptoAKeyThatSigns) {
         EXPECT_EQ(numberParameter(read.get(), OSSL_PKEY_PARAM_PRIV_KEY),
                   BigNumber::fromHexadecimal(key.scalar));
         EXPECT_EQ(made.der, privateKeyInfo(read.get()));
+        // Libcrypto keeps the version that it reads; it is 1 (RFC 5915, section 3).
+        const Bytes scalar = bytesFromHexadecimal(
+            "0201010415" + std::string(42 - key.scalar.size(), '0') + key.scalar);
+        EXPECT_NE(std::search(made.der.begin(), made.der.end(), scalar.begin(), scalar.end()),
+                  made.der.end());
         EXPECT_TRUE(judgeAccepts(key, someData, signWith(read.get(), someData)));
     }
 }
