@@ -7,6 +7,7 @@
 
 #include "core/integer.h"
 #include "curve/field.h"
+#include "curve/field_163.h"
 #include "curve/sect163r2.h"
 #include "project/project_key_record.h"
 #include "tools/project/attribute_meaning.h"
@@ -81,6 +82,7 @@ ByteString pointBytes(const core::FieldElement& x, const core::FieldElement& y) 
 
 /// The exponents of the reduction polynomial z^163 + z^7 + z^6 + z^3 + 1 between 0 and the degree.
 ByteString middleExponents() {
+    static_assert(core::lowTerms163 == (1 << 7 | 1 << 6 | 1 << 3 | 1));
     return derSequence({derInteger(3), derInteger(6), derInteger(7)});
 }
 
