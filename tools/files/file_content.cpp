@@ -1,5 +1,7 @@
 #include "tools/files/file_content.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -9,24 +11,30 @@
 
 namespace {
 
-bool readAll(std::FILE* stream, std::string& content) {
-    std::string chunk(1 << 16, '\0');
+bool readUpTo(std::size_t most, std::FILE* stream, std::string& content) {
+    std::array<char, BUFSIZ> chunk{};
     // Behind its end, a terminal may be read further.
-    while (std::feof(stream) == 0 && std::ferror(stream) == 0) {
-        content.append(chunk, 0, std::fread(chunk.data(), 1, chunk.size(), stream));
+    while (most > 0 && std::feof(stream) == 0 && std::ferror(stream) == 0) {
+        const std::size_t count = std::fread(chunk.data(), 1, std::min(chunk.size(), most), stream);
+        content.append(chunk.data(), count);
+        most -= count;
     }
     return std::ferror(stream) == 0;
 }
 
 }  // namespace
 
-std::optional<std::string> readContent(const std::string& path, std::string& content) {
-    const Stream file(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe"));
-    std::FILE* stream = path == "-" ? stdin : file.get();
+std::optional<std::string> readContent(const std::string& path, std::string& content,
+                                       std::size_t most) {
+    Stream file;
+    std::FILE* stream = stdin;
     if (path == "-") {
         reportWaiting();
+    } else {
+        file.reset(std::fopen(path.c_str(), "r"));
+        stream = file.get();
     }
-    if (stream == nullptr || !readAll(stream, content)) {
+    if (stream == nullptr || !readUpTo(most, stream, content)) {
         return inputName(path) + ": " + std::strerror(errno);
     }
     return std::nullopt;

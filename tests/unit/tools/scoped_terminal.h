@@ -31,6 +31,13 @@ public:
     ScopedTerminal(const ScopedTerminal&) = delete;
     ScopedTerminal& operator=(const ScopedTerminal&) = delete;
 
+    /// Types this: Ctrl-D ('\4') at the start of a line ends the input.
+    void type(std::string_view text) const {
+        if (::write(ours_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+            throw std::runtime_error("the terminal takes no input");
+        }
+    }
+
     /// Waits until this text has been written to the terminal; gives all that was.
     std::string waitFor(std::string_view text) const {
         std::array<char, 4096> shown{};
