@@ -16,9 +16,9 @@ std::string message;
 /// Where a reading of this thread goes on that can be left; null if there is none.
 thread_local sigjmp_buf* wayOut = nullptr;
 
-void leaveReading(int /*signal*/) {
+void leaveReading(int signal) {
     if (wayOut != nullptr) {
-        siglongjmp(*wayOut, 1);
+        siglongjmp(*wayOut, signal);
     }
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message.data(), message.size());
     ::_exit(exitFailed);
@@ -33,14 +33,15 @@ void reportCutFile() {
 
 bool readUncut(const std::function<void()>& read) {
     sigjmp_buf behind;
-    if (sigsetjmp(behind, 1) != 0) {
-        wayOut = nullptr;
-        return false;
+    bool isUncut = false;
+    // With the signals that are blocked, so that the next one of these arrives as well.
+    if (sigsetjmp(behind, true) == 0) {
+        wayOut = &behind;
+        read();
+        isUncut = true;
     }
-    wayOut = &behind;
-    read();
     wayOut = nullptr;
-    return true;
+    return isUncut;
 }
 
 void nameReadFile(const std::string& name) {

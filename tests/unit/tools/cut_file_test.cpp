@@ -29,12 +29,14 @@ void readWhatWasCut(const TemporaryFolder& folder) {
     [[maybe_unused]] const volatile std::uint8_t last = bytes[size - 1];
 }
 
-/// Reads what an empty file has lost, or nothing.
-void readMapping(bool isCut) {
+/// Reads what an empty file has lost, or nothing. Returns whether that was read.
+bool readMapping(bool isCut) {
     void* mapping = ::mmap(nullptr, 1, PROT_READ, MAP_SHARED, anonymousFile(""), 0);
-    if (isCut) {
-        [[maybe_unused]] const char lost = *static_cast<const volatile char*>(mapping);
-    }
+    return readUncut([=] {
+        if (isCut) {
+            [[maybe_unused]] const char lost = *static_cast<const volatile char*>(mapping);
+        }
+    });
 }
 
 void expectMessage(const std::string& name, const std::string& message) {
@@ -58,23 +60,29 @@ TEST(CutFile, EndsTheProcessWithAMessage) {
 
 TEST(CutFile, CanBeLeftWhereItIsReadBySeveralThreads) {
     const TemporaryFolder folder;
-    EXPECT_EXIT(
-        {
-            reportCutFile();
-            std::atomic<int> left = 0;
-            for (int round = 0; round < 3; ++round) {
-                std::vector<std::jthread> threads;
-                for (int i = 0; i < 4; ++i) {
-                    threads.emplace_back(
-                        [&, i] { left += readUncut([=] { readMapping(i % 2 == 0); }) ? 0 : 1; });
+    for (const bool isLastOneCut : {false, true}) {
+        EXPECT_EXIT(
+            {
+                reportCutFile();
+                std::atomic<int> left = 0;
+                {
+                    std::vector<std::jthread> threads;
+                    for (int i = 0; i < 4; ++i) {
+                        threads.emplace_back([&left] {
+                            for (const bool isCut : {true, false, true}) {
+                                left += readMapping(isCut) ? 0 : 1;
+                            }
+                        });
+                    }
                 }
-            }
-            nameReadFile(std::to_string(left));
-            // Outside of such a reading the process ends as before.
-            readWhatWasCut(folder);
-        },
-        testing::ExitedWithCode(exitFailed),
-        testing::Eq("projectctl: 6: was cut while it was read\n"));
+                readMapping(isLastOneCut);
+                nameReadFile(std::to_string(left));
+                // Outside of such a reading the process ends as before.
+                readWhatWasCut(folder);
+            },
+            testing::ExitedWithCode(exitFailed),
+            testing::Eq("projectctl: 8: was cut while it was read\n"));
+    }
 }
 
 TEST(CutFile, IsNamedWholeUpToTheLongestPath) {
