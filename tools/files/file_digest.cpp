@@ -21,11 +21,9 @@ FileDigest refused(const Refusal& refusal) {
     return {.refusal = refusal};
 }
 
-/// Digests the bytes, unless there is a fault; one is that they are cut meanwhile.
+/// Digests the bytes, of which a file with a fault has none. A new fault is that they are cut
+/// meanwhile.
 void digestBytes(MappedInput& input, Progress progress, std::uint8_t* digest) {
-    if (input.fault != FileFault::none) {
-        return;
-    }
     std::optional<MappingProgress> bar;
     if (progress == Progress::shown) {
         bar.emplace(input.bytes.size());
@@ -79,7 +77,8 @@ public:
     /// The digest of a file. Until it is there, the calling thread works on the tasks.
     FileDigest digestOf(std::size_t place) {
         std::future<FileDigest>& digest = digests_[place];
-        while (digest.wait_for(std::chrono::seconds(0)) != std::future_status::ready && runNext()) {
+        while (digest.wait_for(std::chrono::seconds::zero()) != std::future_status::ready &&
+               runNext()) {
         }
         return digest.get();
     }
@@ -125,7 +124,8 @@ std::optional<std::string> DigestedFile::content(std::size_t most) const {
     if (digest_.refusal.has_value() || input_.bytes.size() > most) {
         return std::nullopt;
     }
-    std::string copy(input_.bytes.size(), '\0');
+    std::string copy;
+    copy.resize(input_.bytes.size());
     const bool isRead =
         readUncut([&] { std::memcpy(copy.data(), input_.bytes.data(), copy.size()); });
     return isRead && input_.isWhole() ? std::optional(std::move(copy)) : std::nullopt;

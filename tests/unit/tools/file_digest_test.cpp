@@ -1,10 +1,12 @@
 #include "tools/files/file_digest.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <openssl/ripemd.h>
 #include <pthread.h>
+#include <unistd.h>
 
-#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <iterator>
 #include <new>
@@ -19,6 +21,9 @@
 #include "tests/support/standard_streams.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/cut_report.h"
+#include "tests/unit/tools/file_calls.h"
+#include "tests/unit/tools/scoped_terminal.h"
+#include "tools/files/mapping_progress.h"
 
 namespace {
 
@@ -126,16 +131,44 @@ TEST(FileDigests, AreThereWhereNoThreadCanBeHad) {
     EXPECT_EQ(digestsOf({letter, letter, letter}), std::vector<Bytes>(3, judgedDigest({'a'})));
 }
 
-TEST(FileDigests, AreTakenByAllCores) {
+TEST(FileDigests, AreTakenByAllCoresUntilTheirTakerHasEnough) {
     const TemporaryFolder folder;
-    const std::vector<std::string> paths(100, folder.write("large", Bytes(1 << 20, 'a')));
-    std::ptrdiff_t threads = 0;
-    const auto take = [&](std::size_t /*place*/, const FileDigest& /*file*/) {
-        threads = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-        throw std::runtime_error("enough");
+    const std::size_t cores = std::thread::hardware_concurrency();
+    const std::vector<std::string> paths(100 * cores, folder.write("large", Bytes(1 << 20, 'a')));
+    std::size_t threads = 0;
+    const auto take = [&](std::size_t place, const FileDigest& /*file*/) {
+        if (place == 3 * cores) {
+            threads = static_cast<std::size_t>(
+                std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
+            throw std::runtime_error("enough");
+        }
     };
+    const ScopedFileCalls calls;
     EXPECT_THROW(digestFiles(paths, take), std::runtime_error);
-    EXPECT_EQ(threads, std::min(std::thread::hardware_concurrency(), 100U));
+    EXPECT_EQ(threads, cores);
+    EXPECT_LT(calls.opened, paths.size()) << "files that nobody wants any more";
+}
+
+TEST(FileDigests, ShowTheProgressOfASingleFile) {
+    const TemporaryFolder folder;
+    const std::string large = folder.write("large", {});
+    std::filesystem::resize_file(large, MappingProgress::quietSize + 1);
+    for (const std::size_t count : {1U, 2U}) {
+        const ScopedTerminal terminal(STDERR_FILENO);
+        digestFiles(std::vector<std::string>(count, large),
+                    [](std::size_t /*place*/, const FileDigest& /*file*/) {});
+        std::fputs("end", stderr);
+        EXPECT_EQ(terminal.waitFor("end").starts_with("\r["), count == 1);
+    }
+}
+
+TEST(FileDigests, TellWhyStandardInputHasNone) {
+    const TemporaryFolder folder;
+    const ScopedInput input("");
+    const int descriptor = ::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC);
+    ::dup2(descriptor, STDIN_FILENO);
+    ::close(descriptor);
+    EXPECT_EQ(digestsOf({"-"}), std::vector<Bytes>{bytesOf("standard input: Is a directory")});
 }
 
 TEST(FileDigests, EndWithWhatTheirTakerThrows) {
