@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -67,22 +68,20 @@ std::string wordsOf(const MappedInput& input) {
             return "cannot be mapped into memory";
         case FileFault::changed:
             return "changed while it was read";
-        case FileFault::cut:
-        case FileFault::none:
-            break;
+        default:
+            return cutFileWords;
     }
-    return cutFileWords;
 }
 
 /// Copies standard input to its end; says what went wrong.
 std::optional<std::string> copyStandardInput(int descriptor, const std::string& folder) {
-    std::array<char, 65536> buffer{};
+    std::array<char, BUFSIZ> buffer{};
     for (;;) {
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count == 0) {
             return std::nullopt;
         }
-        if (count < 0) {
+        if (count == -1) {
             return std::string("standard input: ") + std::strerror(errno);
         }
         if (!writeAll(descriptor, {buffer.data(), static_cast<std::size_t>(count)})) {
@@ -94,9 +93,7 @@ std::optional<std::string> copyStandardInput(int descriptor, const std::string& 
 }  // namespace
 
 InputFile::~InputFile() {
-    if (descriptor != -1) {
-        ::close(descriptor);
-    }
+    ::close(descriptor);  // of -1, this does nothing
 }
 
 std::string inputName(const std::string& path) {

@@ -146,6 +146,8 @@ TEST_F(OpenInputFile, CopiesAPipeToItsEndIntoAFileWithoutAName) {
         EXPECT_EQ(mappedBytes(*file), bytes);
         EXPECT_TRUE(folder.names().empty());
         const int copy = file->descriptor;
+        const std::filesystem::path name = std::filesystem::read_symlink(file->path).filename();
+        EXPECT_EQ(name.string().starts_with("projectctl."), error != 0) << name;
         struct stat status {};
         ::fstat(copy, &status);
         EXPECT_EQ(status.st_mode & ~S_IFMT, S_IRUSR | S_IWUSR) << "no other user reads it";
@@ -178,6 +180,26 @@ TEST_F(OpenInputFile, NamesTheFolderThatTakesNoCopy) {
     InputFile file;
     EXPECT_EQ(openInputFile("-", file),
               missing + ": no copy of standard input: No such file or directory");
+}
+
+TEST_F(OpenInputFile, NamesTheFolderThatTheUserMayNotWriteTo) {
+    std::filesystem::permissions(folder.path(), std::filesystem::perms{0555});
+    const ScopedPipe pipe({1});
+    const ScopedOrdinaryUser user;
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file),
+              folder.path() + ": no copy of standard input: Permission denied");
+}
+
+TEST_F(OpenInputFile, SaysThatItWaitsAtATerminal) {
+    const ScopedTerminal terminal(STDIN_FILENO);
+    terminal.type("a\n\4");
+    testing::internal::CaptureStderr();
+    InputFile file;
+    EXPECT_EQ(openInputFile("-", file), std::nullopt);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "projectctl: waiting for standard input; Ctrl-D at the start of a line ends it\n");
+    EXPECT_EQ(mappedBytes(file), (Bytes{'a', '\n'}));
 }
 
 TEST_F(OpenInputFile, CopiesToTheUsualFolderWhereNoneIsNamed) {
