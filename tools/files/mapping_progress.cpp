@@ -18,19 +18,19 @@ namespace {
 
 /// Bytes of files that are resident in this process's mappings, from the third number of statm.
 std::uint64_t residentFileBytes() {
-    std::array<char, 256> text{};
+    std::array<char, BUFSIZ> text{};  // the seven numbers leave zeros behind them
     const int statm = openToRead("/proc/self/statm");
     // What cannot be read counts as no pages.
-    [[maybe_unused]] const ssize_t count = ::read(statm, text.data(), text.size() - 1);
+    [[maybe_unused]] const ssize_t count = ::read(statm, text.data(), text.size());
     ::close(statm);
     const char* rest = text.data();
-    std::uint64_t pages = 0;
-    for (int number = 0; number < 3; ++number) {
+    std::array<std::uint64_t, 3> pages{};
+    for (std::uint64_t& number : pages) {
         char* end = nullptr;
-        pages = std::strtoull(rest, &end, 10);
+        number = std::strtoull(rest, &end, 10);
         rest = end;
     }
-    return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    return pages.back() * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
 void drawBar(int percent) {

@@ -1,12 +1,19 @@
 #include "tools/files/mapping_progress.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <string>
 #include <thread>
+#include <utility>
 
 #include "tests/support/failing_calls.h"
+#include "tests/support/open_files.h"
+#include "tests/support/standard_streams.h"
 #include "tests/unit/tools/file_calls.h"
 #include "tests/unit/tools/scoped_terminal.h"
 
@@ -15,7 +22,7 @@ namespace {
 TEST(MappingProgress, DrawsABarAndTakesItAway) {
     const ScopedTerminal terminal(STDERR_FILENO);
     {
-        const MappingProgress progress(MappingProgress::quietSize + 1);
+        const MappingProgress progress((64 << 20) + 1);
         terminal.waitFor("\r[                                        ] 0 %");
     }
     terminal.waitFor("\r\033[K");
@@ -34,6 +41,30 @@ TEST(MappingProgress, DrawsABarOnceForEachPercent) {
               "\r[                                        ] 0 %\r\033[K");
 }
 
+TEST(MappingProgress, TellsHowMuchOfAFileHasBeenRead) {
+    constexpr std::size_t size = std::size_t{128} << 20;
+    const std::string full(40, '#');
+    for (const auto& [percent, bar] :
+         {std::pair(std::size_t{57}, std::string(22, '#') + std::string(18, ' ')), {100, full}}) {
+        const ScopedTerminal terminal(STDERR_FILENO);
+        const int file = anonymousFile("");
+        ASSERT_EQ(::ftruncate(file, size), 0);
+        // Half a percent more, unless that is all: other pages become resident too.
+        const std::size_t read = std::min(size, size / 1000 * (percent * 10 + 5));
+        const MappingProgress progress(size);
+        void* mapping = ::mmap(nullptr, read, PROT_READ, MAP_SHARED | MAP_POPULATE, file, 0);
+        terminal.waitFor("\r[" + bar + "] " + std::to_string(percent) + " %");
+        ::munmap(mapping, read);
+        ::close(file);
+    }
+}
+
+TEST(MappingProgress, LeavesNoFileOpen) {
+    const auto before = openFiles();
+    { const MappingProgress progress(0); }
+    EXPECT_EQ(openFiles(), before);
+}
+
 TEST(MappingProgress, DrawsNothingWithoutATerminal) {
     testing::internal::CaptureStderr();
     { const MappingProgress progress(MappingProgress::quietSize + 1); }
@@ -42,7 +73,7 @@ TEST(MappingProgress, DrawsNothingWithoutATerminal) {
 
 TEST(MappingProgress, DrawsNothingForASmallFile) {
     const ScopedTerminal terminal(STDERR_FILENO);
-    { const MappingProgress progress(MappingProgress::quietSize); }
+    { const MappingProgress progress(64 << 20); }
     std::fputs("end", stderr);
     EXPECT_EQ(terminal.waitFor("end"), "end");
 }
