@@ -1,6 +1,5 @@
 #include "tools/files/text_change.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -14,7 +13,6 @@ using Changed = std::optional<std::string>;
 
 Changed withLineFeeds(const std::string& text) {
     std::string changed;
-    changed.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') {
             changed += text[i];
@@ -25,8 +23,6 @@ Changed withLineFeeds(const std::string& text) {
 
 Changed withCarriageReturns(const std::string& text) {
     std::string changed;
-    changed.reserve(text.size() +
-                    static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')));
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) {
             changed += '\r';
