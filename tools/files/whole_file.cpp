@@ -74,19 +74,17 @@ public:
         }
     }
     ~UnpublishedFile() {
-        if (!temporaryName_.empty()) {
-            ::unlink(temporaryName_.c_str());
-        }
-        if (descriptor_ != -1) {
-            ::close(descriptor_);
-        }
+        // There is no file with an empty name or with the descriptor -1.
+        ::unlink(temporaryName_.c_str());
+        ::close(descriptor_);
     }
     UnpublishedFile(const UnpublishedFile&) = delete;
     UnpublishedFile& operator=(const UnpublishedFile&) = delete;
 
     /// False when the file could not be opened or its content not be put on the disk.
     bool write(const std::function<bool(std::FILE*)>& content) const {
-        const int copy = descriptor_ == -1 ? -1 : ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+        const int copy =
+            descriptor_ == -1 ? -1 : ::fcntl(descriptor_, F_DUPFD_CLOEXEC, descriptor_);
         if (copy == -1) {
             return false;
         }
@@ -105,13 +103,10 @@ public:
             return ::linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path_.c_str(), AT_SYMLINK_FOLLOW) ==
                    0;
         }
-        if (::renameat2(AT_FDCWD, temporaryName_.c_str(), AT_FDCWD, path_.c_str(),
-                        RENAME_NOREPLACE) == 0) {
-            temporaryName_.clear();
-            return true;
-        }
         // Network file systems know no renaming that spares the target, but they know links.
-        return errno == EINVAL && ::link(temporaryName_.c_str(), path_.c_str()) == 0;
+        return ::renameat2(AT_FDCWD, temporaryName_.c_str(), AT_FDCWD, path_.c_str(),
+                           RENAME_NOREPLACE) == 0 ||
+               (errno == EINVAL && ::link(temporaryName_.c_str(), path_.c_str()) == 0);
     }
 
 private:
@@ -137,17 +132,15 @@ private:
     }
 
     const std::string path_;
-    std::string temporaryName_;  ///< empty while the file has no name
+    std::string temporaryName_;  ///< empty if the file has no name until it is at its path
     int descriptor_;
 };
 
 /// The name is on the disk once its folder is. Some file systems refuse this and need no asking.
 void flushFolder(const std::string& folder) {
     const int descriptor = openToRead(folder.c_str());
-    if (descriptor != -1) {
-        ::fsync(descriptor);
-        ::close(descriptor);
-    }
+    ::fsync(descriptor);
+    ::close(descriptor);
 }
 
 constexpr mode_t modeOf(FileAudience audience) {

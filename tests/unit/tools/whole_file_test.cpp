@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -16,6 +17,7 @@
 
 #include "tests/support/failing_calls.h"
 #include "tests/support/limits.h"
+#include "tests/support/open_files.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/unit/tools/file_calls.h"
@@ -141,10 +143,14 @@ TEST_P(WholeFile, LeavesNothingWhenTheLastBytesDoNotFit) {
 }
 
 TEST_P(WholeFile, LeavesNothingWithoutAStream) {
-    ScopedFailingCalls streams;
-    streams.failingStreamCall = 1;
-    write();
+    const auto before = openFiles();
+    {
+        ScopedFailingCalls streams;
+        streams.failingStreamCall = 1;
+        write();
+    }
     EXPECT_EQ(folder.names(), Names{});
+    EXPECT_EQ(openFiles(), before);
 }
 
 TEST_P(WholeFile, NeedsNoFolderThatCanBeFlushed) {
@@ -232,6 +238,19 @@ TEST_P(WholeFile, IsMadeWhenWhatArrivesIsIgnored) {
     }
 }
 
+TEST_P(WholeFile, IsMadeThoughAnotherSignalIsHeldBack) {
+    const int status = statusOfChild([this] {
+        sigset_t held;
+        sigemptyset(&held);
+        sigaddset(&held, SIGUSR1);
+        sigprocmask(SIG_BLOCK, &held, nullptr);
+        std::raise(SIGUSR1);
+        write();
+    });
+    EXPECT_TRUE(WIFEXITED(status)) << WTERMSIG(status);
+    EXPECT_EQ(fileBytes(path), content);
+}
+
 TEST_P(WholeFile, IsNotMadeWhenWhatArrivesIsHandled) {
     const auto before = std::signal(SIGTERM, [](int) {});
     EXPECT_EQ(writeWholeFile(path, FileAudience::owner,
@@ -292,13 +311,46 @@ TEST(NamedWholeFile, IsLinkedWhereRenamingCannotSpareTheTarget) {
     EXPECT_EQ(folder.names(), Names{"new"});
 }
 
+TEST(NamedWholeFile, LeavesAFileThatItCannotOpen) {
+    const TemporaryFolder folder;
+    ScopedFileCalls calls;
+    calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
+    const std::string stale = "new." + std::to_string(::getpid()) + ".0";
+    folder.write(stale, {1});
+    const std::string path = folder.file("new");
+    {
+        const ScopedLimit limit(RLIMIT_NOFILE, 0);
+        EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent),
+                  path + ": Too many open files");
+    }
+    EXPECT_EQ(folder.names(), Names{stale});
+}
+
+TEST(UnnamedWholeFile, GetsNoNameForAnotherError) {
+    const TemporaryFolder folder;
+    ScopedFileCalls calls;
+    calls.errors[FileCall::openUnnamed] = ENOSPC;
+    const std::string path = folder.file("new");
+    EXPECT_EQ(writeWholeFile(path, FileAudience::owner, writeContent),
+              path + ": No space left on device");
+    EXPECT_EQ(folder.names(), Names{});
+}
+
 TEST(NamedWholeFile, TakesANameThatIsFree) {
     const TemporaryFolder folder;
     ScopedFileCalls calls;
     calls.errors[FileCall::openUnnamed] = EOPNOTSUPP;
     const std::string stale = "new." + std::to_string(::getpid()) + ".0";
     folder.write(stale, {1});
-    EXPECT_EQ(writeWholeFile(folder.file("new"), FileAudience::owner, writeContent), std::nullopt);
+    Names names;
+    EXPECT_EQ(writeWholeFile(folder.file("new"), FileAudience::owner,
+                             [&](std::FILE* stream) {
+                                 names = folder.names();
+                                 return writeContent(stream);
+                             }),
+              std::nullopt);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Names{stale, "new." + std::to_string(::getpid()) + ".1"}));
     EXPECT_EQ(fileBytes(folder.file("new")), content);
     EXPECT_EQ(fileBytes(folder.file(stale)), Bytes{1});
     EXPECT_EQ(folder.names().size(), 2U);
