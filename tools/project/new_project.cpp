@@ -17,14 +17,12 @@
 
 namespace {
 
-/// The stored form of an element: its degree, four zero bytes, its bits in 32-bit words.
-Bytes storedElement(const core::FieldElement& e) {
+/// The stored form of a coordinate: its degree, four zero bytes, its bits in 32-bit words.
+Bytes storedCoordinate(const core::FieldElement& e) {
     Bytes bytes;
     appendWord(bytes, e.degree);
     appendWord(bytes, 0);
-    for (std::size_t i = 0; i < (e.degree + 31) / 32; ++i) {
-        appendWord(bytes, e.words[i / 2] >> (i % 2 * 32));
-    }
+    appendBytes(bytes, e.words.data(), storedCoordinateSize - bytes.size());
     return bytes;
 }
 
@@ -35,9 +33,7 @@ Bytes storedScalar(const core::FieldElement& k) {
     core::integerNormalise(scalar);
     Bytes bytes;
     appendWord(bytes, core::integerBitLength(scalar));
-    for (std::size_t i = 0; i < core::integerByteLength(scalar); ++i) {
-        bytes.push_back(static_cast<std::uint8_t>(scalar.limbs[i / 8] >> (i % 8 * 8)));
-    }
+    appendBytes(bytes, core::integerLimbs(scalar), core::integerByteLength(scalar));
     return bytes;
 }
 
@@ -78,11 +74,11 @@ ProjectFile newProject(BasePoint base, const std::optional<core::FieldElement>& 
     pointProduct(k, *basePoint, *publicPoint);
 
     ProjectFile project;
-    project.insertAttribute(basePointXAttribute, storedElement(*basePoint->x));
-    project.insertAttribute(basePointYAttribute, storedElement(*basePoint->y));
+    project.insertAttribute(basePointXAttribute, storedCoordinate(*basePoint->x));
+    project.insertAttribute(basePointYAttribute, storedCoordinate(*basePoint->y));
     project.insertAttribute(privateScalarAttribute, storedScalar(k));
-    project.insertAttribute(publicPointXAttribute, storedElement(*publicPoint->x));
-    project.insertAttribute(publicPointYAttribute, storedElement(*publicPoint->y));
+    project.insertAttribute(publicPointXAttribute, storedCoordinate(*publicPoint->x));
+    project.insertAttribute(publicPointYAttribute, storedCoordinate(*publicPoint->y));
     return project;
 }
 
@@ -95,7 +91,7 @@ ProjectFile verifyingProject(const ProjectFile& project) {
                                          {basePointYAttribute, key.basePointY},
                                          {publicPointXAttribute, key.publicPointX},
                                          {publicPointYAttribute, key.publicPointY}}) {
-        copy.insertAttribute(id, storedElement(coordinate));
+        copy.insertAttribute(id, storedCoordinate(coordinate));
     }
     return copy;
 }
@@ -117,14 +113,13 @@ ScalarReading readScalar(std::string_view text) {
     core::FieldElement scalar{.degree = projectCurve.order.degree,
                               .capacity = projectCurve.order.capacity};
     constexpr std::size_t digitsOfWord = 16;
-    constexpr std::size_t longestScalar = 41;  // digits of 163 bits
-    if (digits.size() <= longestScalar) {
-        for (std::size_t i = 0; i < digits.size(); ++i) {
-            const std::uint64_t value = hexadecimalValue(digits[digits.size() - 1 - i]).value_or(0);
-            scalar.words[i / digitsOfWord] |= value << (i % digitsOfWord * 4);
-        }
+    // Of more digits than there is room for, the first ones make too large a scalar already.
+    digits = digits.substr(0, digitsOfWord * scalar.words.size());
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        const std::uint64_t value = *hexadecimalValue(digits[digits.size() - 1 - i]);
+        scalar.words[i / digitsOfWord] |= value << (i % digitsOfWord * 4);
     }
-    if (digits.size() > longestScalar || !isBelowOrder(scalar)) {
+    if (!isBelowOrder(scalar)) {
         return {.refusal = "the scalar is not below the order", .scalar = {}};
     }
     return {.refusal = std::nullopt, .scalar = scalar};

@@ -16,15 +16,10 @@
 #include "tools/project/point_product.h"
 #include "tools/project/project_protection.h"
 #include "tools/project/project_reading.h"
+#include "tools/project/stored_bytes.h"
 #include "tools/rules.h"
 
 namespace {
-
-/// Bytes of an attribute whose value has this many bits, behind its own header.
-std::uint32_t elementSize(std::uint64_t degree) {
-    constexpr std::uint32_t headerSize = 8;
-    return headerSize + 4 * static_cast<std::uint32_t>((degree + 31) / 32);
-}
 
 using Findings = std::vector<ProjectFinding>;
 
@@ -66,7 +61,6 @@ struct StoredPoint {
 
 void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& findings) {
     std::vector<ProjectAttributeId> ids;
-    ids.reserve(entries.size());
     for (const ProjectEntry& entry : entries) {
         ids.push_back(entry.id);
     }
@@ -76,8 +70,7 @@ void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& finding
     for (auto first = ids.begin(); first != ids.end();) {
         const ProjectAttributeId id = *first;
         const auto next = std::find_if(first, ids.end(), [id](auto other) { return other != id; });
-        repeated += next - first > 1 ? 1 : 0;
-        if (next - first > 1 && repeated <= mostRepeatedNamed) {
+        if (next - first > 1 && ++repeated <= mostRepeatedNamed) {
             findings.push_back({.code = code,
                                 .attribute = id,
                                 .text = namedAttribute(id) + " stands " +
@@ -103,15 +96,14 @@ bool checkCoordinate(Checked& checked, ProjectAttributeId id, const core::FieldE
         return false;
     }
     const std::uint32_t size = checked.project.attributeSize(id);
-    if (size != elementSize(e.degree)) {
-        const bool isShort = size < elementSize(e.degree);
-        checked.find(isShort ? Finding::shortCoordinate : Finding::dishonestLength, id,
-                     isShort ? KeyDamage::points : KeyDamage::none,
-                     namedAttribute(id) + " has " + counted(size, "byte") + " instead of " +
-                         std::to_string(elementSize(e.degree)));
-        if (isShort) {
-            return false;
-        }
+    const std::string sizes = namedAttribute(id) + " has " + counted(size, "byte") +
+                              " instead of " + std::to_string(storedCoordinateSize);
+    if (size < storedCoordinateSize) {
+        checked.find(Finding::shortCoordinate, id, KeyDamage::points, sizes);
+        return false;
+    }
+    if (size > storedCoordinateSize) {
+        checked.find(Finding::dishonestLength, id, KeyDamage::none, sizes);
     }
     constexpr std::size_t topWord = 2;
     if (e.words[topWord] >> (e.degree % 64) != 0) {
@@ -130,8 +122,8 @@ void multiply(const core::FieldElement& a, const core::FieldElement& b, core::Fi
 
 /// Whether y^2 + xy = x^3 + ax^2 + b, that is y(y + x) = x^2 (x + a) + b.
 bool isOnCurve(const core::FieldElement& x, const core::FieldElement& y) {
-    constexpr std::uint64_t capacity = 8 * core::fieldWordRoom;
-    const core::FieldElement zero{.degree = projectCurve.degree, .capacity = capacity};
+    const core::FieldElement zero{.degree = projectCurve.degree,
+                                  .capacity = sizeof core::FieldElement::words};
     core::FieldElement sum = zero;
     core::FieldElement left = zero;
     core::FieldElement square = zero;
@@ -208,7 +200,7 @@ bool checkScalar(Checked& checked) {
     core::CoreInteger scalar = *checked.key.privateScalar;
     core::integerNormalise(scalar);
     const std::uint64_t bits = core::integerBitLength(scalar);
-    const std::uint64_t bytes = sizeof(std::uint32_t) + (bits + 7) / 8;
+    const std::uint64_t bytes = sizeof(std::uint32_t) + core::integerByteLength(scalar);
     const std::uint32_t statedBits = checked.key.loadingOf(id).found;
     if (statedBits != bits) {
         checked.find(Finding::dishonestLength, id, KeyDamage::none,

@@ -69,8 +69,9 @@ std::string wordsOf(const ProjectLoading& loading) {
 
 /// Whether a refusal says nothing of the content.
 bool isUnreadable(const std::string& code) {
-    const std::array<Cause, 4> causes = {ProjectFault::open, ProjectFault::unreadable,
-                                         Outcome::projectDirectory, Outcome::projectNotRegular};
+    const auto causes =
+        std::to_array<Cause>({ProjectFault::open, ProjectFault::unreadable,
+                              Outcome::projectDirectory, Outcome::projectNotRegular});
     return std::any_of(causes.begin(), causes.end(),
                        [&](const Cause& cause) { return ruleOf(cause).code == code; });
 }

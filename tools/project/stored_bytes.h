@@ -9,6 +9,9 @@
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// Bytes of a coordinate: a header of eight, and 163 bits in 32-bit words.
+inline constexpr std::size_t storedCoordinateSize = 32;
+
 inline void appendBytes(Bytes& bytes, const void* data, std::size_t size) {
     bytes.resize(bytes.size() + size);
     std::memcpy(bytes.data() + bytes.size() - size, data, size);

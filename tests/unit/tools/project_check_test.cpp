@@ -46,10 +46,9 @@ protected:
         return textsOf(checkOf(projectBytes(values)));
     }
 
-    /// What is found once a point has other coordinates, in a project without a scalar.
+    /// What is found once a point has other coordinates.
     Strings textsWithPoint(std::uint32_t xId, const std::string& x, const std::string& y) const {
         AttributeValues values = attributes;
-        values.erase(74);
         values[xId] = elementValue(163, x);
         values[xId + 1] = elementValue(163, y);
         return textsOf(checkOf(projectBytes(values)));
@@ -89,6 +88,7 @@ TEST_F(CheckProject, FindsADamagedContainerAndNothingElse) {
         textsOf(check),
         Strings{"project.digest: is damaged: the digest in its header is not that of its body"});
     EXPECT_EQ(check.unjudged, std::nullopt);
+    EXPECT_FALSE(check.verifiesOnly);
 }
 
 TEST_F(CheckProject, FindsWhatIsAbsent) {
@@ -279,6 +279,7 @@ TEST_F(CheckProject, FindsScalarsOutOfRange) {
     EXPECT_EQ(withScalar(integerValue(0, {})),
               Strings{"key.zero-scalar: attribute 74 (private scalar) is zero"});
     EXPECT_EQ(withScalar(integerValue(321, Bytes(41, 1))).size(), 1U);
+    EXPECT_EQ(withScalar(integerValue(0x7FFFFFFF, {1})).size(), 1U) << "its sign bit is clear";
     EXPECT_EQ(
         withScalar(integerValue(65, Bytes(9))),
         (Strings{"key.dishonest-length: attribute 74 (private scalar) states 65 bits, but has 0",
