@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -68,14 +67,16 @@ std::string wordsOf(const MappedInput& input) {
             return "cannot be mapped into memory";
         case FileFault::changed:
             return "changed while it was read";
-        default:
-            return cutFileWords;
+        case FileFault::cut:
+        case FileFault::none:
+            break;
     }
+    return cutFileWords;
 }
 
 /// Copies standard input to its end; says what went wrong.
 std::optional<std::string> copyStandardInput(int descriptor, const std::string& folder) {
-    std::array<char, BUFSIZ> buffer{};
+    std::array<char, 65536> buffer{};
     for (;;) {
         const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count == 0) {

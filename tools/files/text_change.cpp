@@ -14,7 +14,7 @@ using Changed = std::optional<std::string>;
 Changed withLineFeeds(const std::string& text) {
     std::string changed;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') {
+        if (text[i] != '\r' || text[i + 1] != '\n') {
             changed += text[i];
         }
     }

@@ -103,10 +103,13 @@ public:
             return ::linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path_.c_str(), AT_SYMLINK_FOLLOW) ==
                    0;
         }
+        if (::renameat2(AT_FDCWD, temporaryName_.c_str(), AT_FDCWD, path_.c_str(),
+                        RENAME_NOREPLACE) == 0) {
+            temporaryName_.clear();
+            return true;
+        }
         // Network file systems know no renaming that spares the target, but they know links.
-        return ::renameat2(AT_FDCWD, temporaryName_.c_str(), AT_FDCWD, path_.c_str(),
-                           RENAME_NOREPLACE) == 0 ||
-               (errno == EINVAL && ::link(temporaryName_.c_str(), path_.c_str()) == 0);
+        return errno == EINVAL && ::link(temporaryName_.c_str(), path_.c_str()) == 0;
     }
 
 private:
@@ -132,7 +135,7 @@ private:
     }
 
     const std::string path_;
-    std::string temporaryName_;  ///< empty if the file has no name until it is at its path
+    std::string temporaryName_;  ///< empty while the file has no name
     int descriptor_;
 };
 
