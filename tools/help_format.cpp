@@ -51,7 +51,7 @@ public:
     }
 
     std::string make_option_usage(const CLI::Option* option) const override {
-        const std::string name = make_option_name(option, true);
+        const std::string name = option->get_name();
         return (option->get_required() ? name : "[" + name + "]") +
                (takesMany(*option) ? "..." : "");
     }

@@ -267,6 +267,10 @@ TEST_F(ManyFiles, UnderAnUnsoundKeyAreToldOfOnce) {
         run({"verify", unsound, "--check", "-"}, {}, made.output), 1,
         a + ": FAILED\n" + b + ": FAILED\n",
         "projectctl: WARNING: 2 signatures are NOT valid\nprojectctl: " + unsound + ": " + reason));
+    EXPECT_TRUE(endedWith(
+        run({"verify", unsound, "--check", "-"}, {}, linesOf(made.output)[0] + "\n"), 1,
+        a + ": FAILED\n",
+        "projectctl: WARNING: 1 signature is NOT valid\nprojectctl: " + unsound + ": " + reason));
 }
 
 TEST_F(ManyFiles, GoToANewFileThatIsWholeOrNotThere) {
