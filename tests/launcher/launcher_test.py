@@ -36,6 +36,12 @@ class Variables(dict):
     def items(self):
         return self.pairs
 
+    def keys(self):
+        return [name for name, _ in self.pairs]
+
+    def values(self):
+        return [value for _, value in self.pairs]
+
 
 class TestLauncher(unittest.TestCase):
     programs = None

@@ -31,7 +31,7 @@ std::optional<std::string> readContent(const std::string& path, std::string& con
     if (path == "-") {
         reportWaiting();
     } else {
-        file.reset(std::fopen(path.c_str(), "r"));
+        file.reset(std::fopen(path.c_str(), "re"));
         stream = file.get();
     }
     if (stream == nullptr || !readUpTo(most, stream, content)) {
