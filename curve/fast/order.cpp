@@ -127,7 +127,7 @@ Words163 orderInverse(const Words163& a) {
     constexpr unsigned digits = (degree163 + width - 1) / width;
     constexpr std::uint64_t digitMask = (1 << width) - 1;
     constexpr Words163 exponent = {n[0] - 2, n[1], n[2]};
-    std::array<Words163, digitMask + 1> powers;  // from the first
+    std::array<Words163, digitMask + 1> powers;  // by their exponents, from 1 on
     powers[1] = toOrderForm(a);
     for (std::size_t i = 2; i < powers.size(); ++i) {
         powers[i] = orderProduct(powers[i - 1], powers[1]);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,10 @@ constexpr std::size_t digestSize = 20;
 /// Random bytes for so many draws of a nonce that one is taken.
 Bytes manyDraws() {
     return randomBytes(24 * 100);
+}
+
+AffinePoint pointOf(const std::string& x, const std::string& y) {
+    return {BigNumber::fromHexadecimal(x), BigNumber::fromHexadecimal(y)};
 }
 
 void forgetRandomLeft() {
@@ -88,8 +93,7 @@ TEST_P(FastSignature, IsThatOfTheDefinitionAndAcceptedByTheJudge) {
 TEST_P(FastSignature, IsThatOfTheDefinitionForEdgeScalarsAndDigests) {
     const ProjectKey key = randomProjectKey();
     const BigNumber n = curveOrder();
-    const AffinePoint base = {BigNumber::fromHexadecimal(key.baseX),
-                              BigNumber::fromHexadecimal(key.baseY)};
+    const AffinePoint base = pointOf(key.baseX, key.baseY);
     for (const BigNumber& scalar :
          {BigNumber(0), BigNumber(1), BigNumber(2), BigNumber::powerOfTwo(64),
           BigNumber::powerOfTwo(128) - 1, n - 2, n - 1, n, n + 1, BigNumber::powerOfTwo(163),
@@ -192,8 +196,7 @@ TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
         EXPECT_EQ(offered(records.domain(), scalar), expected) << BigNumber::fromInteger(scalar);
     }
 
-    const AffinePoint base = {BigNumber::fromHexadecimal(sound.baseX),
-                              BigNumber::fromHexadecimal(sound.baseY)};
+    const AffinePoint base = pointOf(sound.baseX, sound.baseY);
     EXPECT_TRUE(offered(KeyRecords(base, 7).domain(), records.scalar()));
     EXPECT_FALSE(offered(KeyRecords(base, 7, 0).domain(), records.scalar())) << "a = 0";
     EXPECT_FALSE(offered(KeyRecords(*CurveJudge().pointWithX(0), 7).domain(), records.scalar()));
@@ -216,7 +219,7 @@ TEST_P(FastSignature, IsRecomputedForSoundKeysOnItsCurveAlone) {
     const ProjectKey key = randomProjectKey();
     // Of order 2n.
     const auto spoil = [&](std::string& x, std::string& y) {
-        const AffinePoint point = {BigNumber::fromHexadecimal(x), BigNumber::fromHexadecimal(y)};
+        const AffinePoint point = pointOf(x, y);
         const AffinePoint spoilt = judge.add(point, *judge.pointWithX(0));
         x = spoilt.x.toHexadecimal();
         y = spoilt.y.toHexadecimal();
@@ -225,8 +228,7 @@ TEST_P(FastSignature, IsRecomputedForSoundKeysOnItsCurveAlone) {
     spoil(unsoundBase.baseX, unsoundBase.baseY);
     ProjectKey unsoundPublic = key;
     spoil(unsoundPublic.publicX, unsoundPublic.publicY);
-    const AffinePoint base = {BigNumber::fromHexadecimal(key.baseX),
-                              BigNumber::fromHexadecimal(key.baseY)};
+    const AffinePoint base = pointOf(key.baseX, key.baseY);
 
     const KeyRecords sound(key);
     const Bytes digest = randomBytes(digestSize);
