@@ -7,28 +7,34 @@
 
 namespace {
 
-/// The sequences of UTF-8 whose first byte is in one range: the range of the second byte, which
-/// leaves out longer forms than needed, surrogates and numbers above U+10FFFF, and control
-/// characters here too. Further bytes are from 80 to BF.
-struct Sequences {
-    std::uint8_t firstLow;
-    std::uint8_t firstHigh;
-    std::uint8_t secondLow;
-    std::uint8_t secondHigh;
-    std::size_t size;
+constexpr std::uint8_t lowestFurther = 0x80;
+constexpr std::uint8_t highestFurther = 0xBF;
+
+/// Characters by their first byte in UTF-8, up to the highest of a range. The range of the second
+/// byte leaves out longer forms than needed, surrogates and numbers above U+10FFFF, and control
+/// characters here too.
+struct Characters {
+    std::uint8_t highest;
+    std::size_t size;  ///< bytes of each; 0 if they have to be escaped
+    std::uint8_t secondLow = lowestFurther;
+    std::uint8_t secondHigh = highestFurther;
 };
 
-constexpr std::array<Sequences, 9> printableSequences = {{
-    {0xC2, 0xC2, 0xA0, 0xBF, 2},  // behind U+0080 to U+009F, which are control characters
-    {0xC3, 0xDF, 0x80, 0xBF, 2},
-    {0xE0, 0xE0, 0xA0, 0xBF, 3},
-    {0xE1, 0xEC, 0x80, 0xBF, 3},
-    {0xED, 0xED, 0x80, 0x9F, 3},
-    {0xEE, 0xEF, 0x80, 0xBF, 3},
-    {0xF0, 0xF0, 0x90, 0xBF, 4},
-    {0xF1, 0xF3, 0x80, 0xBF, 4},
-    {0xF4, 0xF4, 0x80, 0x8F, 4},
-}};
+constexpr auto characterRanges = std::to_array<Characters>({
+    {0x1F, 0},
+    {0x7E, 1},
+    {0xC1, 0},
+    {0xC2, 2, 0xA0},  // behind U+0080 to U+009F, which are control characters
+    {0xDF, 2},
+    {0xE0, 3, 0xA0},
+    {0xEC, 3},
+    {0xED, 3, 0x80, 0x9F},
+    {0xEF, 3},
+    {0xF0, 4, 0x90},
+    {0xF3, 4},
+    {0xF4, 4, 0x80, 0x8F},
+    {0xFF, 0},
+});
 
 bool isBetween(char byte, std::uint8_t low, std::uint8_t high) {
     const auto value = static_cast<std::uint8_t>(byte);
@@ -38,20 +44,19 @@ bool isBetween(char byte, std::uint8_t low, std::uint8_t high) {
 /// The bytes of the character at the start of the text, which is not empty; 0 if it has to be
 /// escaped.
 std::size_t printableSize(std::string_view text) {
-    if (isBetween(text[0], ' ', '~')) {
-        return 1;
+    const Characters& row =
+        *std::find_if(characterRanges.begin(), characterRanges.end(), [&](const Characters& range) {
+            return static_cast<std::uint8_t>(text[0]) <= range.highest;
+        });
+    if (row.size < 2) {
+        return row.size;
     }
-    for (const Sequences& row : printableSequences) {
-        if (isBetween(text[0], row.firstLow, row.firstHigh)) {
-            const std::string_view rest = text.substr(1, row.size - 1);
-            const bool isWhole = rest.size() == row.size - 1 &&
-                                 isBetween(rest[0], row.secondLow, row.secondHigh) &&
-                                 std::all_of(rest.begin(), rest.end(),
-                                             [](char byte) { return isBetween(byte, 0x80, 0xBF); });
-            return isWhole ? row.size : 0;
-        }
-    }
-    return 0;
+    const std::string_view rest = text.substr(1, row.size - 1);
+    const bool isWhole =
+        rest.size() == row.size - 1 && isBetween(rest[0], row.secondLow, row.secondHigh) &&
+        std::all_of(rest.begin(), rest.end(),
+                    [](char byte) { return isBetween(byte, lowestFurther, highestFurther); });
+    return isWhole ? row.size : 0;
 }
 
 }  // namespace
