@@ -111,12 +111,14 @@ TEST_F(ExplainForm, RemarksOnJsonThatIsReadAsAForm) {
     EXPECT_EQ(explainRequest(requestOf("application/json; charset=utf-8", "{}")).remarks,
               Remarks{"CONTENT_TYPE is \"application/json; charset=utf-8\": only exactly "
                       "\"application/json\" is JSON, and this is read as a form"});
+    const Remarks remarks = {
+        "the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE must be exactly "
+        "\"application/json\""};
     for (const std::optional<std::string>& type :
          {std::optional<std::string>(), {"application/jso"}}) {
-        EXPECT_EQ(explainRequest({type, "2", "{}"}).remarks,
-                  Remarks{"the body looks like JSON, but is read as a form: for JSON, CONTENT_TYPE "
-                          "must be exactly \"application/json\""});
+        EXPECT_EQ(explainRequest({type, "2", "{}"}).remarks, remarks);
     }
+    EXPECT_EQ(explainRequest({std::nullopt, std::nullopt, "{}"}).remarks, remarks) << "no length";
 }
 
 TEST_F(ExplainForm, RemarksOnParametersThatDoNotCountAsOneMayThink) {
