@@ -154,11 +154,13 @@ TEST_F(ShowCommand, TellsOfASecondEntryThatDoesNotCount) {
     EXPECT_EQ(entries[1]["remark"], "not used: an entry before has this id");
 }
 
-TEST_F(ShowCommand, ShowsAnEmptyProject) {
+TEST_F(ShowCommand, CountsTheEntries) {
     const std::string path = folder.write("empty", ProjectImage().bytes());
     EXPECT_EQ(show(path),
               (CommandEnd{.status = exitDone, .output = path + ": 0 entries\n", .errors = ""}));
     EXPECT_TRUE(shownEntries(path).empty());
+    const std::string one = project({{1, {2}}});
+    EXPECT_TRUE(show(one).output.starts_with(one + ": 1 entry\n"));
 }
 
 TEST_F(ShowCommand, FailsForAFileThatDoesNotLoad) {
