@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -18,6 +19,16 @@ TEST(Rules, HaveACauseAndACodeOfTheirOwnEach) {
         EXPECT_TRUE(codes.insert(rule.code).second) << rule.code;
         EXPECT_EQ(&ruleOf(rule.cause), &rule) << rule.code;
     }
+}
+
+TEST(Rules, StandInTheOrderOfTheirFamilies) {
+    const auto family = [](const Rule& rule) {
+        const std::string_view code = rule.code;
+        return code.substr(0, code.find('.'));
+    };
+    EXPECT_TRUE(std::is_sorted(
+        rules().begin(), rules().end(),
+        [&](const Rule& one, const Rule& other) { return family(one) < family(other); }));
 }
 
 TEST(Rules, NameThePageThatTellsMore) {
