@@ -29,7 +29,7 @@ TESTS = {
 # Tests of ctest that run behind them, on what no executable has failed on.
 SCRIPTS = {
     "tools": ("ProjectctlTerminal", "ProjectctlManual", "ProjectctlInteroperability",
-              "ProjectctlCompletionInBash"),
+              "ProjectctlCompletionInBash", "ProjectctlOpens"),
 }
 
 

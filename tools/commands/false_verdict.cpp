@@ -97,9 +97,9 @@ int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts) {
     return exitNegative;
 }
 
-void reportSwappedOperands(const VerifyOptions& options) {
-    const bool isProjectBehind =
-        isOtherProject(options.signature, options) || isOtherProject(options.file, options);
+void reportSwappedOperands(const VerifyOptions& options, bool isProjectLoaded) {
+    const bool isProjectBehind = !isProjectLoaded && (isOtherProject(options.signature, options) ||
+                                                      isOtherProject(options.file, options));
     const bool isSignatureBehind = looksLikeSignature(options.file) && isFile(options.signature);
     if (isProjectBehind || isSignatureBehind) {
         reportRemark(

@@ -28,5 +28,6 @@ struct FalseVerdict {
 int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts);
 
 /// Where there is no verdict, says that the operands stand in another order, if they look so: one
-/// after the first is another project file, or the signature comes after a file.
-void reportSwappedOperands(const VerifyOptions& options);
+/// after the first is a project file and that one is not, or the signature comes after a file.
+/// What has been read is not opened again.
+void reportSwappedOperands(const VerifyOptions& options, bool isProjectLoaded);

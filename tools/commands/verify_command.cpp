@@ -39,7 +39,7 @@ int verifySignature(const VerifyOptions& options, const ProjectFile& project) {
     const DigestedFile file(options.file, Progress::shown);
     if (file.digest().refusal.has_value()) {
         reportFailure(file.digest().refusal->text);
-        reportSwappedOperands(options);
+        reportSwappedOperands(options, true);
         return exitFailed;
     }
     if (file.digest().remark.has_value()) {
@@ -64,7 +64,7 @@ int verifyCommand(const VerifyOptions& options) {
     ProjectFile project;
     if (const auto failure = loadUsableProject(options.project, verifyingRefusal, project)) {
         reportFailure(*failure);
-        reportSwappedOperands(options);
+        reportSwappedOperands(options, false);
         return exitFailed;
     }
     return options.list.has_value() ? verifyList(options, project)
