@@ -34,7 +34,7 @@ public:
         std::string text = "\n";
         std::string start = usageLabel;
         for (const std::string& usage : usages) {
-            text += start + name + " " + usage + "\n";
+            text.append(start).append(name).append(" ").append(usage).append("\n");
             start.assign(start.size(), ' ');
         }
         return text;

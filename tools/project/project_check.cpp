@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -61,9 +62,8 @@ struct StoredPoint {
 
 void checkRepetition(const std::vector<ProjectEntry>& entries, Findings& findings) {
     std::vector<ProjectAttributeId> ids;
-    for (const ProjectEntry& entry : entries) {
-        ids.push_back(entry.id);
-    }
+    std::transform(entries.begin(), entries.end(), std::back_inserter(ids),
+                   [](const ProjectEntry& entry) { return entry.id; });
     std::sort(ids.begin(), ids.end());
     const char* code = ruleOf(Finding::repeatedAttribute).code;
     std::size_t repeated = 0;

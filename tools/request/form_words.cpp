@@ -27,7 +27,8 @@ std::string marked(std::string_view name) {
 
 /// The text that the parser gets.
 std::string_view textOf(const RawRequest& request, std::uint64_t length) {
-    return formText(std::string_view(request.body).substr(0, length));
+    const std::string_view body = request.body;
+    return formText(body.substr(0, length));
 }
 
 /// Characters of a "%" with its two digits.

@@ -25,6 +25,10 @@ std::string zeroLength(std::string_view announced) {
                     : ", which is not a decimal number and counts as 0, so there is no body";
 }
 
+std::string wrongType(const std::string& name, const std::string& type, const std::string& wanted) {
+    return "'" + name + "' is " + withArticle(type) + " and must be " + withArticle(wanted);
+}
+
 /// What is said of the first member of the table that has another type; empty if none has.
 template <std::size_t Count>
 std::string wrongMember(const JsonNotes::Object& object,
@@ -35,8 +39,7 @@ std::string wrongMember(const JsonNotes::Object& object,
         const auto found = object.known.find(known.name);
         if (known.type != nullptr && found != object.known.end() &&
             std::string_view(found->second.type) != known.type) {
-            return "'" + prefix + name + "' is " + withArticle(found->second.type) +
-                   " and must be " + withArticle(known.type);
+            return wrongType(prefix + name, found->second.type, known.type);
         }
     }
     return {};

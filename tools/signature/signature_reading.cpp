@@ -80,7 +80,7 @@ std::string wordsOfStrange(std::string_view text) {
     }
     switch (text[0]) {
         case ' ':
-            return "a space, which a \"+\" becomes in a URL or a form: write it as \"%2B\" there";
+            return R"(a space, which a "+" becomes in a URL or a form: write it as "%2B" there)";
         case '\n':
             return "a line feed, which is not part of it";
         case '\r':
@@ -142,7 +142,7 @@ std::vector<std::string> signatureRemarks(const std::string& text) {
                strange != text.end()) {
         const auto place = static_cast<std::size_t>(strange - text.begin());
         remarks.push_back("character " + std::to_string(place + 1) + " of the signature is " +
-                          wordsOfStrange(std::string_view(text).substr(place)));
+                          wordsOfStrange(std::string_view{text}.substr(place)));
     }
     // Of other lengths a text is not decoded.
     const SignatureFault fault = parseSignatureText(text).fault;
