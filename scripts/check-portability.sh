@@ -24,7 +24,7 @@ clean_up() {
 trap clean_up EXIT
 trap 'exit 130' INT TERM
 
-# Runs a command in the system, which keeps a time zone of its own: its package replaces the file.
+# Runs a command in the system. No time zone is mounted into it: a package has to replace that file.
 inside() {
     systemd-nspawn --quiet --register=no --keep-unit --pipe --timezone=off --directory="$root" --chdir=/sign \
         --setenv=DEBIAN_FRONTEND=noninteractive "$@"

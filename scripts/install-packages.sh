@@ -11,7 +11,8 @@ declare -A packages=(
     [build]="git g++ cmake ninja-build nlohmann-json3-dev libcli11-dev"
     [serve]="lighttpd curl"
     # The quick tests; and what the whole suite takes beside them.
-    [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema python3-yaml openapi-specification util-linux mount"
+    [test]="libgtest-dev libssl-dev openssl python3 python3-jsonschema python3-yaml openapi-specification
+            util-linux mount"
     [suite]="valgrind strace curl mandoc groff-base pkg-config zsh fish apache2-bin lighttpd lighttpd-mod-openssl nginx
              fcgiwrap haproxy chromium chromium-driver python3-selenium nodejs"
     [clang]="clang libclang-rt-dev"

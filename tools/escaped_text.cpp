@@ -24,7 +24,7 @@ constexpr auto characterRanges = std::to_array<Characters>({
     {0x1F, 0},
     {0x7E, 1},
     {0xC1, 0},
-    {0xC2, 2, 0xA0},  // behind U+0080 to U+009F, which are control characters
+    {0xC2, 2, 0xA0},  // after U+0080 to U+009F, which are control characters
     {0xDF, 2},
     {0xE0, 3, 0xA0},
     {0xEC, 3},

@@ -35,8 +35,7 @@ BINARY = {
         ">>=": ("<<=", "="),
     },
 }
-# What no program does: assertions of compile time, attributes, and the invariants that only a checking
-# build asks for.
+# Left out: what the compiler alone reads, and the invariants that only a checking build asks for.
 NOT_RUN = ("static_assert", "__attribute__", "verify")
 CLOSERS = {"(": ")", "[": "]", "{": "}"}
 NOT_REMOVABLE = frozenset("case default using delete goto else if for while do switch".split())

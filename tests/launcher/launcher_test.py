@@ -132,8 +132,9 @@ class TestLauncher(unittest.TestCase):
     def test_it_hands_on_what_a_request_is_and_nothing_else(self):
         request = [("CONTENT_TYPE", "application/json"), ("CONTENT_LENGTH", "5")]
         others = [("PATH", "/nowhere"), ("LD_PRELOAD", "/nowhere"),
-                  ("GLIBC_TUNABLES", "glibc.malloc.perturb=1"), ("CONTENT_TYPE_", "x"), ("CONTENT_LENGTH_", "x"), ("CONTENT", "x"),
-                  ("QUERY_STRING", "x"), ("HTTP_CONTENT_LENGTH", "x"), ("content_type", "x")]
+                  ("GLIBC_TUNABLES", "glibc.malloc.perturb=1"), ("CONTENT_TYPE_", "x"),
+                  ("CONTENT_LENGTH_", "x"), ("CONTENT", "x"), ("QUERY_STRING", "x"),
+                  ("HTTP_CONTENT_LENGTH", "x"), ("content_type", "x")]
         for given, handed in (
                 ([*others, *request], request),
                 ([*request, *others, ("CONTENT_LENGTH", "6"), ("CONTENT_TYPE", "x")], request),

@@ -116,8 +116,8 @@ TEST_F(ManyFiles, AreReportedAsSha256sumReportsThem) {
     }
 }
 
-TEST_F(ManyFiles, WithABackslashInTheirNamesAreReportedByThem) {
-    // Some versions of sha256sum report them as lists have them: with two, behind another one.
+TEST_F(ManyFiles, AreReportedByTheirNamesWithABackslash) {
+    // Newer versions of sha256sum report such a name as it stands in a list, with its escapes.
     const Words names = {write("back\\slash", "a"), write("other", "b")};
     const std::string list = write("list", run({"sign", project}, names).output);
     const ProgramEnd end = run({"verify", project, "--check", list}, {});

@@ -175,7 +175,6 @@ TEST_F(ProjectctlSignature, OfALargeTextIsNotTriedWithChanges) {
 }
 
 TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
-    const std::string missing = folder.file("missing");
     const std::string remark =
         "projectctl: the operands seem to stand in another order than "
         "'projectctl verify PROJECT SIGNATURE FILE'\n";
@@ -190,6 +189,7 @@ TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
         EXPECT_EQ(end.status, 2);
         EXPECT_TRUE(end.errors.ends_with("\n" + remark)) << end.errors;
     }
+    const std::string missing = folder.file("missing");
     for (const Words& wrong : {Words{missing, valid, file},
                                {project, valid, missing},
                                {file, valid, letter},

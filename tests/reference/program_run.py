@@ -7,7 +7,7 @@ import subprocess
 from pathlib import Path
 
 SECONDS_FOR_A_REQUEST = 60
-# It refuses an empty name of the program, which a web server may give.
+# posix_spawn refuses an empty argv[0], which a web server may give.
 subprocess._USE_POSIX_SPAWN = False
 # Under AddressSanitizer, memory that there is not is refused as by any other allocator.
 SANITIZED = {b"ASAN_OPTIONS": b"allocator_may_return_null=1"}

@@ -34,7 +34,7 @@ void reportCutFile() {
 bool readUncut(const std::function<void()>& read) {
     sigjmp_buf behind;
     bool isUncut = false;
-    // With the signals that are blocked, so that the next one of these arrives as well.
+    // The jump restores the blocked signals too, so that the next SIGBUS is delivered.
     if (sigsetjmp(behind, true) == 0) {
         wayOut = &behind;
         read();

@@ -4,8 +4,7 @@
 #include <optional>
 #include <string>
 
-/// Reads the file at `path`, or standard input for "-", behind what
-/// `content` holds: to its end, or as many bytes as are wanted at most. Returns why that failed,
-/// the file's name in front, or nothing.
+/// Appends the file at `path`, or standard input for "-", to `content`: to its end, or `most` bytes
+/// of it. Returns nothing, or why that failed, with the name of the file first.
 std::optional<std::string> readContent(const std::string& path, std::string& content,
                                        std::size_t most = std::string::npos);

@@ -21,8 +21,7 @@ FileDigest refused(const Refusal& refusal) {
     return {.refusal = refusal};
 }
 
-/// Digests the bytes, of which a file with a fault has none. A new fault is that they are cut
-/// meanwhile.
+/// Digests the bytes; a file with a fault has none. Notes the fault if they are cut meanwhile.
 void digestBytes(MappedInput& input, Progress progress, std::uint8_t* digest) {
     std::optional<MappingProgress> bar;
     if (progress == Progress::shown) {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <utility>
 
+#include "core/core_base64.h"
 #include "core/integer.h"
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
@@ -38,9 +38,11 @@ std::string wordsOf(const ParsedSignature& text, std::size_t length) {
                    std::to_string(longestSignature);
         case SignatureFault::noBytes:
             return "the signature stands for no bytes";
-        default:
-            return "the signature's halves are of odd length (" + counted(bytes, "byte") + ")";
+        case SignatureFault::odd:
+        case SignatureFault::none:
+            break;
     }
+    return "the signature's halves are of odd length (" + counted(bytes, "byte") + ")";
 }
 
 /// Why no signature has these numbers, in the words of the rule.
@@ -55,8 +57,10 @@ std::optional<Refusal> numbersRefusal(const core::CoreInteger& r, const core::Co
 
 /// Whether decoding takes the character for the "A" that it is not.
 bool countsAsA(char character) {
-    return std::isalnum(static_cast<unsigned char>(character)) == 0 &&
-           std::string_view("+/=").find(character) == std::string_view::npos;
+    const std::array<char, 4> group = {character, 'A', 'A', 'A'};
+    std::array<std::uint8_t, 4> bytes{};
+    core::coreBase64Decode(group.data(), group.size(), bytes.data());
+    return bytes[0] == 0 && character != 'A' && character != '=';
 }
 
 bool isHexadecimalDigit(char character) {
