@@ -13,10 +13,8 @@ namespace {
 
 /// What the system knows of an open file; zeros for a descriptor that is none.
 struct stat statusOf(int descriptor) {
-    struct stat status;
-    if (::fstat(descriptor, &status) != 0) {
-        status = {};
-    }
+    struct stat status {};
+    ::fstat(descriptor, &status);
     return status;
 }
 
