@@ -33,12 +33,13 @@ void reportCutFile() {
 
 bool readUncut(const std::function<void()>& read) {
     sigjmp_buf behind;
-    bool isUncut = false;
+    bool isUncut = true;
     // The jump restores the blocked signals too, so that the next SIGBUS is delivered.
-    if (sigsetjmp(behind, true) == 0) {
+    if (sigsetjmp(behind, true) != 0) {
+        isUncut = false;
+    } else {
         wayOut = &behind;
         read();
-        isUncut = true;
     }
     wayOut = nullptr;
     return isUncut;

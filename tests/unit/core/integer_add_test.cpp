@@ -93,6 +93,13 @@ TEST(IntegerSubtract, BorrowsUpToTheTopOfTheLongerOperand) {
                               BigNumber::powerOfTwo(192) - 4));
 }
 
+TEST(IntegerSubtract, OfZeroCopiesTheMinuendAsItStands) {
+    const CoreInteger five = withZeroTop(BigNumber(5).toInteger(), 2);
+    const CoreInteger difference = resultOf(core::integerSubtract, five, CoreInteger{});
+    EXPECT_EQ(BigNumber::fromInteger(difference), BigNumber(5));
+    EXPECT_EQ(difference.lengthAndSign, 3U);
+}
+
 TEST(IntegerSubtract, GivesNegativeAndZeroResults) {
     const CoreInteger seven = BigNumber(7).toInteger();
     EXPECT_TRUE(isNormalValue(resultOf(core::integerSubtract, BigNumber(5).toInteger(), seven),

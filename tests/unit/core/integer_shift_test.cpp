@@ -78,6 +78,11 @@ TEST(IntegerShiftRight, AgreesWithTheJudge) {
     }
 }
 
+TEST(IntegerShiftRight, OfAValueThatFillsItsRoomStaysInIt) {
+    const BigNumber number = BigNumber::powerOfTwo(std::uint64_t{64} * core::integerLimbRoom) - 1;
+    EXPECT_TRUE(isNormalValue(shiftedRight(number.toInteger(), 100), number >> 100));
+}
+
 TEST(IntegerShiftRight, BeyondTheBitsClearsTheCapacity) {
     CoreInteger value = rawInteger({1, 2, 3});
     value.capacity = 2;
