@@ -21,8 +21,8 @@ TESTS = {
     "curve": ("unit_curve", "unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "random": ("unit_random", "unit_curve", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "project": ("unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
-    "engine": ("unit_engine", "unit_frontend", PROGRAM_TESTS),
-    # Its notes on JSON are kept for the tools alone.
+    # What these report beside their answers, the tools alone read.
+    "engine": ("unit_engine", "unit_frontend", "unit_tools", PROGRAM_TESTS),
     "frontend": ("unit_frontend", "unit_tools", PROGRAM_TESTS),
     "verifier": ("unit_verifier", "unit_tools", "projectctl_tests"),
     "tools": ("unit_tools", "projectctl_tests"),

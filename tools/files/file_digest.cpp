@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <future>
 #include <system_error>
@@ -57,29 +56,28 @@ public:
     DigestTasks(const DigestTasks&) = delete;
     DigestTasks& operator=(const DigestTasks&) = delete;
 
-    /// Has the other cores work on them, as far as threads can be had.
+    /// Has a thread for each core work on them, as far as threads can be had.
     void startThreads() {
         const std::size_t atOnce =
             std::min<std::size_t>(std::thread::hardware_concurrency(), tasks_.size());
         try {
-            while (threads_.size() + 1 < atOnce) {
+            while (threads_.size() < atOnce) {
                 threads_.emplace_back([this] {
                     while (runNext()) {
                     }
                 });
             }
         } catch (const std::system_error&) {
-            // Those that there are do the work, and the calling thread too.
+            // Those that there are do the work, or else the calling thread.
         }
     }
 
-    /// The digest of a file. Until it is there, the calling thread works on the tasks.
+    /// The digest of a file, once it is there. What no thread has begun, the calling one runs.
     FileDigest digestOf(std::size_t place) {
-        std::future<FileDigest>& digest = digests_[place];
-        while (digest.wait_for(std::chrono::seconds::zero()) != std::future_status::ready &&
-               runNext()) {
+        while (next_ <= place) {
+            runNext();
         }
-        return digest.get();
+        return digests_[place].get();
     }
 
 private:
@@ -137,7 +135,9 @@ FileDigest digestFile(const std::string& path, Progress progress) {
 void digestFiles(const std::vector<std::string>& paths,
                  const std::function<void(std::size_t, const FileDigest&)>& take) {
     DigestTasks tasks(paths);
-    tasks.startThreads();
+    if (paths.size() > 1) {
+        tasks.startThreads();
+    }
     for (std::size_t place = 0; place < paths.size(); ++place) {
         take(place, tasks.digestOf(place));
     }

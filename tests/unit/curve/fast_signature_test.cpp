@@ -188,6 +188,7 @@ TEST_P(FastSignature, IsOfferedForSoundKeysAlone) {
         {(-BigNumber(1)).toInteger(5), false},
         {withLimbs((n - 1).toInteger(5), 4), true},
         {withLimbs((n - 1).toInteger(5), 5), true},
+        {withLimbs((n - 1).toInteger(5), core::integerLimbRoom), true},
         {withLimbs(n.toInteger(5), 4), false},
         {withLimbs(BigNumber::powerOfTwo(192).toInteger(5), 5), false},
         {BigNumber::powerOfTwo(256).toInteger(5), false},
