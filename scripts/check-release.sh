@@ -10,7 +10,7 @@
 # was checked out without a change from its beginning to its end. The records of all checks of one
 # commit, run at once or in parts, become docs/release-figures.md.
 #
-# A short run takes the smaller samples, in about an hour. SIGN_TEST_SEED is the seed of all checks,
+# A short run takes the smaller samples, in 75 minutes. SIGN_TEST_SEED is the seed of all checks,
 # which is otherwise a new one.
 set -euo pipefail
 cd "$(dirname "$0")/.."
