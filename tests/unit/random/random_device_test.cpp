@@ -49,7 +49,7 @@ TEST(RandomDevice, IsForeignWhereAnotherDeviceOrAFileStands) {
 
 TEST(RandomDevice, IsForeignWhereABlockDeviceHasItsNumbers) {
     ScopedSystemCalls calls;
-    for (const mode_t kind : {S_IFCHR, S_IFBLK}) {
+    for (const mode_t kind : {mode_t{S_IFCHR}, mode_t{S_IFBLK}}) {
         for (const unsigned minor : {8U, 9U}) {
             calls.files = {"/dev/urandom"};
             calls.openStatus.emplace();
