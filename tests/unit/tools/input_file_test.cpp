@@ -150,7 +150,7 @@ TEST_F(OpenInputFile, CopiesAPipeToItsEndIntoAFileWithoutAName) {
         EXPECT_EQ(name.string().starts_with("projectctl."), error != 0) << name;
         struct stat status {};
         ::fstat(copy, &status);
-        EXPECT_EQ(status.st_mode & ~S_IFMT, S_IRUSR | S_IWUSR) << "no other user reads it";
+        EXPECT_EQ(status.st_mode & ~mode_t{S_IFMT}, S_IRUSR | S_IWUSR) << "no other user reads it";
         file.reset();
         EXPECT_EQ(::fcntl(copy, F_GETFD), -1) << "it is open still";
     }

@@ -116,7 +116,7 @@ TEST_F(ShowCommand, ShowsBitsAboveTheStatedOnes) {
 }
 
 TEST_F(ShowCommand, ShowsAsManyBytesAsTheStatedBitsTake) {
-    for (const auto& [bits, bytes] : {std::pair{1, 1}, {8, 1}, {9, 2}, {160, 20}, {161, 21}}) {
+    for (const auto& [bits, bytes] : {std::pair{1U, 1U}, {8, 1}, {9, 2}, {160, 20}, {161, 21}}) {
         const std::string digits(2 * bytes - 1, '0');
         EXPECT_EQ(shownEntries(project({{72, elementValue(bits, "1")}}))[0]["value"], digits + '1')
             << bits;

@@ -123,7 +123,7 @@ TEST_F(SignVerify, NamesTheFirstRuleThatIsBroken) {
     // Data or a file, then the project, then the key, then the text.
     EXPECT_EQ(rulingOf(sign_verify_file, folder.path().c_str(), empty.c_str(), ""),
               refusedBy("file.empty"));
-    EXPECT_EQ(rulingOf(sign_verify_data, folder.path().c_str(), data.data(), 0, ""),
+    EXPECT_EQ(rulingOf(sign_verify_data, folder.path().c_str(), data.data(), std::size_t{0}, ""),
               refusedBy("data.empty"));
     EXPECT_EQ(rulingOfAll(empty, data, ""), refusedBy("project.header"));
     EXPECT_EQ(rulingOfAll(keyless, data, ""), refusedBy("key.absent"));
@@ -134,7 +134,8 @@ TEST_F(SignVerify, TakesNullForWhatIsNotThere) {
     const Bytes& bytes = projectContent;
     EXPECT_EQ(rulingOf(sign_verify_data, nullptr, data.data(), data.size(), text),
               refusedBy("project.open"));
-    EXPECT_EQ(rulingOf(sign_verify_data_by_bytes, nullptr, 24, data.data(), data.size(), text),
+    EXPECT_EQ(rulingOf(sign_verify_data_by_bytes, nullptr, std::size_t{24}, data.data(),
+                       data.size(), text),
               refusedBy("project.header"));
     EXPECT_EQ(rulingOf(sign_verify_data, project, nullptr, data.size(), text),
               refusedBy("data.empty"));
