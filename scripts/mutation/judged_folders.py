@@ -21,7 +21,7 @@ TESTS = {
     "curve": ("unit_curve", "unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "random": ("unit_random", "unit_curve", "unit_engine", "unit_frontend", PROGRAM_TESTS),
     "project": ("unit_project", "unit_engine", "unit_frontend", PROGRAM_TESTS),
-    # What these report beside their answers, the tools alone read.
+    # Only the tools read what these report beside their answers.
     "engine": ("unit_engine", "unit_frontend", "unit_tools", PROGRAM_TESTS),
     "frontend": ("unit_frontend", "unit_tools", PROGRAM_TESTS),
     "verifier": ("unit_verifier", "unit_tools", "projectctl_tests"),
