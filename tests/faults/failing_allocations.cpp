@@ -29,7 +29,8 @@ struct Limits {
     int descriptor = -1;
 };
 
-unsigned long allocations = 0;
+// Volatile: otherwise clang 19 evaluates noteStart as it compiles, and notes 0.
+volatile unsigned long allocations = 0;
 unsigned long startAllocations = 0;
 
 unsigned long number(const char* name, unsigned long otherwise) {
@@ -57,7 +58,7 @@ void reportCount() {
 }
 
 bool refuses() {
-    ++allocations;
+    allocations = allocations + 1;
     if (allocations < limits().first || allocations > limits().last) {
         return false;
     }
