@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "frontend/hexadecimal_digit.h"
 #include "frontend/request_body.h"
 
 namespace {
@@ -21,25 +22,12 @@ bool skipToDigits(std::string_view& text) {
     return negative;
 }
 
-std::optional<std::uint32_t> hexadecimalValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return std::nullopt;
-}
-
 /// The byte that the digits behind a "%" stand for.
 char decodedByte(std::string_view digits) {
     const bool negative = skipToDigits(digits);
     std::uint32_t value = 0;
     for (const char digit : digits) {
-        const std::optional<std::uint32_t> digitValue = hexadecimalValue(digit);
+        const std::optional<std::uint8_t> digitValue = hexadecimalValue(digit);
         if (!digitValue.has_value()) {
             break;
         }

@@ -66,12 +66,17 @@ std::string reworded(std::string message) {
     if (message.ends_with(" missing")) {
         return message.substr(0, message.find(':')) + " is given no value";
     }
+    constexpr std::string_view excludes = " excludes ";
+    if (const std::size_t place = message.find(excludes); place != std::string::npos) {
+        return message.replace(place, excludes.size(), " and ") + " cannot be used together";
+    }
     return message;
 }
 
-/// Usages are told where an operand is missing or too many.
+/// The usage is told where an operand is missing or too many, unless there are several.
 std::string withUsage(const std::string& message, const CLI::App& command) {
-    return message + "; usage: " + usageOf(command);
+    const std::optional<std::string> usage = onlyUsageOf(command);
+    return usage.has_value() ? message + "; usage: " + *usage : message;
 }
 
 std::string wordsOf(const CLI::App& app, const CLI::App& command, const CLI::ParseError& error) {
@@ -82,13 +87,25 @@ std::string wordsOf(const CLI::App& app, const CLI::App& command, const CLI::Par
         const auto option = std::find_if(surplus.begin(), surplus.end(), isOption);
         return option != surplus.end()
                    ? unknown("option", *option, optionsOf(command))
-                   : withUsage("unexpected argument " + quoted(surplus.front()), command);
+                   : withUsage("unexpected argument " + quoted(unmarked(surplus.front())), command);
     }
     const std::string message = reworded(error.what());
     return isMissing ? withUsage(message, command) : message;
 }
 
+/// No argument holds it.
+constexpr char mark = '\0';
+
 }  // namespace
+
+std::string marked(const std::string& word) {
+    const bool isMarked = word == "++" || (word.starts_with('[') && word.ends_with(']'));
+    return isMarked ? mark + word : word;
+}
+
+std::string unmarked(const std::string& word) {
+    return word.starts_with(mark) ? word.substr(1) : word;
+}
 
 void refuseRepetition(const CLI::App& command) {
     for (const CLI::Option* option : command.get_options()) {

@@ -10,6 +10,13 @@ class ParseError;
 
 // What is wrong with the arguments, beyond what the parser itself refuses, and in words.
 
+/// The word with a mark in front if the parser would take it for more than a word: it splits
+/// "[a,b]" for an operand that may be repeated, and ends a command at "++".
+std::string marked(const std::string& word);
+
+/// The word without the mark.
+std::string unmarked(const std::string& word);
+
 /// Throws a `CLI::ParseError` if an option of the command that takes one value is given more than
 /// once.
 void refuseRepetition(const CLI::App& command);

@@ -26,6 +26,14 @@
 
 namespace {
 
+/// Takes the mark off a word that `CommandLine::parse` marked.
+const CLI::Validator unmarking(
+    [](std::string& word) -> std::string {
+        word = unmarked(word);
+        return {};
+    },
+    "");
+
 /// Refuses every word but these, and makes the enumerator of its position of each.
 CLI::Validator oneOf(const std::vector<std::string>& words) {
     const auto replace = [words](std::string& word) -> std::string {
@@ -70,6 +78,8 @@ public:
         std::vector<std::string> words(arguments + 1, arguments + argumentCount);
         if (words.front() == "help") {
             words.erase(words.begin());
+            // "help help" gives the list.
+            std::erase(words, "help");
             words.emplace_back("--help");
         }
         try {
@@ -100,6 +110,7 @@ private:
             throw CLI::ExtrasError(words);
         }
         refuseEmptyValues(words);
+        std::transform(words.begin(), words.end(), words.begin(), marked);
         // It takes the words from the back.
         std::reverse(words.begin(), words.end());
         app_.parse(words);
@@ -125,8 +136,20 @@ private:
     static CLI::Option* addOption(CLI::App* command, const std::string& name, Value& value,
                                   const std::string& valueName, const std::string& description) {
         return command->add_option(name, value, description)
+            ->transform(unmarking)
             ->type_name(valueName)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    }
+
+    /// An option whose value is one of these words, and stands for the enumerator of its position.
+    template <typename Value>
+    static CLI::Option* addChoice(CLI::App* command, const std::string& name, Value& value,
+                                  const std::vector<std::string>& words,
+                                  const std::string& description) {
+        // What transforms comes in front of what does already.
+        return addOption(command, name, value, CLI::detail::join(words, "|"), description)
+            ->transform(oneOf(words))
+            ->transform(unmarking);
     }
 
     /// An option or operand that names a file: its value must not be empty.
@@ -155,9 +178,8 @@ private:
         CLI::App* command =
             addCommand("create", "Make a project with a fresh key", "create my.project");
         addPath(command, "FILE", create_.file, "", "The new project file")->required();
-        addOption(command, "--base", create_.base, "random|standard",
-                  "The base point: random, or the published one of the curve")
-            ->transform(oneOf({"random", "standard"}));
+        addChoice(command, "--base", create_.base, {"random", "standard"},
+                  "The base point: random, or the published one of the curve");
         addPath(command, "--from-scalar", create_.scalarFile, "HEXFILE",
                 "Read the private scalar in hexadecimal from a file (-: standard input)");
         onCommand(command, create_, createCommand);
@@ -350,11 +372,9 @@ void CommandLine::addConvert() {
     addOption(command, "SIGNATURE", convert_.signature, "",
               "The signature; in DER, the file that holds it (-: standard input)")
         ->required();
-    addOption(command, "--from", convert_.from, "text|der|hex",
-              "The form of the signature (default: text)")
-        ->transform(oneOf({"text", "der", "hex"}));
-    CLI::Option* to = addOption(command, "--to", convert_.to, "text|der|hex", "The form to write")
-                          ->transform(oneOf({"text", "der", "hex"}));
+    const std::vector<std::string> forms = {"text", "der", "hex"};
+    addChoice(command, "--from", convert_.from, forms, "The form of the signature (default: text)");
+    CLI::Option* to = addChoice(command, "--to", convert_.to, forms, "The form to write");
     addJson(command, convert_.json);
     command->callback([=, this] {
         refuseRepetition(*command);

@@ -85,8 +85,9 @@ std::string helpOf(const CLI::App& command) {
     return command.get_formatter()->make_help(&command, program + name, CLI::AppFormatMode::Normal);
 }
 
-std::string usageOf(const CLI::App& command) {
+std::optional<std::string> onlyUsageOf(const CLI::App& command) {
     const std::string help = helpOf(command);
     const std::size_t start = help.find(usageLabel) + std::string(usageLabel).size();
-    return help.substr(start, help.find('\n', start) - start);
+    const std::size_t end = help.find('\n', start);
+    return help[end + 1] == ' ' ? std::nullopt : std::optional(help.substr(start, end - start));
 }

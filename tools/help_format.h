@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,5 +17,5 @@ std::shared_ptr<CLI::FormatterBase> helpFormat(const std::vector<std::string>& u
 /// The help of projectctl, or of one of its commands.
 std::string helpOf(const CLI::App& command);
 
-/// The first line of its usage, as in "projectctl sign [OPTION]... PROJECT [FILE]...".
-std::string usageOf(const CLI::App& command);
+/// Its usage, as in "projectctl sign [OPTION]... PROJECT [FILE]..."; nothing if it has several.
+std::optional<std::string> onlyUsageOf(const CLI::App& command);

@@ -95,6 +95,35 @@ TEST_F(ManyFiles, AreListedAsSha256sumListsThem) {
     EXPECT_EQ(linesOf(verified.output).size(), paths.size());
 }
 
+TEST_F(ManyFiles, AreSignedWhateverTheirNamesMeanToTheParser) {
+    const Words names = {"++", "[a]", "[a,b]", "[]", "check", "help"};
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    for (const std::string& name : names) {
+        write(name, name);
+    }
+    for (const Words& start : {Words{"sign", project}, {"sign", project, "--"}}) {
+        const ProgramEnd list = run(start, names);
+        const std::vector<std::string> lines = linesOf(list.output);
+        EXPECT_EQ(withoutFirstWords(list.output), withoutFirstWords(sha256sum(names).output));
+        ASSERT_EQ(lines.size(), names.size());
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const std::string signature = lines[i].substr(0, lines[i].find(' '));
+            EXPECT_TRUE(judgeAcceptsText(project, names[i], signature)) << lines[i];
+            EXPECT_TRUE(endedWith(run({"verify", project, signature, names[i]}, {}), 0, "true\n"));
+            const ProgramEnd digest = run({"digest", "--json", names[i]}, {});
+            EXPECT_EQ(digest.output, run({"digest", "--json"}, {}, names[i]).output);
+        }
+    }
+    EXPECT_TRUE(endedWith(run({"sign", project, "-o", "++"}, {}, "input"), 2, "",
+                          "projectctl: ++: already exists; no file is overwritten, so choose "
+                          "another name\n"));
+    EXPECT_TRUE(endedWith(run({"sign", project, "-o", "[sig]", "[a]"}, {}), 0, ""));
+    EXPECT_TRUE(
+        endedWith(run({"verify", project, "--signature-file", "[sig]", "[a]"}, {}), 0, "true\n"));
+    std::filesystem::current_path(before);
+}
+
 TEST_F(ManyFiles, AreReportedAsSha256sumReportsThem) {
     Words paths;
     for (const char* name : {"sound", "line\nfeed", "\\\n", "changed", "gone", "two  spaces"}) {
@@ -184,11 +213,10 @@ TEST_F(ManyFiles, OfAListAreJudgedLineByLine) {
         "projectctl: " + missing + ": cannot be opened: No such file or directory\n";
     const std::string unread = "projectctl: WARNING: 1 listed file could not be read\n";
     const std::string invalid = "projectctl: WARNING: 1 signature is NOT valid\n";
-    const std::string other =
-        " not a signature, two spaces and the name of a file; the first is line ";
+    const std::string other = " not have the form 'SIGNATURE  FILE'; the first is line ";
     const std::string none =
-        "projectctl: standard input: no line is a signature, two spaces and the name of a file; "
-        "'projectctl sign' with several files prints such lines\n";
+        "projectctl: standard input: no line has the form 'SIGNATURE  FILE', in which 'projectctl "
+        "sign' lists several files\n";
     struct Row {
         std::string list;
         Words options;
@@ -218,12 +246,12 @@ TEST_F(ManyFiles, OfAListAreJudgedLineByLine) {
               {},
               2,
               a + ": OK\n",
-              "projectctl: WARNING: 2 lines are" + other + "1\n"},
+              "projectctl: WARNING: 2 lines do" + other + "1\n"},
           Row{ofA + std::string("AAAA  a\0b\n", 10),
               {},
               2,
               a + ": OK\n",
-              "projectctl: WARNING: 1 line is" + other + "2\n"},
+              "projectctl: WARNING: 1 line does" + other + "2\n"},
           Row{"", {}, 2, "", none}, Row{"# remark\n\njunk\n", {"--status"}, 2, "", none}}) {
         EXPECT_TRUE(endedWith(run({"verify", project, "--check", "-"}, row.options, row.list),
                               row.status, row.output, row.errors))
@@ -327,7 +355,9 @@ TEST_F(ManyFiles, SignatureOfOneIsReadFromAFile) {
 TEST_F(ManyFiles, SignatureThatNamesAFileIsToldOf) {
     const std::string remark =
         "projectctl: SIGNATURE is the name of a file; --signature-file reads a signature from it\n";
-    EXPECT_NE(run({"verify", project, a, b}, {}).errors.find("\n" + remark), std::string::npos);
+    const std::string errors = run({"verify", project, a, b}, {}).errors;
+    EXPECT_NE(errors.find("\n" + remark), std::string::npos) << errors;
+    EXPECT_EQ(errors.find(" of the signature is "), std::string::npos) << errors;
     EXPECT_EQ(run({"verify", project, missing, b}, {}).errors.find(remark), std::string::npos);
 }
 

@@ -131,7 +131,7 @@ TEST_F(ProjectctlCreate, TakesAScalarFromAFileOrStandardInput) {
 TEST_F(ProjectctlCreate, RefusesAScalarThatIsNone) {
     for (const auto& [text, refusal] :
          {std::pair<std::string, std::string>{"", "holds no digits"},
-          {"12x", "holds more than hexadecimal digits"},
+          {"12x", "has a character that is not a hexadecimal digit"},
           {"0", "the scalar is zero"},
           {curveOrderDigits, "the scalar is not below the order"},
           {std::string(4096, '1'), "the scalar is not below the order"},
@@ -259,7 +259,7 @@ TEST_F(ProjectctlCheck, TellsTheSameAsJson) {
               json::parse(R"({"file": ")" + path +
                           R"(", "sound": false, "verifiesOnly": false, "findings": [
                               {"code": "project.permissions",
-                               "text": "holds a private scalar and is open to others than its owner: mode 0644; chmod it to 600, or to 640 if root owns it"},
+                               "text": "holds a private scalar and is open to users other than its owner: mode 0644; chmod it to 600, or to 640 if root owns it"},
                               {"code": "key.absent", "attribute": 76,
                                "text": "attribute 76 (y of the public point) is absent"}]})"));
     write(attributes);

@@ -69,7 +69,7 @@ protected:
     const std::string file = folder.write("letter", Bytes(letter.begin(), letter.end()));
     const std::string valid = signatureText(judgeSign(key, Bytes(letter.begin(), letter.end())));
     const std::string otherData =
-        "projectctl: the signature is well formed but made over other data or under another key\n";
+        "projectctl: the signature was made over other data or under another key, or was altered\n";
 };
 
 TEST_F(ProjectctlSignature, IsMadeOfAFileOrOfStandardInput) {
@@ -101,9 +101,10 @@ TEST_F(ProjectctlSignature, IsVerifiedWithoutAScalar) {
     values.erase(74);
     const std::string stripped = folder.write("stripped", projectBytes(values));
     EXPECT_TRUE(endedWith(runProjectctl({"verify", stripped, valid, file}), 0, "true\n"));
-    EXPECT_TRUE(
-        endedWith(runProjectctl({"sign", stripped, file}), 2, "",
-                  "projectctl: " + stripped + ": attribute 74 (private scalar) is absent\n"));
+    EXPECT_TRUE(endedWith(
+        runProjectctl({"sign", stripped, file}), 2, "",
+        "projectctl: " + stripped +
+            ": attribute 74 (private scalar) is absent; a project without it only verifies\n"));
 }
 
 TEST_F(ProjectctlSignature, OfOtherDataOrAnotherKeyIsFalse) {
@@ -135,25 +136,25 @@ TEST_F(ProjectctlSignature, OfATextThatWasChangedOnItsWayIsFalseAndTheChangeIsNa
         std::string words;
     };
     const std::vector<Case> cases = {
-        {"a\nb\n", "a\r\nb\r\n", "lf", "has LF instead of CR LF at the ends of its lines"},
-        {"a\r\nb\r\n", "a\nb\n", "crlf", "has CR LF instead of LF at the ends of its lines"},
-        {"a", "a\n", "line-end-removed", "has one line end less at its end"},
-        {"a", "a\r\n", "line-end-removed", "has one line end less at its end"},
-        {"a\n", "a", "lf-added", "has one more LF at its end"},
-        {"a\r\n", "a", "crlf-added", "has one more CR LF at its end"},
+        {"a\nb\n", "a\r\nb\r\n", "lf", "with LF instead of CR LF line ends"},
+        {"a\r\nb\r\n", "a\nb\n", "crlf", "with CR LF instead of LF line ends"},
+        {"a", "a\n", "line-end-removed", "without the last line end"},
+        {"a", "a\r\n", "line-end-removed", "without the last line end"},
+        {"a\n", "a", "lf-added", "with one more LF at the end"},
+        {"a\r\n", "a", "crlf-added", "with one more CR LF at the end"},
         {"a",
          "\xEF\xBB\xBF"
          "a",
-         "bom-removed", "has no byte order mark (EF BB BF) in front"},
+         "bom-removed", "without the byte order mark (EF BB BF) at the start"},
         {"\xEF\xBB\xBF"
          "a",
-         "a", "bom-added", "has a byte order mark (EF BB BF) in front"}};
+         "a", "bom-added", "with a byte order mark (EF BB BF) at the start"}};
     for (const Case& row : cases) {
         const std::string text =
             signatureText(judgeSign(key, Bytes(row.signedText.begin(), row.signedText.end())));
         const std::string path = write("changed", row.text);
         const std::string said = "projectctl: " + path +
-                                 ": differs from what was signed: the signature is valid if it " +
+                                 ": differs from what was signed: the signature would be valid " +
                                  row.words + "\n" + toCompare(path, row.text, project);
         EXPECT_TRUE(endedWith(runProjectctl({"verify", project, text, path}), 1, "false\n", said));
         const ProgramEnd piped = runProjectctl({"verify", project, text, "--json"}, row.text);
@@ -176,8 +177,8 @@ TEST_F(ProjectctlSignature, OfALargeTextIsNotTriedWithChanges) {
 
 TEST_F(ProjectctlSignature, CannotBeJudgedWithSwappedOperandsWhichAreToldOf) {
     const std::string remark =
-        "projectctl: the operands seem to stand in another order than "
-        "'projectctl verify PROJECT SIGNATURE FILE'\n";
+        "projectctl: the arguments seem to be in the wrong order; usage: "
+        "projectctl verify PROJECT SIGNATURE [FILE]\n";
     for (const Words& swapped : {Words{project, file, valid},
                                  {file, valid, project},
                                  {valid, project, file},
@@ -255,7 +256,7 @@ TEST_F(ProjectctlSignature, UnderAnUnsoundKeyIsFalseAndTheKeyIsNamed) {
 TEST_F(ProjectctlSignature, ThatIsNoneIsFalseAndToldWhy) {
     const ProgramEnd end = runProjectctl({"verify", project, "abc", file});
     EXPECT_TRUE(endedWith(end, 1, "false\n",
-                          "projectctl: the signature's 3 characters are not whole groups of "
+                          "projectctl: the signature has 3 characters, which is not a multiple of "
                           "four\n" +
                               toCompare(file, letter, project)));
     const std::string zero = signatureText({.r = "0", .s = "5"}, 21);
@@ -290,8 +291,8 @@ TEST_F(ProjectctlSignature, WithCharactersOutsideItsAlphabetIsToldOf) {
     EXPECT_TRUE(endedWith(runProjectctl({"verify", project, text, file}), 1, "false\n",
                           otherData + "projectctl: character " + std::to_string(place + 1) +
                               " of the signature is \"_\", which base64 for URLs has instead of "
-                              "\"/\"\nprojectctl: 1 character of the signature outside its "
-                              "alphabet: each counts as \"A\"\n" +
+                              "\"/\"\nprojectctl: 1 character of the signature is outside its "
+                              "alphabet, read as \"A\"\n" +
                               toCompare(file, letter, project)));
 }
 

@@ -105,8 +105,8 @@ class ManualPages(unittest.TestCase):
                                    capture_output=True, text=True, timeout=120)
         # One example verifies other data.
         self.assertRegex(shell.stderr,
-                         r"\Aprojectctl: the signature is well formed but made over other data or "
-                         r"under another key\n"
+                         r"\Aprojectctl: the signature was made over other data or under another "
+                         r"key, or was altered\n"
                          r"projectctl: standard input: RIPEMD-160 digest [0-9a-f]{40}\n"
                          r"projectctl: public.project: fingerprint of the public key [0-9a-f]{64}\n\Z")
         pieces = re.split(re.escape(MARK) + r"(\d+)\n", shell.stdout)

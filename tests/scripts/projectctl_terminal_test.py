@@ -114,8 +114,8 @@ class BinaryOutput(OnATerminal):
         signature = self.run_projectctl("sign", "project", "letter")
         for arguments, words in (
                 (["convert", signature, "--to", "der"],
-                 "DER is binary; redirect it to a file, or take --to hex"),
-                (["digest", "letter"], "a digest is binary; redirect it to a file, or take --json")):
+                 "DER is binary; redirect it to a file, or use --to hex"),
+                (["digest", "letter"], "a digest is binary; redirect it to a file, or use --json")):
             terminal = Terminal()
             try:
                 run = subprocess.run([self.programs / "projectctl", *arguments], cwd=self.folder,
@@ -126,7 +126,7 @@ class BinaryOutput(OnATerminal):
             with self.subTest(arguments):
                 self.assertEqual((run.returncode, shown), (2, b""))
                 self.assertEqual(run.stderr.decode(),
-                                 f"projectctl: standard output: is a terminal, and {words}\n")
+                                 f"projectctl: standard output is a terminal, and {words}\n")
                 self.assertNotEqual(self.output_of(*arguments), b"")
 
 

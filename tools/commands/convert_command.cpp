@@ -32,7 +32,7 @@ SmallFile readSignatureBytes(const ConvertOptions& options) {
 int convertCommand(const ConvertOptions& options) {
     if (options.to == SignatureForm::der && !options.json && isOutputTerminal()) {
         return reportFailure(
-            "standard output: is a terminal, and DER is binary; redirect it to a file, or take "
+            "standard output is a terminal, and DER is binary; redirect it to a file, or use "
             "--to hex");
     }
     const SmallFile source = readSignatureBytes(options);
@@ -43,7 +43,13 @@ int convertCommand(const ConvertOptions& options) {
     if (signature.refusal.has_value()) {
         const bool isArgument = options.signature != "-" && options.from != SignatureForm::der;
         const std::string name = isArgument ? "" : inputName(options.signature) + ": ";
-        return reportFailure(name + signature.refusal->text);
+        reportFailure(name + signature.refusal->text);
+        if (isArgument && isFile(options.signature)) {
+            reportRemark(
+                "SIGNATURE is the name of a file; redirect standard input from it, and "
+                "write - for SIGNATURE");
+        }
+        return exitFailed;
     }
     if (options.json) {
         const std::string der = writeSignatureAs(SignatureForm::der, signature);

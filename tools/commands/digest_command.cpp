@@ -10,8 +10,8 @@
 int digestCommand(const DigestOptions& options) {
     if (!options.json && isOutputTerminal()) {
         return reportFailure(
-            "standard output: is a terminal, and a digest is binary; redirect it to a file, or "
-            "take --json");
+            "standard output is a terminal, and a digest is binary; redirect it to a file, or "
+            "use --json");
     }
     const FileDigest file = digestFile(options.file, Progress::silent);
     if (file.refusal.has_value()) {

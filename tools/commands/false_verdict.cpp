@@ -39,11 +39,6 @@ const TextChange* changeThatHelps(const FalseVerdict& judged, SignatureVerdicts&
     return nullptr;
 }
 
-bool isFile(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
-}
-
 /// Whether another file than the one in the place of the project is a project.
 bool isOtherProject(const std::string& path, const VerifyOptions& options) {
     std::error_code ignored;
@@ -79,16 +74,17 @@ int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts) {
     }
     const std::string name = inputName(judged.options.file) + ": ";
     if (change != nullptr) {
-        reportRemark(name + "differs from what was signed: the signature is valid if it " +
+        reportRemark(name + "differs from what was signed: the signature would be valid " +
                      change->words);
     } else {
         reportRemark(judged.verdict.ruling.text);
     }
-    for (const std::string& remark : signatureRemarks(judged.signature)) {
-        reportRemark(remark);
-    }
     if (!judged.options.signatureFile.has_value() && isFile(judged.signature)) {
         reportRemark("SIGNATURE is the name of a file; --signature-file reads a signature from it");
+    } else {
+        for (const std::string& remark : signatureRemarks(judged.signature)) {
+            reportRemark(remark);
+        }
     }
     reportRemark(name + "RIPEMD-160 digest " + digest);
     if (fingerprint.has_value()) {
@@ -103,7 +99,7 @@ void reportSwappedOperands(const VerifyOptions& options, bool isProjectLoaded) {
     const bool isSignatureBehind = looksLikeSignature(options.file) && isFile(options.signature);
     if (isProjectBehind || isSignatureBehind) {
         reportRemark(
-            "the operands seem to stand in another order than "
-            "'projectctl verify PROJECT SIGNATURE FILE'");
+            "the arguments seem to be in the wrong order; usage: "
+            "projectctl verify PROJECT SIGNATURE [FILE]");
     }
 }

@@ -56,8 +56,8 @@ void verifyFile(const VerifyOptions& options, const ListedSignature& listed, con
 
 void reportWarnings(const SignatureList& list, const Counts& counts) {
     if (list.otherLines != 0) {
-        reportRemark("WARNING: " + counted(list.otherLines, "line is", "lines are") +
-                     " not a signature, two spaces and the name of a file; the first is line " +
+        reportRemark("WARNING: " + counted(list.otherLines, "line does", "lines do") +
+                     " not have the form 'SIGNATURE  FILE'; the first is line " +
                      std::to_string(list.firstOther));
     }
     if (counts.unread != 0) {
@@ -80,8 +80,8 @@ int verifyList(const VerifyOptions& options, const ProjectFile& project) {
     const SignatureList list = readSignatureList(content);
     if (list.entries.empty()) {
         return reportFailure(name +
-                             ": no line is a signature, two spaces and the name of a file; "
-                             "'projectctl sign' with several files prints such lines");
+                             ": no line has the form 'SIGNATURE  FILE', in which 'projectctl "
+                             "sign' lists several files");
     }
     std::vector<std::string> files;
     for (const ListedSignature& listed : list.entries) {

@@ -66,7 +66,7 @@ std::string wordsOf(const MappedInput& input) {
         case FileFault::mapping:
             return "cannot be mapped into memory";
         case FileFault::changed:
-            return "changed while it was read";
+            return "became shorter while it was mapped";
         case FileFault::cut:
         case FileFault::none:
             break;
@@ -99,6 +99,10 @@ InputFile::~InputFile() {
 
 std::string inputName(const std::string& path) {
     return path == "-" ? "standard input" : path;
+}
+
+bool isFile(const std::string& path) {
+    return ::access(path.c_str(), F_OK) == 0;
 }
 
 void reportWaiting() {

@@ -20,6 +20,9 @@ struct InputFile {
 /// What a person calls the file at `path`; standard input is "-".
 std::string inputName(const std::string& path);
 
+/// Whether something stands at the path.
+bool isFile(const std::string& path);
+
 /// Says on standard error that standard input is waited for, if it is a terminal.
 void reportWaiting();
 

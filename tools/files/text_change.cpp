@@ -57,13 +57,13 @@ Changed withByteOrderMark(const std::string& text) {
 }
 
 constexpr auto changes = std::to_array<TextChange>({
-    {"lf", "has LF instead of CR LF at the ends of its lines", withLineFeeds},
-    {"crlf", "has CR LF instead of LF at the ends of its lines", withCarriageReturns},
-    {"line-end-removed", "has one line end less at its end", withoutLastLineEnd},
-    {"lf-added", "has one more LF at its end", withLineFeed},
-    {"crlf-added", "has one more CR LF at its end", withCarriageReturnAndLineFeed},
-    {"bom-removed", "has no byte order mark (EF BB BF) in front", withoutByteOrderMark},
-    {"bom-added", "has a byte order mark (EF BB BF) in front", withByteOrderMark},
+    {"lf", "with LF instead of CR LF line ends", withLineFeeds},
+    {"crlf", "with CR LF instead of LF line ends", withCarriageReturns},
+    {"line-end-removed", "without the last line end", withoutLastLineEnd},
+    {"lf-added", "with one more LF at the end", withLineFeed},
+    {"crlf-added", "with one more CR LF at the end", withCarriageReturnAndLineFeed},
+    {"bom-removed", "without the byte order mark (EF BB BF) at the start", withoutByteOrderMark},
+    {"bom-added", "with a byte order mark (EF BB BF) at the start", withByteOrderMark},
 });
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 struct TextChange {
     const char* code;   ///< short, as in "lf"; it stays the same when words change
-    const char* words;  ///< what the text is like then, behind "it"
+    const char* words;  ///< what the text is like then, behind "valid"
 
     /// The text so changed; nothing if that changes nothing. Takes one pass over the text.
     std::optional<std::string> (*apply)(const std::string& text);

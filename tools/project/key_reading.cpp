@@ -15,7 +15,10 @@ std::string wordsOf(const KeyReport& report) {
     const std::string allowed = std::to_string(report.allowed);
     switch (report.fault) {
         case KeyFault::absent:
-            return name + " is absent";
+            return name + " is absent" +
+                   (report.attribute == privateScalarAttribute
+                        ? "; a project without it only verifies"
+                        : "");
         case KeyFault::tooLarge:
             return name + " has " + counted(report.found, "byte") + ", of which at most " +
                    allowed + " are taken, and counts as absent";

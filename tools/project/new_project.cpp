@@ -11,7 +11,7 @@
 #include "curve/point.h"
 #include "curve/random_scalar.h"
 #include "project/project_key_record.h"
-#include "tools/hexadecimal_digit.h"
+#include "frontend/hexadecimal_digit.h"
 #include "tools/project/point_product.h"
 #include "tools/project/stored_bytes.h"
 
@@ -103,7 +103,7 @@ ScalarReading readScalar(std::string_view text) {
     }
     for (const char digit : digits) {
         if (!hexadecimalValue(digit).has_value()) {
-            return {.refusal = "holds more than hexadecimal digits", .scalar = {}};
+            return {.refusal = "has a character that is not a hexadecimal digit", .scalar = {}};
         }
     }
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));

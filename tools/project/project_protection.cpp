@@ -48,11 +48,11 @@ void checkFile(const Status& file, bool holdsScalar, Findings& findings) {
     const mode_t ofGroup = file.st_uid == root ? S_IWGRP | S_IXGRP : S_IRWXG;
     if (holdsScalar && (file.st_mode & (ofGroup | S_IRWXO)) != 0) {
         find(findings, Finding::permissions,
-             "holds a private scalar and is open to others than its owner: mode " +
+             "holds a private scalar and is open to users other than its owner: mode " +
                  modeText(file.st_mode) + "; chmod it to 600, or to 640 if root owns it");
     } else if ((file.st_mode & writableByOthers) != 0) {
         find(findings, Finding::permissions,
-             "can be changed by others than its owner: mode " + modeText(file.st_mode) +
+             "can be changed by users other than its owner: mode " + modeText(file.st_mode) +
                  "; chmod it to 644");
     }
 }

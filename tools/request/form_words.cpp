@@ -10,7 +10,7 @@
 
 #include "frontend/form_input.h"
 #include "tools/counted_text.h"
-#include "tools/hexadecimal_digit.h"
+#include "frontend/hexadecimal_digit.h"
 #include "tools/request/quoted_text.h"
 #include "tools/request/request_words.h"
 

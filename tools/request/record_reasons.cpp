@@ -103,7 +103,7 @@ std::string reason(const RequestRun& run, const RequestWords& words) {
         case RequestFault::noSignature:
             return names.signature + " is absent or empty, and verifying needs it";
         case RequestFault::noInput:
-            return "neither " + names.data + " nor " + names.file + " is given" +
+            return names.data + " and " + names.file + " are both absent or empty" +
                    words.missingInput;
         case RequestFault::twoInputs:
             return names.data + " and " + names.file + " are both given, and only one may be";

@@ -11,7 +11,7 @@
 #include "core/integer.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
-#include "tools/hexadecimal_digit.h"
+#include "frontend/hexadecimal_digit.h"
 #include "tools/signature/byte_string.h"
 #include "tools/signature/der_signature.h"
 

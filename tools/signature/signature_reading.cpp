@@ -10,7 +10,7 @@
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
 #include "tools/counted_text.h"
-#include "tools/hexadecimal_digit.h"
+#include "frontend/hexadecimal_digit.h"
 #include "tools/rules.h"
 #include "verifier/pair_rules.h"
 
@@ -27,12 +27,12 @@ std::string wordsOf(const ParsedSignature& text, std::size_t length) {
             return "the signature has " + std::to_string(length) + " characters, more than " +
                    std::to_string(longestSignatureText);
         case SignatureFault::groups:
-            return "the signature's " + counted(length, "character is", "characters are") +
-                   " not whole groups of four";
+            return "the signature has " + counted(length, "character") +
+                   ", which is not a multiple of four";
         case SignatureFault::padding:
             return "the signature has " + std::to_string(groupBytes - text.bytes) +
-                   " times \"=\", more than the bytes of its groups (" +
-                   std::to_string(groupBytes) + ")";
+                   " \"=\", but its groups hold only " +
+                   counted(static_cast<std::uint64_t>(groupBytes), "byte");
         case SignatureFault::tooManyBytes:
             return "the signature stands for " + counted(bytes, "byte") + ", more than " +
                    std::to_string(longestSignature);
@@ -74,9 +74,10 @@ std::string quoted(std::string_view characters) {
     return text;
 }
 
-/// What the first of these characters is, which is not of the alphabet of signatures, and where it
+/// What the character at this place is, which is not of the alphabet of signatures, and where it
 /// comes from.
-std::string wordsOfStrange(std::string_view text) {
+std::string wordsOfStrange(std::string_view signature, std::size_t place) {
+    const std::string_view text = signature.substr(place);
     if (text[0] == '%' && text.size() > 2 && isHexadecimalDigit(text[1]) &&
         isHexadecimalDigit(text[2])) {
         return quoted(text.substr(0, 3)) +
@@ -84,7 +85,9 @@ std::string wordsOfStrange(std::string_view text) {
     }
     switch (text[0]) {
         case ' ':
-            return R"(a space, which a "+" becomes in a URL or a form: write it as "%2B" there)";
+            return place == 0 || text.size() == 1
+                       ? "a space, which is not part of it"
+                       : R"(a space, which a "+" becomes in a URL or a form: write it as "%2B" there)";
         case '\n':
             return "a line feed, which is not part of it";
         case '\r':
@@ -127,7 +130,7 @@ SignatureReading readSignature(std::string_view text) {
 
 std::string mismatchReason(const SignatureReading& signature) {
     std::string reason =
-        "the signature is well formed but made over other data or under another key";
+        "the signature was made over other data or under another key, or was altered";
     if (signature.r.lengthAndSign == signatureLimbs) {
         return reason;
     }
@@ -146,15 +149,17 @@ std::vector<std::string> signatureRemarks(const std::string& text) {
                strange != text.end()) {
         const auto place = static_cast<std::size_t>(strange - text.begin());
         remarks.push_back("character " + std::to_string(place + 1) + " of the signature is " +
-                          wordsOfStrange(std::string_view{text}.substr(place)));
+                          wordsOfStrange(text, place));
     }
     // Of other lengths a text is not decoded.
     const SignatureFault fault = parseSignatureText(text).fault;
     const bool isDecoded = fault != SignatureFault::tooLong && fault != SignatureFault::groups;
     const auto strange = std::count_if(text.begin(), text.end(), countsAsA);
     if (strange != 0 && isDecoded) {
-        remarks.push_back(counted(static_cast<std::uint64_t>(strange), "character") +
-                          " of the signature outside its alphabet: each counts as \"A\"");
+        remarks.push_back(counted(static_cast<std::uint64_t>(strange),
+                                  "character of the signature is",
+                                  "characters of the signature are") +
+                          " outside its alphabet, read as \"A\"");
     }
     return remarks;
 }

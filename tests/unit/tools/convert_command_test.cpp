@@ -92,8 +92,8 @@ TEST_F(ConvertCommand, ReadsEachFormFromStandardInput) {
 TEST_F(ConvertCommand, TakesNothingButOneLineFeedFromTheEndOfATextOnStandardInput) {
     const ScopedInput input(text + "\n\n");
     EXPECT_EQ(convert("-", SignatureForm::text, SignatureForm::text),
-              failed("standard input: the signature's " + std::to_string(text.size() + 1) +
-                     " characters are not whole groups of four"));
+              failed("standard input: the signature has " + std::to_string(text.size() + 1) +
+                     " characters, which is not a multiple of four"));
 }
 
 TEST_F(ConvertCommand, SaysAllFormsInJson) {
@@ -153,8 +153,8 @@ TEST_F(ConvertCommand, WritesNoDerToATerminal) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(convertCommand({.signature = text, .to = SignatureForm::der}), exitFailed);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "projectctl: standard output: is a terminal, and DER is binary; redirect it to a "
-              "file, or take --to hex\n");
+              "projectctl: standard output is a terminal, and DER is binary; redirect it to a "
+              "file, or use --to hex\n");
 }
 
 }  // namespace

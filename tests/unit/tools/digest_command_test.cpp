@@ -70,8 +70,8 @@ TEST_F(DigestCommand, WritesNoBytesToATerminal) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(digestCommand({.file = path}), exitFailed);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "projectctl: standard output: is a terminal, and a digest is binary; redirect it to "
-              "a file, or take --json\n");
+              "projectctl: standard output is a terminal, and a digest is binary; redirect it to "
+              "a file, or use --json\n");
 }
 
 TEST_F(DigestCommand, RefusesWhatCannotBeSigned) {

@@ -91,8 +91,8 @@ TEST_F(ExplainEngine, TellsThatASignatureIsValid) {
 
 TEST_F(ExplainEngine, TellsThatASignatureIsOfOtherDataOrAnotherKey) {
     const std::string reason =
-        "signature.mismatch: the signature is well formed but made over other data or under "
-        "another key";
+        "signature.mismatch: the signature was made over other data or under another key, or was "
+        "altered";
     EXPECT_EQ(reasonOf(explainForm(verifying(project, "&sig_data=abc", known.text))), reason);
     const std::string other = writeProject(keyAttributes(randomProjectKey()));
     EXPECT_EQ(reasonOf(explainForm(verifying(other, messageFile(), known.text))), reason);
@@ -294,10 +294,9 @@ TEST_F(ExplainEngine, TellsWhatIsWrongWithASignatureText) {
     EXPECT_EQ(invalidity(std::string(129, 'A')),
               "signature.too-long: the signature has 129 characters, more than 128");
     EXPECT_EQ(invalidity("ABCDE"),
-              "signature.groups: the signature's 5 characters are not whole groups of four");
+              "signature.groups: the signature has 5 characters, which is not a multiple of four");
     EXPECT_EQ(invalidity("===="),
-              "signature.padding: the signature has 4 times \"=\", more than the bytes of its "
-              "groups (3)");
+              "signature.padding: the signature has 4 \"=\", but its groups hold only 3 bytes");
     EXPECT_EQ(invalidity(std::string(60, 'b')),
               "signature.too-many-bytes: the signature stands for 45 bytes, more than 42");
     EXPECT_EQ(invalidity("A==="), "signature.no-bytes: the signature stands for no bytes");

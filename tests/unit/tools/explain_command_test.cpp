@@ -138,7 +138,7 @@ TEST_F(ExplainCommand, NamesTheOptionsOfARequestInOptions) {
         jsonOf(options).at("remarks").at(0),
         "--data-encoding is \"hex\", which is not a known word: the default applies, \"plain\"");
     options.data = std::nullopt;
-    EXPECT_EQ(jsonOf(options).at("reason"), "neither --data nor --file is given");
+    EXPECT_EQ(jsonOf(options).at("reason"), "--data and --file are both absent or empty");
     options.signature = "";
     EXPECT_EQ(jsonOf(options).at("reason"),
               "--signature is absent or empty, and verifying needs it");

@@ -63,10 +63,11 @@ TEST_F(ExplanationRemarks, TellOfAProjectThatOthersCanReadWithItsScalar) {
     using std::filesystem::perms;
     const std::string open = "sig_create=true&sig_data=a&project=" + project;
     std::filesystem::permissions(project, perms::others_read, std::filesystem::perm_options::add);
-    EXPECT_EQ(explainForm(open).remarks,
-              Remarks{"the project \"" + project +
-                      "\": holds a private scalar and is open to others than its owner: mode 0604; "
-                      "chmod it to 600, or to 640 if root owns it"});
+    EXPECT_EQ(
+        explainForm(open).remarks,
+        Remarks{"the project \"" + project +
+                "\": holds a private scalar and is open to users other than its owner: mode 0604; "
+                "chmod it to 600, or to 640 if root owns it"});
     AttributeValues verifier = readProjectBytes(fileBytes(known.project));
     verifier.erase(74);
     const std::string path = write("verifier", projectBytes(verifier));
@@ -105,15 +106,14 @@ TEST_F(ExplanationRemarks, TellOfTheNameInFrontOfASignature) {
 TEST_F(ExplanationRemarks, TellOfCharactersThatCountAsA) {
     const std::string start(52, 'b');
     const auto named = [](const std::string& what) { return "character 5" + what; };
-    EXPECT_EQ(
-        explainForm(verifying("&sig_data=a", start + "b-_=")).remarks,
-        (Remarks{named("4 of the signature is \"-\", which base64 for URLs has instead of "
-                       "\"+\""),
-                 "2 characters of the signature outside its alphabet: each counts as \"A\""}));
+    EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "b-_=")).remarks,
+              (Remarks{named("4 of the signature is \"-\", which base64 for URLs has instead of "
+                             "\"+\""),
+                       "2 characters of the signature are outside its alphabet, read as \"A\""}));
     EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "%20bbb")).remarks,
               (Remarks{named("3 of the signature is a space, which a \"+\" becomes in a URL or a "
                              "form: write it as \"%2B\" there"),
-                       "1 character of the signature outside its alphabet: each counts as \"A\""}));
+                       "1 character of the signature is outside its alphabet, read as \"A\""}));
     EXPECT_EQ(explainForm(verifying("&sig_data=a", start + "A%2B/=")).remarks, Remarks());
     // What is not decoded counts as nothing.
     EXPECT_EQ(explainForm(verifying("&sig_data=a", "AAAA%0A")).remarks,

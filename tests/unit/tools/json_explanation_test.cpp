@@ -158,7 +158,7 @@ TEST_F(ExplainJson, TellsWhyNoOperationIsSelected) {
 TEST_F(ExplainJson, TellsASignatureThatIsNoObject) {
     const std::string start = R"({"mode":"generateSignature","project":"p")";
     const std::string reason =
-        "request.no-input: neither 'signature.data' nor 'signature.file' is given";
+        "request.no-input: 'signature.data' and 'signature.file' are both absent or empty";
     EXPECT_EQ(reasonOf(explainJson(start + R"(,"signature":"x"})")),
               reason + ": 'signature' is a string, not an object");
     EXPECT_EQ(reasonOf(explainJson(start + R"(,"signature":null})")),

@@ -260,7 +260,7 @@ TEST_F(KeyExportRefusal, NamesTheCoordinateWithBitsAboveTheDegree) {
 TEST_F(KeyExportRefusal, NamesAScalarThatIsNone) {
     const std::string scalar = "attribute 74 (private scalar) ";
     attributes.erase(74);
-    expectPrivateRefusal(scalar + "is absent");
+    expectPrivateRefusal(scalar + "is absent; a project without it only verifies");
     for (const std::uint32_t bits : {64U, 163U}) {
         attributes[74] = integerValue(bits, Bytes((bits + 7) / 8));
         expectPrivateRefusal(scalar + "is zero");

@@ -51,7 +51,8 @@ TEST_F(KeyReading, NamesTheAttributeThatIsAbsent) {
 
 TEST_F(KeyReading, WantsAScalarForSigningAlone) {
     const auto without = refusals(74, std::nullopt);
-    EXPECT_EQ(without[0], "attribute 74 (private scalar) is absent");
+    EXPECT_EQ(without[0],
+              "attribute 74 (private scalar) is absent; a project without it only verifies");
     EXPECT_EQ(without[1], std::nullopt);
 }
 
@@ -100,7 +101,8 @@ TEST_F(KeyReading, TellsOfAnotherDegree) {
 }
 
 TEST_F(KeyReading, TellsOfTheScalarFirstAndOfTheBasePointLast) {
-    EXPECT_EQ(signingRefusal(ProjectFile{}), "attribute 74 (private scalar) is absent");
+    EXPECT_EQ(signingRefusal(ProjectFile{}),
+              "attribute 74 (private scalar) is absent; a project without it only verifies");
     EXPECT_EQ(verifyingRefusal(ProjectFile{}), "attribute 75 (x of the public point) is absent");
 }
 

@@ -126,9 +126,11 @@ TEST(ReadScalar, TellsWhatIsWrong) {
     EXPECT_EQ(readScalar("").refusal, "holds no digits");
     EXPECT_EQ(readScalar(" \n").refusal, "holds no digits");
     for (const char* text : {"12 34", "0x12", "g", "-1", "12\n34"}) {
-        EXPECT_EQ(readScalar(text).refusal, "holds more than hexadecimal digits") << text;
+        EXPECT_EQ(readScalar(text).refusal, "has a character that is not a hexadecimal digit")
+            << text;
     }
-    EXPECT_EQ(readScalar(std::string("1\0", 2)).refusal, "holds more than hexadecimal digits");
+    EXPECT_EQ(readScalar(std::string("1\0", 2)).refusal,
+              "has a character that is not a hexadecimal digit");
     EXPECT_EQ(readScalar("000").refusal, "the scalar is zero");
     for (const std::string& digits : {std::string(curveOrderDigits), std::string(41, 'f'),
                                       "1" + std::string(41, '0'), "1" + std::string(2000, '0')}) {

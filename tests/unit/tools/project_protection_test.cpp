@@ -79,8 +79,8 @@ TEST_F(CheckProtection, FindsAScalarThatOthersCanReach) {
                                                      {{alice, 04604}, "4604"}}) {
         EXPECT_EQ(
             foundWith(file, alice),
-            Strings{"project.permissions: holds a private scalar and is open to others than its "
-                    "owner: mode " +
+            Strings{"project.permissions: holds a private scalar and is open to users other than "
+                    "its owner: mode " +
                     mode + "; chmod it to 600, or to 640 if root owns it"});
     }
 }
@@ -94,7 +94,7 @@ TEST_F(CheckProtection, LetsEverybodyReadAProjectWithoutAScalarAndNobodyChangeIt
              {std::pair<mode_t, std::string>{0664, "0664"}, {0646, "0646"}, {0666, "0666"}}) {
             EXPECT_EQ(
                 foundWith({owner, mode}, alice, false),
-                Strings{"project.permissions: can be changed by others than its owner: mode " +
+                Strings{"project.permissions: can be changed by users other than its owner: mode " +
                         text + "; chmod it to 644"});
         }
     }

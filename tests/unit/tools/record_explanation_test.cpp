@@ -50,7 +50,7 @@ TEST_F(ExplainRecord, TellsThatThereIsNeitherDataNorFile) {
     for (const std::string& body : {signingForm(), signingForm() + "&sig_data=&sig_file=",
                                     verifyingForm() + "&sig=x&sig_data_encoding=json"}) {
         EXPECT_EQ(refusalOf(explainForm(body), dataOrFile),
-                  "request.no-input: neither 'sig_data' nor 'sig_file' is given");
+                  "request.no-input: 'sig_data' and 'sig_file' are both absent or empty");
     }
 }
 

@@ -146,7 +146,7 @@ TEST(HexadecimalSignature, RefusesNumbersThatNoSignatureHas) {
 
 TEST(SignatureForms, RefuseWhatTheirReadersRefuse) {
     EXPECT_EQ(readSignatureAs(SignatureForm::text, "BBBBB").refusal,
-              "the signature's 5 characters are not whole groups of four");
+              "the signature has 5 characters, which is not a multiple of four");
     EXPECT_EQ(readSignatureAs(SignatureForm::der, "0").refusal,
               "the signature ends before its length");
     EXPECT_EQ(readSignatureAs(SignatureForm::der, "0\x06\x02\x01\x00\x02\x01\x01"s).refusal,

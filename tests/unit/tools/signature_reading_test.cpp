@@ -55,19 +55,18 @@ TEST(ReadSignature, RefusesATextOfMoreThan128Characters) {
 }
 
 TEST(ReadSignature, RefusesIncompleteGroups) {
-    EXPECT_EQ(refusalOf("B"), "the signature's 1 character is not whole groups of four");
-    EXPECT_EQ(refusalOf("BBB"), "the signature's 3 characters are not whole groups of four");
+    EXPECT_EQ(refusalOf("B"), "the signature has 1 character, which is not a multiple of four");
+    EXPECT_EQ(refusalOf("BBB"), "the signature has 3 characters, which is not a multiple of four");
     EXPECT_EQ(refusalOf(std::string(57, 'B')),
-              "the signature's 57 characters are not whole groups of four");
+              "the signature has 57 characters, which is not a multiple of four");
     EXPECT_EQ(refusalOf(std::string(127, 'B')),
-              "the signature's 127 characters are not whole groups of four");
+              "the signature has 127 characters, which is not a multiple of four");
 }
 
 TEST(ReadSignature, RefusesMorePaddingThanBytes) {
-    EXPECT_EQ(refusalOf("===="),
-              "the signature has 4 times \"=\", more than the bytes of its groups (3)");
+    EXPECT_EQ(refusalOf("===="), "the signature has 4 \"=\", but its groups hold only 3 bytes");
     EXPECT_EQ(refusalOf(std::string(128, '=')),
-              "the signature has 128 times \"=\", more than the bytes of its groups (96)");
+              "the signature has 128 \"=\", but its groups hold only 96 bytes");
 }
 
 TEST(ReadSignature, RefusesMoreThan42Bytes) {
@@ -140,7 +139,7 @@ TEST(ReadSignature, GivesTheNumbersThatItRefuses) {
 
 TEST(MismatchReason, NamesTheRareSignaturesWhoseRIsShort) {
     const std::string reason =
-        "the signature is well formed but made over other data or under another key";
+        "the signature was made over other data or under another key, or was altered";
     const auto reasonOf = [](const std::string& r) {
         return mismatchReason(readSignature(signatureText({.r = r, .s = "5"})));
     };
@@ -284,7 +283,7 @@ TEST(SignatureRemarks, TellOfEachCharacterOutsideTheAlphabet) {
         if (!isKnown) {
             EXPECT_TRUE(remarks[0].starts_with("character 3 of the signature is ")) << remarks[0];
             EXPECT_EQ(remarks[1],
-                      "2 characters of the signature outside its alphabet: each counts as \"A\"");
+                      "2 characters of the signature are outside its alphabet, read as \"A\"");
         }
     }
     EXPECT_EQ(
@@ -300,6 +299,8 @@ TEST(SignatureRemarks, NameTheFirstCharacterOutsideTheAlphabet) {
         {"AB CD E",
          "character 3 of the signature is a space, which a \"+\" becomes in a URL or a form: write "
          "it as \"%2B\" there"},
+        {" ABCD", "character 1 of the signature is a space, which is not part of it"},
+        {"ABCD ", "character 5 of the signature is a space, which is not part of it"},
         {"AB%2BC", R"(character 3 of the signature is "%2B", as characters are written in a URL )"
                    "or a form: decode it first"},
         {"AB%2bC", R"(character 3 of the signature is "%2b", as characters are written in a URL )"

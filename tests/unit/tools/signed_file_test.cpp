@@ -49,7 +49,7 @@ protected:
         }
         const std::string start = "projectctl: " + path + ": ";
         EXPECT_EQ(messages[start + "was cut while it was read\n"], 1U);
-        EXPECT_EQ(messages[start + "changed while it was read\n"], 1U);
+        EXPECT_EQ(messages[start + "became shorter while it was mapped\n"], 1U);
         EXPECT_EQ(messages.size(), 2U);
     }
 
