@@ -66,8 +66,8 @@ void integerNormalise(CoreInteger& value);
 void integerAdd(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
 /// result := a - b. The longer magnitude counts as the greater, zero top limbs included; where its
-/// value is not, the difference is modulo 2^64 for each of its limbs. The difference drops zero top
-/// limbs, unless nothing was subtracted.
+/// value is the smaller, the difference wraps modulo 2^(64 L), L being its length. The difference
+/// drops zero top limbs, unless nothing was subtracted.
 void integerSubtract(const CoreInteger& a, const CoreInteger& b, CoreInteger& result);
 
 /// result := a * b, schoolbook. Accepts operands with zero top limbs; the result is normal.

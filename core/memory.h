@@ -16,11 +16,11 @@ void* coreAlloc(std::uint64_t size, std::uint64_t flags);
 
 /// Takes back a block of `coreAlloc`; null is accepted.
 ///
-/// A carved block joins the first free entry that starts at the block's end, or that starts as far
-/// below the block as the block is long. The length of the entry below is not looked at, so only
-/// one of the block's own length is sure to be a neighbour. Failing both, the block becomes an
-/// entry of its own; a table without room for it leaves the stretch unused until `coreStop`. After
-/// the sixteenth carved block taken back, each further one ends with `coreCompact`.
+/// A carved block joins the first free entry that starts at the block's end, or that starts at the
+/// block's address less the block's size. The size of that entry is not looked at: it is really
+/// adjacent only if it has the same size. Failing both, the block becomes an entry of its own; a
+/// table without room for it leaves the stretch unused until `coreStop`. After the sixteenth carved
+/// block taken back, each further one ends with `coreCompact`.
 void coreFree(void* block);
 
 /// Joins neighbours in `freeBlocks`: one pass over the entries in order, each of which takes in at

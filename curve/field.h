@@ -60,8 +60,8 @@ int fieldAddTo(FieldElement& a, const FieldElement& b);
 /// Shifts the words 0 to W left by one bit.
 void fieldShiftLeftOne(FieldElement& e);
 
-/// Divides the low W words by z, with the lowest bit of word W moving in at their top. Of word W,
-/// the lower half is divided by itself and the upper half stays.
+/// Divides the low W words by z, with the lowest bit of word W moving in at their top. The lower
+/// half of word W is shifted on its own, and its upper half stays.
 void fieldShiftRightOne(FieldElement& e);
 
 /// Fills the element's ceil(m / 32) 32-bit words from `hostRandomBytes` and shifts the top one

@@ -20,9 +20,14 @@ namespace {
 
 using Digest = std::array<std::uint8_t, ripemd160DigestSize>;
 
+/// An integer with room for the products of two below the order.
+IntegerTemporary workingInteger(const CurveDomain& domain) {
+    return IntegerTemporary(integerAlloc(16 * domain.degree));
+}
+
 /// The group order as an integer.
 IntegerTemporary orderOf(const CurveDomain& domain) {
-    IntegerTemporary order(integerAlloc(16 * domain.degree));
+    IntegerTemporary order = workingInteger(domain);
     fieldToInteger(domain.order, *order);
     return order;
 }
@@ -78,16 +83,15 @@ void curveSignDigest(const CurveDomain& domain, const CoreInteger& privateScalar
                        [&](const FieldElement& k) { return signFast(*key, k, digest, pair); });
         return;
     }
-    const std::uint64_t bits = 16 * domain.degree;
     const IntegerTemporary order = orderOf(domain);
     const MontgomeryScope montgomery(*order);
     PointTemporary R(domain.degree);
-    const IntegerTemporary r(integerAlloc(bits));
-    const IntegerTemporary e(integerAlloc(bits));
-    const IntegerTemporary nonce(integerAlloc(bits));
-    const IntegerTemporary inverse(integerAlloc(bits));
-    const IntegerTemporary product(integerAlloc(bits));
-    const IntegerTemporary sum(integerAlloc(bits));
+    const IntegerTemporary r = workingInteger(domain);
+    const IntegerTemporary e = workingInteger(domain);
+    const IntegerTemporary nonce = workingInteger(domain);
+    const IntegerTemporary inverse = workingInteger(domain);
+    const IntegerTemporary product = workingInteger(domain);
+    const IntegerTemporary sum = workingInteger(domain);
     digestToInteger(domain, digest, *e);
 
     signInAttempts(domain, pair, [&](const FieldElement& k) {
@@ -129,11 +133,10 @@ namespace {
 /// R := e / s * G + r / s * Q.
 void recompute(const CurveDomain& domain, const CurvePoint& publicPoint, const std::uint8_t* digest,
                const SignaturePair& pair, const CoreInteger& order, CurvePoint& R) {
-    const std::uint64_t bits = 16 * domain.degree;
     const MontgomeryScope montgomery(order);
-    const IntegerTemporary e(integerAlloc(bits));
-    const IntegerTemporary inverse(integerAlloc(bits));
-    const IntegerTemporary product(integerAlloc(bits));
+    const IntegerTemporary e = workingInteger(domain);
+    const IntegerTemporary inverse = workingInteger(domain);
+    const IntegerTemporary product = workingInteger(domain);
     const FieldTemporary u1(fieldNew(domain.degree));
     const FieldTemporary u2(fieldNew(domain.degree));
 
@@ -154,7 +157,6 @@ std::uint8_t curveVerifyDigest(const CurveDomain& domain, const CurvePoint& publ
     if (zeroFault(pair.r, pair.s) != PairFault::none) {
         return 0;
     }
-    const std::uint64_t bits = 16 * domain.degree;
     const IntegerTemporary order = orderOf(domain);
     if (rangeFault(pair.r, pair.s, *order) != PairFault::none) {
         return 0;
@@ -166,7 +168,7 @@ std::uint8_t curveVerifyDigest(const CurveDomain& domain, const CurvePoint& publ
     if (pointIsInfinity(*R)) {
         return 0;
     }
-    const IntegerTemporary v(integerAlloc(bits));
+    const IntegerTemporary v = workingInteger(domain);
     reduceX(*R, *order, *v);
     return integerCompare(*v, pair.r) == 0 ? 1 : 0;
 }

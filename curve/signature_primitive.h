@@ -19,14 +19,14 @@ inline constexpr int signatureAttemptLimit = 32;
 /// Signs `length` bytes: r = x(k * G) mod n and s = (e + d * r) / k mod n with a fresh nonce k.
 ///
 /// r and s need room for n. An attempt that ends in a zero half is followed by another, which with
-/// a base point of order n has a chance of about 2^-160. An unsound base point can make every
-/// attempt end so; then r and s are both left zero. It can also make x(k * G) zero: that x is not
-/// reduced, so it has limbs and passes, and r is zero.
+/// a base point of order n has a chance of about 2^-162: r is never zero then. An unsound base
+/// point can make every attempt end so; then r and s are both left zero. It can also make x(k * G)
+/// zero: that x is not reduced, so it has limbs and passes, and r is zero.
 void curveSign(const CurveDomain& domain, const CoreInteger& privateScalar,
                const std::uint8_t* data, std::uint64_t length, const SignaturePair& pair);
 
-/// The rule that keeps r and s, whatever is signed and by whom, from being a signature: the first
-/// one, in this order.
+/// Why r and s are no signature, of whatever data and under whatever key: the first reason, in this
+/// order.
 enum class PairFault : std::uint8_t {
     none,
     rZero,

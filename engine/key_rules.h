@@ -10,8 +10,8 @@
 KeyReport coordinateFault(const ProjectKeyRecord& record, ProjectAttributeId id);
 
 /// Why a key does not sign: for its scalar, its public point, or the base point's coordinates. The
-/// base point comes only with a complete key, so one without a public point cannot sign; of what
-/// degree that is, is not asked.
+/// base point comes only with a complete key, so one without a public point cannot sign. The degree
+/// of the public point does not matter for signing.
 KeyReport signingFault(const ProjectKeyRecord& record);
 
 /// Why a key does not verify: for its public point, then for the coordinates of both points.

@@ -18,7 +18,7 @@ struct stat statusOf(int descriptor) {
     return status;
 }
 
-/// A length widened with its sign: of a negative one, no mapping has room for the size.
+/// A length widened with its sign. A negative length becomes a size that no mapping has room for.
 std::size_t mappingLength(std::uint32_t size) {
     return static_cast<std::size_t>(static_cast<std::int32_t>(size));
 }

@@ -5,8 +5,8 @@
 
 /// Read-only private mapping of a file, with its descriptor. One thread owns it.
 ///
-/// The size of a file counts modulo 2^32, and half of these values as negative. Another process
-/// that shortens the file while it is read ends this one with a bus error.
+/// Only the low 32 bits of a size count, as a signed number. Another process that shortens the file
+/// while it is read ends this one with a bus error.
 struct MappedFile {
     std::int32_t descriptor = -1;           ///< -1 when closed
     const std::uint8_t* address = nullptr;  ///< null when nothing is mapped

@@ -18,8 +18,8 @@ inline constexpr std::size_t signatureBufferSize = 128;
 // file of 2^32 + 5 bytes stands for its first five, one of 2^31 bytes is refused.
 
 /// What an operation works on and what it meets, step by step. The first step with a fault is the
-/// last that is taken, and the later members stay empty. Whoever wants to know why an operation
-/// gave false hands in a fresh one.
+/// last that is taken, and the later members stay empty; but the fault `cut` of the input is found
+/// when all is done. Whoever wants to know why an operation gave false hands in a fresh one.
 struct EngineReport {
     MappedInput input;       ///< of the operations on a file
     bool hasData = false;    ///< there is something to sign or verify

@@ -8,7 +8,7 @@
 /// The rules of request data in base64.
 enum class Base64Fault : std::uint8_t {
     none,
-    length,     ///< no groups of four, or none at all
+    length,     ///< not whole groups of four, or no text
     character,  ///< one that is outside the alphabet
     padding,    ///< "=" anywhere but at the end of the last group
 };

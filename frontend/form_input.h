@@ -17,7 +17,8 @@ using FormParameters = std::map<std::string, std::string>;
 ///
 /// With `fromBody` the text is the body alone, as far as CONTENT_LENGTH announces it and up to its
 /// first zero byte: there is none when the length is unset or 0, is 2^64 - 1 or more, or nothing
-/// arrives. Without, it is QUERY_STRING, less a pair of double quotation marks around it.
+/// arrives. A length from 2^63 - 1 to 2^64 - 2 raises what `readRequestBody` raises. Without, it is
+/// QUERY_STRING, less a pair of double quotation marks around it.
 RequestFault readFormParameters(FormParameters& parameters, const RequestSource& source,
                                 bool fromBody);
 

@@ -23,6 +23,8 @@ const char* messageOf(RequestFault fault) {
             return "'mode' parameter missing or invalid";
         case RequestFault::noProject:
             return "'project' parameter is required";
+        case RequestFault::unknownMode:
+            return "Invalid mode";
         case RequestFault::noSignature:
             return "'signature' parameter is required";
         case RequestFault::noInput:
@@ -34,8 +36,6 @@ const char* messageOf(RequestFault fault) {
             return "Invalid base64 data";
         case RequestFault::generation:
             return "Signature generation failed";
-        case RequestFault::unknownMode:
-            return "Invalid mode";
         case RequestFault::none:
             break;
     }

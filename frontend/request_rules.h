@@ -4,8 +4,8 @@
 
 #include "frontend/request_record.h"
 
-/// The rules that a request can break, in the order in which they are tried; `unknownMode` is tried
-/// in front of the rules of an operation.
+/// The rules that a request can break, in the order in which they are tried; but those on JSON
+/// text, from `jsonSyntax` to `jsonMemory`, are met as it is read.
 enum class RequestFault : std::uint8_t {
     none,
 
@@ -27,13 +27,13 @@ enum class RequestFault : std::uint8_t {
 
     noMode,
     noProject,
+    unknownMode,   ///< the record asks for an operation that there is not
     noSignature,   ///< to verify
     noInput,       ///< neither data nor file
     twoInputs,     ///< data and file
     dataEncoding,  ///< neither plain nor base64
     dataBase64,    ///< the data are no base64
     generation,    ///< the engine makes no signature
-    unknownMode,   ///< the record asks for an operation that there is not
 };
 
 /// The message that answers a request which breaks this rule; `none` is no rule and has none.

@@ -1,6 +1,7 @@
 // Starts a program under limits, for servers that set none on their CGI programs:
 //
-//   limited [PROGRAM]     sign.cgi beside it, or nph-sign.cgi if PROGRAM ends in that name
+//   limited [PROGRAM]     sign.cgi beside it, or nph-sign.cgi if that is the last component of
+//                         PROGRAM; any other than these two is refused
 //
 // lighttpd starts it as the interpreter of the programs, fcgiwrap as the program itself. Nobody who
 // reaches either chooses what it does: it takes no path and no setting from its arguments or its
@@ -62,8 +63,9 @@ int main(int argumentCount, char** arguments) {
     // Behind the limits, of which the time also ends a wait for the device.
     const RandomDeviceFault fault = randomDeviceFault();
     if (fault != RandomDeviceFault::none) {
-        return refuse("/dev/urandom", deviceFaults.at(static_cast<std::size_t>(fault)),
-                      "let the server's programs see the kernel's, or signatures give keys away");
+        return refuse("random device", deviceFaults.at(static_cast<std::size_t>(fault)),
+                      "let the server's programs see the kernel's /dev/urandom, or signatures give "
+                      "keys away");
     }
     const std::array<char*, 2> started{path.data(), nullptr};
     const RequestVariables variables = requestVariables(environ);

@@ -34,7 +34,7 @@ enum class ProjectFault : std::uint8_t {
     open,        ///< it cannot be opened
     header,      ///< it is shorter than a header
     magic,       ///< it begins with another magic
-    unreadable,  ///< reading fails, or the file is shorter by then than its size was
+    unreadable,  ///< reading or seeking fails, or it is shorter by then than its size was
     noBody,      ///< its header counts entries, and nothing is behind it
     digest,      ///< the digest in its header is not that of its body
     directory,   ///< it has no room for as many entries as its header counts
@@ -45,7 +45,7 @@ enum class ProjectFault : std::uint8_t {
 /// How the loading of a file ended. A number that it did not get to is 0.
 struct ProjectLoading {
     ProjectFault fault = ProjectFault::none;
-    int error = 0;                   ///< errno of `open`; of `unreadable`, if the system gave one
+    int error = 0;                   ///< errno of `open`; of `unreadable`, if reading failed
     std::uint64_t fileSize = 0;      ///< in bytes: of `header`, or once the body was read
     std::uint32_t entryCount = 0;    ///< as the header counts them
     std::uint32_t refusedEntry = 0;  ///< from 0, from `directory` on: the first one that is refused
@@ -112,10 +112,10 @@ struct ProjectFile {
     /// Replaces the content with that of the file, and tells the first `ProjectFault` if it has
     /// one; the table is then empty. Of two entries with one id the first is kept.
     ///
-    /// `filePath` must not be the text of `path`, which is emptied first if the table is populated.
-    /// A refusal of the directory or a value empties it too; any other leaves it as it then is. A
-    /// file with an entry count of 0 loads as an empty table whatever else it holds, and sets no
-    /// path.
+    /// `filePath` must not be the text of `path`, for if the table is populated, `path` is emptied
+    /// first. A refusal of the directory or a value empties `path` too; any other refusal leaves
+    /// `path` as it then is. A file with an entry count of 0 loads as an empty table whatever else
+    /// it holds, and sets no path.
     ///
     /// The bytes that were digested are those that the values are taken from. Takes memory of twice
     /// the file's size and a time that grows with the size alone, whatever the directory says.

@@ -63,11 +63,10 @@ void copyElement(const core::FieldElement& source, core::FieldElement* destinati
 }  // namespace
 
 void ProjectKeyRecord::loadFromAttributes(const ProjectFile& file) {
-    loading[0] = loadElement(file, basePointXAttribute, basePointX);
-    loading[1] = loadElement(file, basePointYAttribute, basePointY);
-    loading[2] = loadScalar(file, privateScalar);
-    loading[3] = loadElement(file, publicPointXAttribute, publicPointX);
-    loading[4] = loadElement(file, publicPointYAttribute, publicPointY);
+    loading = {loadElement(file, basePointXAttribute, basePointX),
+               loadElement(file, basePointYAttribute, basePointY), loadScalar(file, privateScalar),
+               loadElement(file, publicPointXAttribute, publicPointX),
+               loadElement(file, publicPointYAttribute, publicPointY)};
 }
 
 KeyReport ProjectKeyRecord::privateScalarFault() const {

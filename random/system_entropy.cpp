@@ -13,7 +13,7 @@ void collectSystemEntropy(std::vector<std::uint8_t>& pool) {
         pool.push_back(static_cast<std::uint8_t>(now >> 8 * byte));
     }
 
-    // The stream's, so that it asks the device for no more than a seed takes.
+    // A buffer for the stream of just one seed, so that it asks the device for no more.
     std::array<char, seedRounds * seedItemSize> buffer;
     const RandomDevice device = openRandomDevice();
     if (device == nullptr) {

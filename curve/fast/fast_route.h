@@ -11,8 +11,8 @@ namespace core {
 // formulas. No answer depends on which route gave it.
 //
 // A point is sound when its coordinates are reduced elements of degree 163, it is on the curve, and
-// its order is n. The group has 2n elements and is cyclic, so the points of order n are, beside
-// infinity, the doubles; and a point of the curve is a double exactly when Tr(x) = Tr(a)
+// its order is n. The group has 2n elements and is cyclic, so the points of order n are the doubles
+// other than infinity; and a point of the curve is a double exactly when Tr(x) = Tr(a)
 // (G. Seroussi, Compact Representation of Elliptic Curve Points over F_2^n, 1998). Here
 // Tr(a) = Tr(1) = 1, and Tr(x) = x_0 + x_157. So x is not 0, and neither is that of any multiple
 // that is not infinity.

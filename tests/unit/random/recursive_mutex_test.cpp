@@ -12,7 +12,8 @@
 #include <span>
 #include <string>
 #include <thread>
-#include <type_traits>
+
+#include "tests/unit/random/system_mutex.h"
 
 namespace {
 
@@ -31,24 +32,6 @@ TEST(RecursiveMutex, IsThePlainRecursiveMutexOfTheSystem) {
     static_assert(sizeof mutex == sizeof plain);
     EXPECT_TRUE(std::ranges::equal(std::as_bytes(std::span(&mutex, 1)),
                                    std::as_bytes(std::span(&plain, 1))));
-}
-
-/// The mutex of the system that the first test finds in place.
-pthread_mutex_t* systemMutex(RecursiveMutex& mutex) {
-    static_assert(std::is_standard_layout_v<RecursiveMutex>);
-    return reinterpret_cast<pthread_mutex_t*>(&mutex);
-}
-
-/// Whether another thread could take the mutex now.
-bool isFree(RecursiveMutex& mutex) {
-    bool taken = false;
-    std::thread([&] {
-        taken = pthread_mutex_trylock(systemMutex(mutex)) == 0;
-        if (taken) {
-            pthread_mutex_unlock(systemMutex(mutex));
-        }
-    }).join();
-    return taken;
 }
 
 /// Whether this thread of the process waits in the system for the mutex, by the number and the

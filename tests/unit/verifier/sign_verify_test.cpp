@@ -1,6 +1,7 @@
 #include "verifier/sign_verify.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -12,6 +13,7 @@
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_text.h"
 #include "tests/support/signature_vectors.h"
+#include "tests/support/stopped_core.h"
 #include "tests/support/temporary_folder.h"
 #include "verifier/verdict_rules.h"
 
@@ -70,6 +72,7 @@ protected:
         return rulingOf(sign_verify_data, path.c_str(), data.data(), data.size(), text);
     }
 
+    const StoppedCore core;  // which each call starts
     const SignatureCase& sound = signatureCases().front();
     const char* project = sound.project.c_str();
     const char* text = sound.text.c_str();
@@ -96,6 +99,7 @@ TEST_F(SignVerify, NamesTheRuleThatATextBreaks) {
         {std::string(132, 'A'), "signature.too-long"},
         {"AAA", "signature.groups"},
         {std::string(60, 'A'), "signature.too-many-bytes"},
+        {"====", "signature.padding"},
         {"A===", "signature.no-bytes"},
         {"AAAA", "signature.odd"},
         {signatureText({.r = "0", .s = "1"}, 21), "signature.r-zero"},
@@ -113,11 +117,15 @@ TEST_F(SignVerify, NamesTheRuleThatATextBreaks) {
 TEST_F(SignVerify, NamesTheFirstRuleThatIsBroken) {
     const std::string empty = folder.write("empty", {});
     const std::string keyless = folder.write("keyless", projectBytes({{1, {10}}}));
+    const std::string fifo = folder.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(rulingOnFile(folder.file("none")), refusedBy("file.open"));
     EXPECT_EQ(rulingOnFile(folder.path()), refusedBy("file.directory"));
     EXPECT_EQ(rulingOnFile(empty), refusedBy("file.empty"));
     EXPECT_EQ(rulingUnder(folder.file("none")), refusedBy("project.open"));
     EXPECT_EQ(rulingUnder(folder.path()), refusedBy("project.unreadable"));
+    EXPECT_EQ(rulingUnder(fifo), refusedBy("project.header"));
+    EXPECT_EQ(rulingUnder("/dev/null"), refusedBy("project.header"));
     EXPECT_EQ(rulingOfAll(empty, data, text), refusedBy("project.header"));
     EXPECT_EQ(rulingOfAll(keyless, data, text), refusedBy("key.absent"));
     // Data or a file, then the project, then the key, then the text.
@@ -160,14 +168,18 @@ TEST_F(SignVerify, ReadsNoneOfDataThatAreTooLarge) {
 }
 
 TEST_F(SignVerify, SaysNoOfAFileThatIsCutMeanwhile) {
-    const std::string file = folder.write("data", data);
-    ScopedFailingCalls calls;
-    calls.beforeStatus = [&](unsigned number) {
-        if (number == 3) {
-            EXPECT_EQ(::truncate(file.c_str(), static_cast<off_t>(data.size() - 1)), 0);
-        }
-    };
-    EXPECT_EQ(rulingOf(sign_verify_file, project, file.c_str(), text), refusedBy("file.cut"));
+    // Before a question for its size: by a byte, so that its last page stays readable.
+    for (const auto& [question, code] :
+         {std::pair{2U, "file.changed"}, std::pair{3U, "file.cut"}}) {
+        const std::string file = folder.write("data", data);
+        ScopedFailingCalls calls;
+        calls.beforeStatus = [&, question = question](unsigned number) {
+            if (number == question) {
+                EXPECT_EQ(::truncate(file.c_str(), static_cast<off_t>(data.size() - 1)), 0);
+            }
+        };
+        EXPECT_EQ(rulingOnFile(file), refusedBy(code));
+    }
 }
 
 TEST_F(SignVerify, TellsThatMemoryIsShortAndGoesOn) {
@@ -183,6 +195,10 @@ TEST_F(SignVerify, TellsThatMemoryIsShortAndGoesOn) {
 
 TEST(SignVerifyDeathTest, HasNoRandomBytesToGive) {
     EXPECT_DEATH(core::hostRandomBytes(nullptr, 0), "");
+}
+
+TEST(VerdictRules, NameAFileThatTheSystemDoesNotMap) {
+    EXPECT_STREQ(codeOf(FileFault::mapping), "file.mapping");
 }
 
 TEST(VerdictRules, HaveNoCodeForWhatBreaksNone) {
