@@ -5,16 +5,17 @@
 //   client.mjs [--form] verify PROJECT data|base64|file VALUE SIGNATURE
 //
 // VALUE of data and base64 is text, @FILE for the bytes of a local file, or - for standard input.
-// Such bytes are sent as a form, text in JSON unless --form asks for one. A server takes requests of
-// 8 MiB, which hold some 3.3 MB of random bytes. PROJECT and a file's path are paths of the server,
-// whose program is at SIGN_URL, or http://127.0.0.1/sign.cgi. Prints the signature, true or false.
-// Exit status: 0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer of it.
+// Such bytes are sent as a form, text in JSON unless --form asks for one. A server takes requests
+// of 8 MiB, which hold some 3.3 MB of random bytes. PROJECT and a file's path are paths of the
+// server, whose program is at SIGN_URL, or http://127.0.0.1/sign.cgi. Prints the signature, true or
+// false. Exit status:
+// 0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer from it.
 
 import { readFileSync, realpathSync } from "node:fs";
 import { fileURLToPath } from "node:url";
 
 const url = process.env.SIGN_URL ?? "http://127.0.0.1/sign.cgi";
-const tooLarge = "too large a request; put the data into a file on the server and name it as 'file'";
+const tooLarge = "request too large; put the data into a file on the server and name it as 'file'";
 const usage = "usage: client.mjs [--form] sign|verify PROJECT data|base64|file VALUE [SIGNATURE]";
 
 /** An error with the exit status of the program. */
@@ -26,15 +27,15 @@ class Failure extends Error {
 }
 
 /**
- * The text of a signature over value, which is, as what tells, data, base64 or a file. Bytes, in the
- * place of text, are sent as a form: JSON holds text alone.
+ * The text of a signature over value; what says whether it is data, base64 or a file. Bytes are
+ * sent as a form, because JSON can hold only text.
  */
 export function sign(project, what, value, form = false) {
     return ask("signature", project, what, value, "", form);
 }
 
 export async function verify(project, what, value, signature, form = false) {
-    // The name that genPairs puts in front is no part of the signature: with it, nothing verifies.
+    // The name that genPairs puts in front is not part of the signature: with it, nothing verifies.
     signature = signature.replace(/^signature:/, "");
     return (await ask("valid", project, what, value, signature, form)) === "true";
 }
@@ -90,8 +91,8 @@ async function ask(result, project, what, value, signature, form) {
             // Told below.
         }
     }
-    const told = response.status === 413 ? `413: ${tooLarge}` : `${response.status} ${type}`;
-    throw new Failure(4, `no answer of the program, but HTTP status ${told}`);
+    const told = response.status === 413 ? `413, ${tooLarge}` : `${response.status} ${type}`;
+    throw new Failure(4, `no answer from the program: HTTP status ${told}`);
 }
 
 /** Bytes as form text: whatever is not a letter or a digit is escaped. */
@@ -117,7 +118,7 @@ function localBytes(value) {
 }
 
 async function main(words) {
-    // What is no UTF-8 in an argument has come here as U+FFFD: other bytes would be signed.
+    // What is not UTF-8 in an argument has come here as U+FFFD: other bytes would be signed.
     if (words.some((word) => word.includes("\uFFFD"))) {
         throw new Failure(2, "an argument is not UTF-8 or holds U+FFFD; give it as @FILE or -");
     }

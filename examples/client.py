@@ -8,7 +8,7 @@ VALUE of data and base64 is text, @FILE for the bytes of a local file, or - for 
 bytes are sent as a form, text in JSON unless --form asks for one. A server takes requests of 8 MiB,
 which hold some 3.3 MB of random bytes. PROJECT and a file's path are paths of the server, whose
 program is at SIGN_URL, or http://127.0.0.1/sign.cgi. Prints the signature, true or false. Exit status:
-0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer of it.
+0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer from it.
 """
 
 import http.client
@@ -20,7 +20,7 @@ import urllib.parse
 import urllib.request
 
 URL = os.environ.get("SIGN_URL", "http://127.0.0.1/sign.cgi")
-TOO_LARGE = ": too large a request; put the data into a file on the server and name it as 'file'"
+TOO_LARGE = ", request too large; put the data into a file on the server and name it as 'file'"
 USAGE = "usage: client.py [--form] sign|verify PROJECT data|base64|file VALUE [SIGNATURE]"
 
 
@@ -29,7 +29,7 @@ class Refused(Exception):
 
 
 class NoAnswer(Exception):
-    """What came in place of an answer of the program."""
+    """What came instead of an answer from the program."""
 
 
 class NoRedirect(urllib.request.HTTPRedirectHandler):
@@ -38,15 +38,15 @@ class NoRedirect(urllib.request.HTTPRedirectHandler):
 
 
 def sign(project, what, value, form=False):
-    """The text of a signature over `value`, which is, as `what` tells, data, base64 or a file.
+    """The text of a signature over `value`; `what` says whether it is data, base64 or a file.
 
-    Bytes, in the place of text, are sent as a form: JSON holds text alone.
+    Bytes are sent as a form, because JSON can hold only text.
     """
     return ask("signature", project, what, value, "", form)
 
 
 def verify(project, what, value, signature, form=False):
-    # The name that genPairs puts in front is no part of the signature: with it, nothing verifies.
+    # The name that genPairs puts in front is not part of the signature: with it, nothing verifies.
     signature = signature.removeprefix("signature:")
     return ask("valid", project, what, value, signature, form) == "true"
 
@@ -73,23 +73,30 @@ def ask(result, project, what, value, signature, form):
         request = urllib.request.Request(URL, body.encode(), {"Content-Type": content_type})
         with urllib.request.build_opener(NoRedirect).open(request, timeout=60) as response:
             status = f"HTTP status {response.status} {response.headers['Content-Type']}"
-            text = response.read().decode(errors="replace")
+            text = whole_text(response)
     except urllib.error.HTTPError as error:
         if error.code == 400 and error.headers.get("Content-Type", "").startswith("text/plain"):
-            raise Refused(error.read().decode(errors="replace")) from None
+            raise Refused(whole_text(error)) from None
         hint = TOO_LARGE if error.code == 413 else ""
-        raise NoAnswer(f"no answer of the program, but HTTP status {error.code}{hint}") from None
+        raise NoAnswer(f"no answer from the program: HTTP status {error.code}{hint}") from None
     except (OSError, ValueError, http.client.HTTPException) as error:
         raise NoAnswer(f"no answer from {URL}: {error}") from None
     try:
         # A form is answered in a pair, name:value.
         answer = dict([text.split(":", 1)]) if form else json.loads(text)
         answer = {True: "true", False: "false"}.get(answer[result], answer[result])
-        if result == "signature" or answer in ("true", "false"):
+        if answer in ("true", "false") if result == "valid" else answer != "":
             return answer
     except (KeyError, ValueError, TypeError):
         pass
-    raise NoAnswer(f"no answer of the program, but {status}")
+    raise NoAnswer(f"no answer from the program: {status}")
+
+
+def whole_text(response):
+    try:
+        return response.read().decode(errors="replace")
+    except (OSError, http.client.HTTPException) as error:
+        raise NoAnswer(f"no answer from {URL}: {error}") from None
 
 
 def main(words):

@@ -6,12 +6,12 @@
 #
 # VALUE of data and base64 is text, @FILE for the bytes of a local file, or - for standard input. A
 # server takes requests of 8 MiB, which hold some 3.3 MB of random bytes. PROJECT and a file's path
-# are paths of the server, whose program is at SIGN_URL, or http://127.0.0.1/sign.cgi. Asks as a
-# form. Prints the signature, true or false. Exit status:
-# 0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer of it.
+# are paths of the server, whose program is at SIGN_URL, or http://127.0.0.1/sign.cgi. Sends a form.
+# Prints the signature, true or false. Exit status:
+# 0 signed or valid, 1 not valid, 2 wrong usage, 3 refused by the program, 4 no answer from it.
 set -u
 url=${SIGN_URL:-http://127.0.0.1/sign.cgi}
-too_large="too large a request; put the data into a file on the server and name it as 'file'"
+too_large="request too large; put the data into a file on the server and name it as 'file'"
 
 fail() {
     status=$1
@@ -28,7 +28,7 @@ case $#,${1:-},${3:-} in
         ;;
 esac
 project=$2 member=$3 value=$4
-# The name that genpairs puts in front is no part of the signature: with it, nothing verifies.
+# The name that genpairs puts in front is not part of the signature: with it, nothing verifies.
 signature=${5:-}
 signature=${signature#signature:}
 
@@ -62,16 +62,16 @@ answer=${answer%
 case $type in
     200\ *) ;;
     "400 text/plain"*) fail 3 "refused: $answer" ;;
-    413\ *) fail 4 "no answer of the program, but HTTP status 413: $too_large" ;;
-    *) fail 4 "no answer of the program, but HTTP status $type" ;;
+    413\ *) fail 4 "no answer from the program: HTTP status 413, $too_large" ;;
+    *) fail 4 "no answer from the program: HTTP status $type" ;;
 esac
 # A form is answered in pairs.
 case $operation,$answer in
-    create,signature:*) printf '%s\n' "${answer#signature:}" ;;
+    create,signature:?*) printf '%s\n' "${answer#signature:}" ;;
     verify,valid:true) echo true ;;
     verify,valid:false)
         echo false
         exit 1
         ;;
-    *) fail 4 "no answer of the program, but HTTP status $type" ;;
+    *) fail 4 "no answer from the program: HTTP status $type" ;;
 esac

@@ -12,13 +12,13 @@ file=${3:-/usr/share/common-licenses/GPL-3}
 set -eu
 letter=$(mktemp)
 trap 'rm -f "$letter"' EXIT
-printf 'Dear reader,\0\377\n' >"$letter" # a file of this machine, with bytes that are no text
+printf 'Dear reader,\0\377\n' >"$letter" # a file of this machine, with bytes that are not text
 
 heading() {
     printf '\n%s\n' "$*"
 }
 
-# Ends with what the server said instead of a signature; of no connection, curl has told.
+# Ends with what the server said instead of a signature; curl itself reports a failed connection.
 stop() {
     printf '%s\n' "$1" >&2
     exit 1
@@ -117,7 +117,7 @@ heading 'Wrong: verify it with the bytes as they are (false):'
 curl -sS -w '\n' --data-urlencode "project=$project" -d sig_verify=true \
     -d sig_data=ABCDEF --data-urlencode "sig=$signature" "$url"
 
-heading 'Right: verify it with the data in the same writing (true):'
+heading 'Right: verify it with the data in the same encoding (true):'
 curl -sS -w '\n' --data-urlencode "project=$project" -d sig_verify=true \
     --data-urlencode "sig_data=$data" -d sig_data_encoding=base64 \
     --data-urlencode "sig=$signature" "$url"
@@ -126,7 +126,7 @@ heading 'Right: verify it with the bytes that were signed, ABC, a zero byte, DEF
 curl -sS -w '\n' --data-urlencode "project=$project" -d sig_verify=true \
     -d sig_data=ABC%00DEF --data-urlencode "sig=$signature" "$url"
 
-heading '== Trap: with genpairs, the name in front is no part of the signature'
+heading '== Trap: with genpairs, the name in front is not part of the signature'
 
 heading 'Sign a text, with the name of the result in front:'
 answer=$(curl -sS --fail-with-body --data-urlencode "project=$project" -d sig_create=true \

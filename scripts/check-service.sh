@@ -173,7 +173,7 @@ judge() {
         421,*) broken "url: the server does not answer for this host name (status 421)" ;;
         3??,*) broken "url: the server sends the client elsewhere (status $http)" ;;
         500,*) broken "program: it fails, or cannot be started (status 500)" ;;
-        502,* | 503,* | 504,*) broken "server: it gets no answer of the program (status $http)" ;;
+        502,* | 503,* | 504,*) broken "server: it gets no answer from the program (status $http)" ;;
         200,text/plain* | 400,text/plain* | 200,) broken "program: a wrong answer: $(excerpt)" ;;
         *) broken "url: this is not the program: $(excerpt)" ;;
     esac
@@ -197,12 +197,12 @@ begin 'a request that must be refused'
 ask "$@" --data sig_verify=true
 answered 400 "'signature' parameter is required" || judge
 
-unusable="$project is missing, damaged, closed to the server's user or another one"
+unusable="$project is missing, damaged, not readable by the server's user, or another project"
 if [ -n "$sign" ]; then
     begin 'signing'
     ask "$@" --data sig_create=true --data encoding=plain
     if answered 400 'Signature generation failed'; then
-        broken "project: $project is missing, damaged, closed to the server's user or for verifying only"
+        broken "project: $project is missing, damaged, not readable by the server's user, or can only verify"
     fi
     is_signature || judge
     case $signature in
@@ -222,7 +222,7 @@ answered 200 true || judge
 begin 'an altered signature'
 ask "$@" --data sig_verify=true --data-urlencode "sig=$altered"
 if answered 200 true; then
-    broken "program: it verifies what is not valid"
+    broken "program: it accepts a signature that is not valid"
 fi
 answered 200 false || judge
 

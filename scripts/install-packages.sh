@@ -4,7 +4,8 @@
 #   scripts/install-packages.sh PURPOSE...
 #
 # PURPOSE is build, serve, test, suite, clang, lint, coverage, bench, package or units; Debian 12 has all
-# of them, Debian 13 those of the first five. Says nothing when all of them are there. A server that is installed is neither started nor enabled.
+# of them, Debian 13 those of the first five. Says nothing when all of them are there. A server that is
+# installed is neither started nor enabled.
 set -euo pipefail
 
 declare -A packages=(

@@ -5,8 +5,8 @@
  * PROJECT is a project file; its public part is enough. Prints true or false; exit status 0 or 1, and
  * 2 if a file cannot be read. The verdicts are those of `projectctl verify` for every project that
  * `projectctl check` finds sound, for data of less than 2 GiB. There is one exception, which nobody
- * meets by chance: if the private scalar is n - 1 and the base point's x is below 2^128, the program
- * accepts a signature in some two hundred, and this refuses all. */
+ * meets by chance: where the private scalar is a quotient of small numbers modulo n, and a small
+ * multiple of the base point has an x below 2^128, some verdicts differ, either way. */
 
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/ec.h>

@@ -1,10 +1,10 @@
 #!/usr/bin/env node
 // Verifies a signature with nothing but JavaScript: verify.mjs PROJECT SIGNATURE FILE
 //
-// PROJECT is a project file; its public part is enough. Prints true or false; exit status 0 or 1. In
-// a browser, import it as a module: verify(project, data, signature) takes two Uint8Array and a
-// text. The verdicts are those of `projectctl verify` for every project that `projectctl check`
-// finds sound.
+// PROJECT is a project file; its public part is enough. Prints true or false; exit status 0 or 1,
+// and 2 if a file cannot be read. In a browser, import it as a module: verify(project, data,
+// signature) takes two Uint8Array and a text. The verdicts are those of `projectctl verify` for
+// every project that `projectctl check` finds sound.
 
 // SEC 2, sect163r2: y^2 + xy = x^3 + x^2 + B over GF(2^163), and the order of the base point.
 const DEGREE = 163n;
@@ -246,14 +246,37 @@ export function verify(project, data, signature) {
     return point !== null && point[0] >> 128n !== 0n && point[0] % N === r;
 }
 
-if (globalThis.process?.argv[1]?.endsWith("verify.mjs")) {
-    const { readFileSync } = await import("node:fs");
-    const [project, signature, file] = process.argv.slice(2);
-    if (file === undefined || process.argv.length !== 5) {
-        console.error("usage: verify.mjs PROJECT SIGNATURE FILE");
-        process.exit(2);
+async function main(words) {
+    const { existsSync, readFileSync, realpathSync } = await import("node:fs");
+    const { fileURLToPath } = await import("node:url");
+    const program = words[1] ?? "";
+    if (!existsSync(program) || realpathSync(program) !== fileURLToPath(import.meta.url)) {
+        return; // imported as a module
     }
-    const valid = verify(readFileSync(project), readFileSync(file), signature);
+    const fail = (text) => {
+        console.error(text);
+        process.exit(2);
+    };
+    const contentOf = (path) => {
+        try {
+            return readFileSync(path);
+        } catch (error) {
+            return fail(error.message);
+        }
+    };
+    const [project, signature, file] = words.slice(2);
+    if (words.length !== 5) {
+        fail("usage: verify.mjs PROJECT SIGNATURE FILE");
+    }
+    // Bytes that are not UTF-8 have come here as U+FFFD.
+    if (signature.includes("\uFFFD")) {
+        fail("the signature is not UTF-8");
+    }
+    const valid = verify(contentOf(project), contentOf(file), signature);
     console.log(String(valid));
     process.exitCode = valid ? 0 : 1;
+}
+
+if (globalThis.process?.versions?.node) {
+    await main(process.argv);
 }

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """Verifies a signature with nothing but Python: verify.py PROJECT SIGNATURE FILE
 
-PROJECT is a project file; its public part is enough. Prints true or false; exit status 0 or 1. As a
-module: verify(project, data, signature) on bytes, bytes and a text. The verdicts are those of
-`projectctl verify` for every project that `projectctl check` finds sound.
+PROJECT is a project file; its public part is enough. Prints true or false; exit status 0 or 1, and
+2 if a file cannot be read. As a module: verify(project, data, signature) on bytes, bytes and a
+text. The verdicts are those of `projectctl verify` for every project that `projectctl check` finds
+sound. Where hashlib has no RIPEMD-160, as with OpenSSL 3.0.0 to 3.0.6, the status is 2, and a module
+gets a ValueError.
 """
 
 import hashlib
@@ -91,7 +93,10 @@ def key_of(project):
 
 def halves_of(text):
     """r and s, from 1 to n - 1, or None."""
-    text = text.encode(errors="surrogateescape").partition(b"\0")[0]
+    try:
+        text = text.encode(errors="surrogateescape").partition(b"\0")[0]
+    except UnicodeEncodeError:  # half a character
+        return None
     if not 0 < len(text) <= 128 or len(text) % 4:
         return None
     raw = b""
@@ -130,10 +135,19 @@ def verify(project, data, signature):
     return point is not None and point[0] >> 128 != 0 and point[0] % N == r
 
 
-if __name__ == "__main__":
-    if len(sys.argv) != 4:
-        sys.exit("usage: verify.py PROJECT SIGNATURE FILE")
-    with open(sys.argv[1], "rb") as project_file, open(sys.argv[3], "rb") as data_file:
-        is_valid = verify(project_file.read(), data_file.read(), sys.argv[2])
+def main(words):
+    if len(words) != 3:
+        print("usage: verify.py PROJECT SIGNATURE FILE", file=sys.stderr)
+        return 2
+    try:
+        with open(words[0], "rb") as project_file, open(words[2], "rb") as data_file:
+            is_valid = verify(project_file.read(), data_file.read(), words[1])
+    except (OSError, ValueError) as error:
+        print(error, file=sys.stderr)
+        return 2
     print("true" if is_valid else "false")
-    sys.exit(not is_valid)
+    return 0 if is_valid else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

@@ -160,9 +160,9 @@ class CheckService(unittest.TestCase):
             (400, "url: this is not the program: status 400, type text/html, '<p>'"),
             (421, "url: the server does not answer for this host name (status 421)"),
             (500, "program: it fails, or cannot be started (status 500)"),
-            (502, "server: it gets no answer of the program (status 502)"),
-            (503, "server: it gets no answer of the program (status 503)"),
-            (504, "server: it gets no answer of the program (status 504)"),
+            (502, "server: it gets no answer from the program (status 502)"),
+            (503, "server: it gets no answer from the program (status 503)"),
+            (504, "server: it gets no answer from the program (status 504)"),
         )
         for status, words in expected:
             with self.subTest(status), StandInServer(status, "text/html", b"<p>") as server:
@@ -214,7 +214,7 @@ class CheckService(unittest.TestCase):
 
     def test_finds_a_program_that_says_true_to_everything(self):
         self.finds_with("if has_signature; then answer '200 OK' true; else refuse; fi",
-                        "program: it verifies what is not valid", 3)
+                        "program: it accepts a signature that is not valid", 3)
 
     def test_takes_a_program_that_says_false_to_everything_for_a_broken_project(self):
         self.finds_with("if has_signature; then answer '200 OK' false; else refuse; fi",
@@ -249,8 +249,8 @@ class CheckService(unittest.TestCase):
         )
         for path in paths:
             with self.subTest(path):
-                self.finds(f"project: {path} is missing, damaged, closed to the server's user or "
-                           "another one", 2, self.url, "-p", path)
+                self.finds(f"project: {path} is missing, damaged, not readable by the server's user, or "
+                           "another project", 2, self.url, "-p", path)
 
     def made_project(self, name, mode=0o644):
         path = self.folder / name
@@ -269,8 +269,8 @@ class CheckService(unittest.TestCase):
         closed = self.made_project("closed-own.project", 0o600 if runs_as_root() else 0)
         for path in (self.folder / "missing.project", closed, self.project):
             with self.subTest(path):
-                self.finds(f"project: {path} is missing, damaged, closed to the server's user or "
-                           "for verifying only", 2, self.url, "--sign", "-p", path)
+                self.finds(f"project: {path} is missing, damaged, not readable by the server's user, or "
+                           "can only verify", 2, self.url, "--sign", "-p", path)
 
     def test_finds_machines_with_different_projects(self):
         self.finds_with(
@@ -287,7 +287,7 @@ class CheckService(unittest.TestCase):
         for signature in ("AAAA", "BAAA"):
             self.finds_with(f"case $request in *sig_create*) answer '200 OK' {signature};; "
                             "*'&sig='*) answer '200 OK' true;; *) refuse;; esac",
-                            "program: it verifies what is not valid", 4, "--sign")
+                            "program: it accepts a signature that is not valid", 4, "--sign")
 
     def test_looks_for_the_project_where_the_package_puts_it(self):
         script = f"case $request in 'project={INSTALLED.replace('/', '%2F')}&'*) refuse ;; esac"

@@ -111,7 +111,7 @@ class Clients(Served):
                            "verify", str(self.project.path), "data", "x", "")
 
     def test_tell_apart_what_is_no_answer_of_the_program(self):
-        words = "no answer of the program, but HTTP status "
+        words = "no answer from the program: HTTP status "
         request = ("sign", "p", "data", "x")
         for client, kind in CLIENTS_AND_KINDS:
             with self.subTest(client, kind=kind):
@@ -124,6 +124,8 @@ class Clients(Served):
             (302, "text/plain", b"moved", {"Location": self.url}),
             (200, "text/plain", b"", {}),
             (200, "application/json", b'{"valid":true}', {}),
+            (200, "application/json", b'{"signature":""}', {}),
+            (200, "text/plain", b"signature:", {}),
             (200, "application/json", b"[1]", {}),
             (200, "application/json", b"null", {}),
         )
@@ -133,8 +135,16 @@ class Clients(Served):
                     with self.subTest(client, kind=kind):
                         self.fails(client, kind, 4, f"{words}{status}", *request, url=server.url)
 
+    def test_tell_an_answer_that_is_cut_short(self):
+        for status in (200, 400):
+            with StandInServer(status, "text/plain", b"Sig", {"Content-Length": "99"}) as server:
+                for client, kind in CLIENTS_AND_KINDS:
+                    with self.subTest(client, kind=kind, status=status):
+                        self.fails(client, kind, 4, f"no answer from {server.url}", "sign", "p",
+                                   "data", "x", url=server.url)
+
     def test_find_a_verdict_in_no_other_answer(self):
-        words = "no answer of the program, but HTTP status 200"
+        words = "no answer from the program: HTTP status 200"
         for body in (b"true", b"valid:maybe", b'{"valid":2}', b'{"valid":"true', b"signature:AAAA"):
             with StandInServer(200, "text/plain", body) as server:
                 for client, kind in CLIENTS_AND_KINDS:
@@ -176,8 +186,8 @@ class Clients(Served):
                                                           given=content[:3_300_000])
                 self.assertEqual((status, errors), (0, ""))
                 self.assertTrue(self.project.verifies(output.strip(), content[:3_300_000]))
-                self.fails(client, [], 4, "no answer of the program, but HTTP status 413: too "
-                           "large", "sign", *words, given=content)
+                self.fails(client, [], 4, "no answer from the program: HTTP status 413, "
+                           "request too large; put ", "sign", *words, given=content)
 
     def test_sign_no_other_bytes_than_an_argument_has(self):
         for client, kind in CLIENTS_AND_KINDS:

@@ -176,7 +176,7 @@ class Page(Served):
         self.fill("sig", "AAAA")
         form = self.browser.find_element("tag name", "form")
         for action, answer in (
-                ("/other", "The server refused the request (404: nothing is there)"),
+                ("/other", "The server refused the request (404: nothing found there)"),
                 ("/", "The answer is not the program's"),
                 (f"http://127.0.0.1:{free_port()}/sign.cgi", "The server cannot be reached")):
             self.browser.execute_script("arguments[0].action = arguments[1]", form, action)

@@ -18,9 +18,9 @@ class StandInServer(http.server.ThreadingHTTPServer):
                 seen.append(self.headers["Content-Type"])
                 self.rfile.read(int(self.headers["Content-Length"]))
                 self.send_response(status)
-                for name, value in {"Content-Type": content_type, **(headers or {})}.items():
+                for name, value in {"Content-Type": content_type, "Content-Length": str(len(body)),
+                                    **(headers or {})}.items():
                     self.send_header(name, value)
-                self.send_header("Content-Length", str(len(body)))
                 self.end_headers()
                 self.wfile.write(body)
 

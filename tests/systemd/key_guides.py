@@ -39,7 +39,12 @@ class Keys(Units):
 
 
 class NewKey(Keys):
-    def test_both_verify_until_the_old_one_is_dropped(self):
+    def test_both_verify_until_the_old_one_is_dropped_and_so_at_the_next_change(self):
+        later = self.change_key(self.signature)
+        self.change_key(later)
+
+    def change_key(self, earlier):
+        """Follows the guide, with a signature under the key so far; gives one under the new key."""
         make, sign, verify, drop = steps("A new key")
         machine, first = self.machine, self.fingerprint(PROJECT)
         machine.shell(make)
@@ -54,19 +59,22 @@ class NewKey(Keys):
             return machine.run("sh", "-c", f"{verify}\nvalid '{signature}' /srv/letter 2>/dev/null",
                                status=status)
 
-        for signature, said in ((later, ""), (self.signature, "true\n")):
+        for signature, said in ((later, ""), (earlier, "true\n")):
             self.assertEqual(says(signature), said)
-        self.assertEqual(says(self.signature.swapcase(), 1), "false\n")
-        for project, signature, said in ((NEW, later, "true"), (NEW, self.signature, "false"),
-                                         (OLD, self.signature, "true"), (OLD, later, "false")):
+        self.assertEqual(says(earlier.swapcase(), 1), "false\n")
+        for project, signature, said in ((NEW, later, "true"), (NEW, earlier, "false"),
+                                         (OLD, earlier, "true"), (OLD, later, "false")):
             self.assertEqual(self.answer(project, signature), text_answer(said))
         # The copies sign nothing.
         for project in (OLD, NEW):
             answer = self.service.ask(form(project=project, sig_create="true", sig_data="letter"))
             self.assertEqual(answer.status, 400)
         machine.shell(drop)
-        self.assertEqual(self.answer(OLD, self.signature), text_answer("false"))
-        self.assertEqual(self.answer(NEW, later), text_answer("true"))
+        self.assertEqual(says(later), "true\n")
+        self.assertEqual(says(earlier, 1), "false\n")
+        self.assertEqual(self.answer(OLD, earlier), text_answer("false"))
+        self.assertEqual(self.answer(OLD, later), text_answer("true"))
+        return later
 
 
 class Restored(Keys):
