@@ -6,6 +6,7 @@
 import json
 import os
 import random
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -149,6 +150,25 @@ class Verifiers(unittest.TestCase):
         print(f"{true} of {len(cases)} are true")
         self.assertGreater(true, SIGNATURES // 8)
         self.assertLess(true, SIGNATURES * 7 // 8)
+
+    def test_scripts_answer_under_any_name_and_end_with_2_without_a_verdict(self):
+        project, text, data = vectors()[0]
+        file, missing = self.write(data), self.folder / "missing"
+        link, copy = self.folder / "link.mjs", self.folder / "copy.mjs"
+        link.symlink_to(EXAMPLES / "verify.mjs")
+        shutil.copy(EXAMPLES / "verify.mjs", copy)
+        for command in (("node", link), ("node", copy), (sys.executable, EXAMPLES / "verify.py")):
+            self.assertEqual(run(*command, project, text, file), b"true\n")
+            for words in ((project, text), (missing, text, file), (project, text, missing)):
+                with self.subTest(command=command, words=words):
+                    done = subprocess.run([*command, *words], check=False, capture_output=True,
+                                          timeout=SECONDS)
+                    self.assertEqual((done.returncode, done.stdout), (2, b""))
+                    self.assertEqual(len(done.stderr.splitlines()), 1, done.stderr)
+
+    def test_a_text_with_half_a_character_is_no_signature(self):
+        project, _, data = vectors()[0]
+        self.assertFalse(verify.verify(project.read_bytes(), data, "\ud800AAA"))
 
     def test_threads_call_the_library_at_the_same_time(self):
         project, text, data = vectors()[0]
