@@ -52,7 +52,7 @@ run_on_arm64() {
     inside scripts/install-packages.sh build
     inside apt-get -qq update
     inside apt-get -qqy --no-install-recommends install g++-aarch64-linux-gnu qemu-user-static python3 \
-        libgtest-dev:arm64 libssl-dev:arm64 >/dev/null
+        libgtest-dev:arm64 libssl-dev:arm64 libstdc++6:arm64 >/dev/null
     # The kernel starts the emulator wherever such a program is executed.
     [[ -e ${emulator%/*}/register ]] || mount -t binfmt_misc binfmt_misc "${emulator%/*}"
     sed "s/^:[^:]*:/:${emulator##*/}:/; s|/usr/[^:]*|$root&|" "$root/usr/lib/binfmt.d/qemu-aarch64.conf" \

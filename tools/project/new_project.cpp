@@ -10,8 +10,8 @@
 #include "curve/field.h"
 #include "curve/point.h"
 #include "curve/random_scalar.h"
-#include "project/project_key_record.h"
 #include "frontend/hexadecimal_digit.h"
+#include "project/project_key_record.h"
 #include "tools/project/point_product.h"
 #include "tools/project/stored_bytes.h"
 

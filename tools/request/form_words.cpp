@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "frontend/form_input.h"
-#include "tools/counted_text.h"
 #include "frontend/hexadecimal_digit.h"
+#include "tools/counted_text.h"
 #include "tools/request/quoted_text.h"
 #include "tools/request/request_words.h"
 

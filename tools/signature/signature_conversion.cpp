@@ -10,8 +10,8 @@
 
 #include "core/integer.h"
 #include "engine/signature_text.h"
-#include "tools/counted_text.h"
 #include "frontend/hexadecimal_digit.h"
+#include "tools/counted_text.h"
 #include "tools/signature/byte_string.h"
 #include "tools/signature/der_signature.h"
 

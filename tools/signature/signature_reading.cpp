@@ -9,8 +9,8 @@
 #include "core/integer.h"
 #include "curve/signature_primitive.h"
 #include "engine/signature_text.h"
-#include "tools/counted_text.h"
 #include "frontend/hexadecimal_digit.h"
+#include "tools/counted_text.h"
 #include "tools/rules.h"
 #include "verifier/pair_rules.h"
 
