@@ -42,7 +42,8 @@ struct RandomGenerator {
     std::uint64_t next64();
 
     /// A value in [0, bound): a draw below the larger of `bound` and its bitwise complement, modulo
-    /// `bound`. A bound of 0 ends the process by the processor's fault of a division by zero.
+    /// `bound`. On x86-64, a bound of 0 ends the process by the processor's fault of a division by
+    /// zero.
     std::uint32_t next32Below(std::uint32_t bound);
     std::uint64_t next64Below(std::uint64_t bound);
 

@@ -142,6 +142,8 @@ TYPED_TEST(BoundedDraw, CandidateJustBelowTheComplementOfASmallBoundIsTaken) {
     EXPECT_TRUE(pair.inStep());
 }
 
+// Other processors divide by zero without a fault.
+#ifdef __x86_64__
 /// Under this name, the test runs before those that start threads.
 template <typename Draw>
 class BoundedDrawDeathTest : public testing::Test {};
@@ -152,5 +154,6 @@ TYPED_TEST(BoundedDrawDeathTest, ABoundOfZeroEndsTheProcess) {
     generator.seedFromWord(1);
     EXPECT_DEATH(TypeParam::below(generator, 0), "");
 }
+#endif
 
 }  // namespace
