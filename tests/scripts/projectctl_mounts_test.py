@@ -112,7 +112,10 @@ class Mounts(unittest.TestCase):
     def test_a_full_file_system_is_told_and_nothing_is_left(self):
         (self.folder / "full").mkdir()
         full = "mount -t tmpfs -o size=16k none full && ! cp /dev/zero full/filling 2>/dev/null"
-        for mounts in (full, full + " && mount -t tmpfs none /proc"):
+        cases = [full]
+        if "SIGN_SANITIZED" not in os.environ:
+            cases.append(full + " && mount -t tmpfs none /proc")
+        for mounts in cases:
             for arguments in (["create", "full/new"], ["strip", "project", "full/new"]):
                 with self.subTest(mounts, arguments=arguments):
                     self.assertEqual(
