@@ -99,8 +99,7 @@ constexpr char mark = '\0';
 }  // namespace
 
 std::string marked(const std::string& word) {
-    const bool isMarked = word == "++" || (word.starts_with('[') && word.ends_with(']'));
-    return isMarked ? mark + word : word;
+    return word == "++" || word.starts_with('[') ? mark + word : word;
 }
 
 std::string unmarked(const std::string& word) {

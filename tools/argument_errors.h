@@ -10,7 +10,7 @@ class ParseError;
 
 // What is wrong with the arguments, beyond what the parser itself refuses, and in words.
 
-/// The word with a mark in front if the parser would take it for more than a word: it splits
+/// The word with a mark in front if the parser might take it for more than a word: it splits
 /// "[a,b]" for an operand that may be repeated, and ends a command at "++".
 std::string marked(const std::string& word);
 

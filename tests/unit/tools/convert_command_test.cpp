@@ -136,6 +136,18 @@ TEST_F(ConvertCommand, RefusesAFileThatCannotBeRead) {
               failed("SIGNATURE: the path is empty"));
 }
 
+TEST_F(ConvertCommand, TellsThatASignatureIsTheNameOfAFile) {
+    const std::string path = folder.write("signature", bytesOf(text));
+    const std::string remark =
+        "projectctl: SIGNATURE is the name of a file; redirect standard input from it, and write "
+        "- for SIGNATURE\n";
+    const CommandEnd end = convert(path, SignatureForm::text, SignatureForm::hexadecimal);
+    EXPECT_EQ(end.status, exitFailed);
+    EXPECT_TRUE(end.errors.ends_with("\n" + remark)) << end.errors;
+    const CommandEnd missing = convert(path + "2", SignatureForm::text, SignatureForm::hexadecimal);
+    EXPECT_EQ(missing.errors.find(remark), std::string::npos) << missing.errors;
+}
+
 TEST_F(ConvertCommand, RefusesAFileThatIsTooLong) {
     const std::string path = folder.write("sig.der", Bytes(4097));
     EXPECT_EQ(convert(path, SignatureForm::der, SignatureForm::text),
