@@ -155,8 +155,9 @@ TEST_P(FastMultiples, OfTwoPointsByEdgeScalarsAreThoseOfTheJudge) {
                                          std::pair(u, BigNumber(0)), std::pair(BigNumber(0), u)}) {
                 const AffinePoint R = judge.multiplyTwin(u1, u2, Q);
                 const auto x = twinMultipleX(u1, P, u2, Q);
-                // Nothing is said of infinity, nor of the point of a scalar of n or above, whose
-                // walk may lead through it.
+                // Infinity has no x. Nothing is said of the point of a scalar of n or above, whose
+                // walk may lead through infinity.
+                ASSERT_FALSE(R.infinity && x.has_value()) << u1 << ", " << u2;
                 if (!R.infinity && u < n) {
                     // 2m = n - 1 is the walk's one meeting with an entry of the same x.
                     ASSERT_TRUE(x.has_value() || (u == n - 2 && (u1.isZero() || u2.isZero())))
