@@ -47,9 +47,9 @@ run_test_script() {
     inside "${compilers[@]}" scripts/test.sh
 }
 
-# Tests of what the emulator does in its own way: it speaks when a program aborts, hands it descriptors
-# in the place of closed ones, sets no limits of memory, and shows other states of threads; and one that
-# bounds the time of much work.
+# Tests that the emulator cannot pass. It prints a message when a program aborts, opens descriptors where
+# the program has none, enforces no memory limits, and reports other thread states. The last one has a
+# time limit that the emulator is too slow for.
 not_emulated='AbortsInSilence|^ProgramAbort|IsAbsentWithoutStandardInput|StandardStreamThatIsClosed'
 not_emulated+='|^MappedFileTest.*ThatTheSystemDoesNotMap|^RecursiveMutex.LetsAnotherThreadWait|WritesAMillionEntries'
 
