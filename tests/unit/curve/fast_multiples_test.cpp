@@ -27,13 +27,13 @@ int comparedProducts() {
 class FastMultiples : public LeakCheckedTest, public testing::WithParamInterface<NamedRoute> {
 protected:
     /// x of k * P, as a number.
-    BigNumber multipleX(const BigNumber& k, const AffinePoint& P) const {
+    static BigNumber multipleX(const BigNumber& k, const AffinePoint& P) {
         return numberOf(GetParam().route.multipleX(wordsOf(k), wordsOf(P.x)));
     }
 
     /// x of u1 * P + u2 * Q, or nothing when the route gives up.
-    std::optional<BigNumber> twinMultipleX(const BigNumber& u1, const AffinePoint& P,
-                                           const BigNumber& u2, const AffinePoint& Q) const {
+    static std::optional<BigNumber> twinMultipleX(const BigNumber& u1, const AffinePoint& P,
+                                                  const BigNumber& u2, const AffinePoint& Q) {
         core::Words163 x;
         if (!GetParam().route.twinMultipleX(pointOf(P), pointOf(Q), wordsOf(u1), wordsOf(u2), x)) {
             return std::nullopt;
@@ -41,7 +41,7 @@ protected:
         return numberOf(x);
     }
 
-    bool isSound(const AffinePoint& P) const {
+    static bool isSound(const AffinePoint& P) {
         return GetParam().route.isSound(PointRecord(P, 112));
     }
 

@@ -7,7 +7,7 @@ namespace {
 // The compiler asks the processor by itself.
 bool processorCanTakeIt() {
 #if defined(__x86_64__)
-    return __builtin_cpu_supports("pclmul") != 0;
+    return static_cast<bool>(__builtin_cpu_supports("pclmul"));
 #else
     return false;
 #endif

@@ -169,7 +169,8 @@ struct JudgedText {
 };
 
 std::string repeated(char character, std::size_t count) {
-    return std::string(count, character);
+    std::string text(count, character);
+    return text;
 }
 
 TEST(ParseSignatureText, TellsTheFirstRuleThatATextBreaks) {
