@@ -23,7 +23,7 @@ data='sign-cgi check'
 signature='0o5y4Q4q7VRU6odVJ/i3dK6bAQXASrU21N6PxnZIE+AD9iP/GSUrk/SA'
 altered='0o54yQ4q7VRU6odVJ/i3dK6bAQXASrU21N6PxnZIE+AD9iP/GSUrk/SA'
 
-project=/usr/share/sign-cgi/check.project
+project='/usr/share/sign-cgi/check.project' # the prefix may hold spaces
 sign='' own=''
 url='' warning='' critical='' limit=10
 slowest=0 spent=0

@@ -29,7 +29,7 @@ class Installation(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.prefix = Path(folder.name).resolve() / "prefix"
+        cls.prefix = Path(folder.name).resolve() / "a prefix"
         cls.root = Path(folder.name) / "root"
         install(cls.build, cls.prefix)
         install(cls.build, "/usr", cls.root)
@@ -69,6 +69,10 @@ class Installation(unittest.TestCase):
         self.assertIn(project, installed)
         self.assertEqual(installed.replace(project, "/usr/share/sign-cgi/check.project"),
                          (ROOT / "scripts/check-service.sh").read_text(encoding="utf-8"))
+        asked = subprocess.run([self.prefix / "libexec/sign-cgi/check-service.sh"], check=False,
+                               capture_output=True, text=True)
+        self.assertEqual(asked.stderr, "")
+        self.assertTrue(asked.stdout.startswith("sign.cgi UNKNOWN: "), asked.stdout)
         check = subprocess.run([self.prefix / "bin/projectctl", "check", project], check=False,
                                capture_output=True, text=True)
         self.assertTrue(check.stdout.endswith(f"\n{project}: sound, for verifying only\n"), check.stdout)

@@ -16,6 +16,7 @@ import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from urllib.parse import quote
 
 import servers
 from service import FORM, JSON, Project, Service, ask_on, form, json_answer, text_answer
@@ -301,9 +302,10 @@ class TestServer(unittest.TestCase):
                                  rb"\AHTTP/1\.[01] 403 ")
 
     def test_serves_no_other_path(self):
-        paths = ["", "limited", "programs", "programs/", "sign.cgi/", "sign.cgi/x", "x/sign.cgi",
-                 "nph-nph-sign.cgi", "signXcgi", "sign.cgi%00", "%2e%2e/programs/limited",
-                 "..%2fprograms/sign.cgi", "sign.cgi~", "Sign.cgi", "nph-limited"]
+        folder = quote(self.server.programs.name)
+        paths = ["", "limited", folder, f"{folder}/", "sign.cgi/", "sign.cgi/x", "x/sign.cgi",
+                 "nph-nph-sign.cgi", "signXcgi", "sign.cgi%00", f"%2e%2e/{folder}/limited",
+                 f"..%2f{folder}/sign.cgi", "sign.cgi~", "Sign.cgi", "nph-limited"]
         for path in paths:
             with self.subTest(path):
                 answer = self.service.ask(b"x", FORM, path)

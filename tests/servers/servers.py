@@ -14,6 +14,7 @@ import contextlib
 import os
 import pwd
 import re
+import shlex
 import shutil
 import signal
 import socket
@@ -107,8 +108,8 @@ class Server:
     def __init__(self, programs, folder, static=None, own="", site="", whole=""):
         self.folder = Path(folder) / f"{type(self).__name__.lower()}-{free_port()}"
         self.folder.mkdir()
-        # Copies, where the server's account can reach them.
-        self.programs = self.folder / "programs"
+        # Copies, where the server's account can reach them; a prefix may hold spaces.
+        self.programs = self.folder / "the programs"
         self.programs.mkdir()
         for pattern in ("*sign.cgi", "limited"):
             for program in Path(programs).glob(pattern):
@@ -285,7 +286,7 @@ http {{
 
     def start_fcgiwrap(self):
         unit = self.configuration("systemd/sign-fcgiwrap@.service")
-        command = re.search(r"^ExecStart=(.*)$", unit, re.MULTILINE).group(1).split()
+        command = shlex.split(re.search(r"^ExecStart=(.*)$", unit, re.MULTILINE).group(1))
         path = self.folder / "fcgiwrap.socket"
         with socket.socket(socket.AF_UNIX) as listener:
             listener.bind(str(path))

@@ -79,7 +79,7 @@ PLANTED = (
      Shipped.test_a_program_has_a_user_of_its_own_and_no_rights),
     (instead("Group=sign-%i", "Group=www-data", SERVICE),
      Shipped.test_a_program_has_a_user_of_its_own_and_no_rights),
-    (InFile(SERVICE, " -p /usr/libexec/sign-cgi/limited", ""),
+    (InFile(SERVICE, ' -p "/usr/libexec/sign-cgi/limited"', ""),
      Shipped.test_the_socket_starts_no_other_program),
     (InFile(SERVICE, " -c 8 ", " -c 80 "), Shipped.test_eight_at_once_and_the_ninth_waits),
     (InFile(SERVICE, " -c 8 ", " -c 9 "), Shipped.test_eight_at_once_and_the_ninth_waits),

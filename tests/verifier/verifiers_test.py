@@ -6,6 +6,7 @@
 import json
 import os
 import random
+import shlex
 import shutil
 import subprocess
 import sys
@@ -53,10 +54,11 @@ class Verifiers(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
-        cls.prefix = cls.folder / "prefix"
+        cls.prefix = cls.folder / "a prefix"
         run("cmake", "--install", cls.build, "--prefix", cls.prefix, "--component", "development")
         flags = os.environ | {"PKG_CONFIG_PATH": str(cls.prefix / "lib" / "pkgconfig")}
-        flags = run("pkg-config", "--cflags", "--libs", "sign-verify", env=flags).decode().split()
+        flags = shlex.split(
+            run("pkg-config", "--cflags", "--libs", "sign-verify", env=flags).decode())
         strict = ("cc", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-o")
         for name in ("verify_installed", "verify_threads"):
             run(*strict, cls.folder / name, "-std=c99", Path(__file__).with_name(f"{name}.c"),
