@@ -124,7 +124,7 @@ const char* pageOf(const Rule& rule) {
     if (family == "project" || family == "key") {
         return "project-file(5)";
     }
-    return family == "signature" ? "docs/formats.md" : "docs/http-interface.md";
+    return family == "signature" || family == "file" ? "docs/formats.md" : "docs/http-interface.md";
 }
 
 const Rule& ruleOf(const Cause& cause) {

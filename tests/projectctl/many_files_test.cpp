@@ -57,6 +57,13 @@ protected:
                "\n";
     }
 
+    /// The fingerprint that `show` tells, as a list with a signature that is not valid gives it.
+    static std::string fingerprintOf(const std::string& project) {
+        const std::string shown = runProjectctl({"show", project}).output;
+        return "projectctl: " + project + ": fingerprint of the public key " +
+               shown.substr(shown.rfind(' ') + 1);
+    }
+
     static ProgramEnd run(Words words, const Words& more, const std::string& input = "") {
         words.insert(words.end(), more.begin(), more.end());
         return runProjectctl(words, input);
@@ -212,7 +219,8 @@ TEST_F(ManyFiles, OfAListAreJudgedLineByLine) {
     const std::string open =
         "projectctl: " + missing + ": cannot be opened: No such file or directory\n";
     const std::string unread = "projectctl: WARNING: 1 listed file could not be read\n";
-    const std::string invalid = "projectctl: WARNING: 1 signature is NOT valid\n";
+    const std::string invalid =
+        "projectctl: WARNING: 1 signature is NOT valid\n" + fingerprintOf(project);
     const std::string other = " not have the form 'SIGNATURE  FILE'; the first is line ";
     const std::string none =
         "projectctl: standard input: no line has the form 'SIGNATURE  FILE', in which 'projectctl "
@@ -291,14 +299,13 @@ TEST_F(ManyFiles, UnderAnUnsoundKeyAreToldOfOnce) {
     EXPECT_EQ(made.status, 0);
     EXPECT_EQ(made.errors, "projectctl: " + unsound +
                                ": signatures under this key cannot be relied on: " + reason);
-    EXPECT_TRUE(endedWith(
-        run({"verify", unsound, "--check", "-"}, {}, made.output), 1,
-        a + ": FAILED\n" + b + ": FAILED\n",
-        "projectctl: WARNING: 2 signatures are NOT valid\nprojectctl: " + unsound + ": " + reason));
-    EXPECT_TRUE(endedWith(
-        run({"verify", unsound, "--check", "-"}, {}, linesOf(made.output)[0] + "\n"), 1,
-        a + ": FAILED\n",
-        "projectctl: WARNING: 1 signature is NOT valid\nprojectctl: " + unsound + ": " + reason));
+    const std::string told = fingerprintOf(unsound) + "projectctl: " + unsound + ": " + reason;
+    EXPECT_TRUE(endedWith(run({"verify", unsound, "--check", "-"}, {}, made.output), 1,
+                          a + ": FAILED\n" + b + ": FAILED\n",
+                          "projectctl: WARNING: 2 signatures are NOT valid\n" + told));
+    EXPECT_TRUE(
+        endedWith(run({"verify", unsound, "--check", "-"}, {}, linesOf(made.output)[0] + "\n"), 1,
+                  a + ": FAILED\n", "projectctl: WARNING: 1 signature is NOT valid\n" + told));
 }
 
 TEST_F(ManyFiles, GoToANewFileThatIsWholeOrNotThere) {

@@ -15,10 +15,10 @@ from pathlib import Path
 
 NAMESPACE = ["unshare", "--mount", *([] if os.geteuid() == 0 else ["--map-root-user"])]
 MAKE = "; make the kernel's device there (mknod -m 666 /dev/urandom c 1 9)\n"
-MISSING = ("/dev/urandom and /dev/random: neither can be opened, and the clock alone makes no "
+MISSING = ("/dev/urandom and /dev/random: neither can be opened, and the clock alone is not a "
            "secret" + MAKE)
 FOREIGN = ("/dev/urandom, or /dev/random if that cannot be opened: not the kernel's random device, "
-           "and what is made from another can be guessed" + MAKE)
+           "so keys and nonces could be guessed" + MAKE)
 HIDDEN = "mount -t tmpfs none /dev"
 ONE_OF_TWO = ("touch kept && mount --bind {device} kept && mount -t tmpfs none /dev && "
               "touch {device} && mount --bind kept {device}")

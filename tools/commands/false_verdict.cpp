@@ -87,10 +87,15 @@ int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts) {
         }
     }
     reportRemark(name + "RIPEMD-160 digest " + digest);
-    if (fingerprint.has_value()) {
-        reportRemark(judged.options.project + ": fingerprint of the public key " + *fingerprint);
-    }
+    reportFingerprint(judged.options, fingerprint);
     return exitNegative;
+}
+
+void reportFingerprint(const VerifyOptions& options,
+                       const std::optional<std::string>& fingerprint) {
+    if (fingerprint.has_value()) {
+        reportRemark(options.project + ": fingerprint of the public key " + *fingerprint);
+    }
 }
 
 void reportSwappedOperands(const VerifyOptions& options, bool isProjectLoaded) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "project/project_file.h"
@@ -26,6 +27,9 @@ struct FalseVerdict {
 /// signature; and, to compare between machines, the digest of the file and the fingerprint of the
 /// key. With --json the last three are members too. Returns `exitNegative`.
 int reportFalse(const FalseVerdict& judged, SignatureVerdicts& verdicts);
+
+/// Names the key of a verdict, to compare it between machines; nothing where it has no fingerprint.
+void reportFingerprint(const VerifyOptions& options, const std::optional<std::string>& fingerprint);
 
 /// Where there is no verdict, says that the operands stand in another order, if they look so: one
 /// after the first is a project file and that one is not, or the signature comes after a file.

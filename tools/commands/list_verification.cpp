@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/commands/false_verdict.h"
 #include "tools/commands/signature_verdicts.h"
 #include "tools/counted_text.h"
 #include "tools/exit_status.h"
@@ -12,6 +13,7 @@
 #include "tools/files/file_digest.h"
 #include "tools/files/input_file.h"
 #include "tools/report.h"
+#include "tools/signature/key_fingerprint.h"
 #include "tools/signature/signature_list.h"
 
 namespace {
@@ -94,6 +96,9 @@ int verifyList(const VerifyOptions& options, const ProjectFile& project) {
     });
     if (!options.status) {
         reportWarnings(list, counts);
+        if (counts.invalid != 0) {
+            reportFingerprint(options, keyFingerprint(project));
+        }
     }
     if (counts.invalid != 0 && verdicts.keyFault().has_value()) {
         reportRemark(*verdicts.keyFault());

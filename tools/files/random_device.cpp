@@ -5,13 +5,13 @@ namespace {
 /// What is wrong.
 std::string wordsOf(RandomDeviceFault fault) {
     if (fault == RandomDeviceFault::missing) {
-        return "/dev/urandom and /dev/random: neither can be opened, and the clock alone makes no "
+        return "/dev/urandom and /dev/random: neither can be opened, and the clock alone is not a "
                "secret";
     }
     return std::string("/dev/urandom, or /dev/random if that cannot be opened: ") +
            (fault == RandomDeviceFault::unreadable
                 ? "gives less than a seed takes, and known bytes would stand in"
-                : "not the kernel's random device, and what is made from another can be guessed");
+                : "not the kernel's random device, so keys and nonces could be guessed");
 }
 
 }  // namespace

@@ -157,8 +157,8 @@ bool checkPoint(Checked& checked, const StoredPoint& stored) {
     if (core::fieldIsZero(stored.x) && core::fieldIsZero(stored.y)) {
         checked.find(Finding::infinity, KeyDamage::points,
                      "the " + stored.name +
-                         " is (0, 0), as infinity is written at times: no point of "
-                         "the curve");
+                         " is (0, 0), which some software writes for infinity; it is not a point "
+                         "of the curve");
         return false;
     }
     if (!isOnCurve(stored.x, stored.y)) {

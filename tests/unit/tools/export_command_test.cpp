@@ -86,10 +86,10 @@ TEST_F(ExportCommand, RefusesAKeyThatCannotBeUsed) {
 }
 
 TEST_F(ExportCommand, RefusesAPointThatOtherSoftwareWouldNotRead) {
-    for (const auto& [x, y, reason] :
-         {std::tuple{"0", "0",
-                     " is (0, 0), as infinity is written at times: no point of the curve"},
-          std::tuple{"1", "5", " is not on the curve"}}) {
+    for (const auto& [x, y, reason] : {std::tuple{"0", "0",
+                                                  " is (0, 0), which some software writes for "
+                                                  "infinity; it is not a point of the curve"},
+                                       std::tuple{"1", "5", " is not on the curve"}}) {
         for (const bool privateKey : {false, true}) {
             AttributeValues unsound = attributes;
             unsound[72] = elementValue(163, x);

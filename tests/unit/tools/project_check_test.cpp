@@ -202,8 +202,8 @@ TEST_F(CheckProject, FindsPointsThatAreNone) {
          {std::pair<std::uint32_t, std::string>{72, "base"}, {75, "public"}}) {
         EXPECT_EQ(textsWithPoint(id, "0", "0"),
                   Strings{"key.infinity: the " + name +
-                          " point is (0, 0), as infinity is written at times: no point of the "
-                          "curve"});
+                          " point is (0, 0), which some software writes for infinity; it is not a "
+                          "point of the curve"});
         EXPECT_EQ(textsWithPoint(id, "5", "5"),
                   Strings{"key.off-curve: the " + name + " point is not on the curve"});
         EXPECT_EQ(textsWithPoint(id, "0", "1"),

@@ -31,10 +31,10 @@ TEST(RandomDeviceRefusal, NamesEachFaultAndWhatToDo) {
     for (const auto& [fault, words] :
          {std::pair<RandomDeviceFault, std::string>{
               RandomDeviceFault::missing,
-              "/dev/urandom and /dev/random: neither can be opened, and the clock alone makes no "
+              "/dev/urandom and /dev/random: neither can be opened, and the clock alone is not a "
               "secret"},
           {RandomDeviceFault::foreign,
-           either + "not the kernel's random device, and what is made from another can be guessed"},
+           either + "not the kernel's random device, so keys and nonces could be guessed"},
           {RandomDeviceFault::unreadable,
            either + "gives less than a seed takes, and known bytes would stand in"}}) {
         EXPECT_EQ(randomDeviceRefusal(fault), words + advice);

@@ -33,9 +33,8 @@ TEST(Rules, StandInTheOrderOfTheirFamilies) {
 
 TEST(Rules, NameThePageThatTellsMore) {
     const std::map<std::string, std::string> pages = {
-        {"project.digest", "project-file(5)"},
-        {"key.absent", "project-file(5)"},
-        {"signature.odd", "docs/formats.md"},
+        {"project.digest", "project-file(5)"},        {"key.absent", "project-file(5)"},
+        {"signature.odd", "docs/formats.md"},         {"file.empty", "docs/formats.md"},
         {"json.zero-byte", "docs/http-interface.md"},
     };
     std::map<std::string, std::string> told;
