@@ -81,9 +81,6 @@ FileFault mapBytes(MappedInput& input) {
 }  // namespace
 
 MappedFile::~MappedFile() {
-    if (descriptor == -1) {
-        return;
-    }
     unmap();
     close();
 }
