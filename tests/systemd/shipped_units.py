@@ -219,14 +219,12 @@ class Removed(Units):
     def test_the_guide_leaves_nothing_behind(self):
         machine = self.machine
         machine.change(SITE, "include snippets/sign-cgi-server.conf;", "")
+        # What is left on another file system is found.
+        machine.shell("mount -t tmpfs none /mnt; touch /mnt/left; chown sign-cgi /mnt/left")
         said = machine.shell("exec 2>/dev/null\n" + debian.guide("Removing it"))
-        self.assertEqual(said, "Removing user `sign-cgi' ...\nDone.\n")
+        self.assertEqual(said, "/mnt/left\nRemoving user `sign-cgi' ...\nDone.\n")
         self.assertEqual(machine.run("find", "/etc/systemd", "-name", "sign-*"), "")
         self.assertEqual(Service(SimpleNamespace(port=80), None).ask(b"x").status, 404)
         machine.run("id", "sign-cgi", status=1)
-        # The next one has its number, and nothing of its.
-        machine.run("adduser", "--system", "--group", "--no-create-home", "next")
-        self.assertEqual(int(machine.run("id", "-u", "next")), self.account)
-        machine.run("setpriv", "--reuid=next", "--regid=next", "--init-groups",
-                    "ls", str(Path(PROJECT).parent), status=2)
+        self.check_next_user(self.account, Path(PROJECT).parent)
         machine.run("projectctl", "check", PROJECT)

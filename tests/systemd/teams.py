@@ -8,6 +8,7 @@ from guide_blocks import blocks
 from service import SIGNATURE, Service, form, text_answer
 from units import Units, wait_until
 
+GUIDE = "One service per team"
 TEAMS = ("blue", "green")
 FAILED = text_answer("Signature generation failed", 400)
 
@@ -16,16 +17,19 @@ class Teams(Units):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        heading = "One service per team"
-        commands = debian.guide(heading, "access.md")
         for team in TEAMS:
-            location = blocks(heading, "nginx")[0].replace("blue", team)
+            location = blocks(GUIDE, "nginx")[0].replace("blue", team)
             cls.machine.change("etc/nginx/sites-available/default", "server_name _;",
                                f"server_name _;\n{location}")
-            cls.machine.shell(commands.replace("blue", team).replace("-apr1", f"-apr1 {team}-word"))
+            cls.set_up(team)
         # A reload ends before it counts.
         for team in TEAMS:
             wait_until(lambda team=team: cls.ask(team, team, team).status != 404, "the location")
+
+    @classmethod
+    def set_up(cls, team):
+        commands = debian.guide(GUIDE, "access.md").replace("blue", team)
+        cls.machine.shell(commands.replace("-apr1", f"-apr1 {team}-word"))
 
     @classmethod
     def ask(cls, url, password, project, mode="create", **parameters):
@@ -62,3 +66,13 @@ class Teams(Units):
         self.addCleanup(self.machine.run, "systemctl", "start", "sign-fcgiwrap@green.socket")
         self.assertEqual(self.ask("green", "green", "green").status, 502)
         self.assertEqual(self.ask("blue", "blue", "blue").status, 200)
+
+    def test_a_team_that_is_removed_leaves_nothing_behind(self):
+        self.set_up("red")
+        account = int(self.machine.run("id", "-u", "sign-red"))
+        guide = debian.guide("Removing a team", "access.md").replace("blue", "red")
+        said = self.machine.shell("exec 2>/dev/null\n" + guide)
+        self.assertEqual(said, "Removing user `sign-red' ...\nDone.\n")
+        self.assertEqual(self.machine.run("find", "/etc", "-name", "*@red.*", "-o", "-name", "red.*"), "")
+        self.check_next_user(account, "/var/lib/sign-red")
+        self.machine.run("projectctl", "check", "/var/lib/sign-red/red.project")

@@ -49,6 +49,14 @@ class Units(unittest.TestCase):
     def prepare(cls, root):
         pass
 
+    def check_next_user(self, account, folder):
+        """Makes the next system user, who has the number of a removed one, and cannot read its folder."""
+        self.machine.run("adduser", "--system", "--group", "--no-create-home", "next")
+        self.assertEqual(int(self.machine.run("id", "-u", "next")), account)
+        self.machine.run("setpriv", "--reuid=next", "--regid=next", "--init-groups",
+                         "ls", str(folder), status=2)
+        self.machine.run("deluser", "next")
+
     def show(self, name):
         return self.machine.run("systemctl", "show", f"--property={name}", "--value",
                                 SERVICE).strip()
