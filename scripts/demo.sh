@@ -48,8 +48,9 @@ trap 'exit 130' INT TERM
 exchanges=0
 wrong=0
 
+# A backslash at the end of a line is not part of it: the line goes on.
 indented() {
-    tr -d '\r' <"$1" | sed 's/^/    | /'
+    tr -d '\r' <"$1" | sed 's/.\{110\}/&\\\n/g' | sed 's/^/    | /'
     echo
 }
 
@@ -103,10 +104,10 @@ heading() {
     printf '\n%s\n\n' "$1"
 }
 
-# A request as JSON: operation $1 under project $2 over member $3, "data" or "file", which is $4;
-# signature $5, if there is one.
+# A request as JSON, in two lines: operation $1 under project $2 over member $3, "data" or "file", which
+# is $4; signature $5, if there is one.
 json_request() {
-    printf '{"mode":"%s","project":"%s","signature":{"%s":"%s"%s}}' "$1" "$2" "$3" "$4" \
+    printf '{"mode":"%s","project":"%s",\n "signature":{"%s":"%s"%s}}' "$1" "$2" "$3" "$4" \
         "${5:+,\"signature\":\"$5\"}"
 }
 
@@ -215,16 +216,15 @@ EOF
     done
 
     heading "Serving $url. Each of these commands was just run, with this answer:"
-    curl_command "curl -s -d project=$project -d sig_create=true -d sig_data=hello $url" \
-        "$signature_text"
+    local post="curl -s $url"$' \\\n '
+    curl_command "$post -d project=$project -d sig_create=true -d sig_data=hello" "$signature_text"
     sig="-d sig_verify=true --data-urlencode sig=$signature"
-    curl_command "curl -s -d project=$project -d sig_data=hello $sig $url" true
+    curl_command "$post -d project=$project -d sig_data=hello"$' \\\n '" $sig" true
 
-    local post="curl -s -H 'Content-Type: $json' -d"
-    curl_command "$post '$(json_request generateSignature "$project" data hello)' $url" \
-        "$json_signature"
+    post+=" -H 'Content-Type: $json' -d"
+    curl_command "$post '$(json_request generateSignature "$project" data hello)'" "$json_signature"
     sig=$signature
-    curl_command "$post '$(json_request verifySignature "$project" data hello "$sig")' $url" \
+    curl_command "$post '$(json_request verifySignature "$project" data hello "$sig")'" \
         '\{"valid":true\}'
 
     heading "The project and the server's log are in $work until Ctrl-C ends the server."

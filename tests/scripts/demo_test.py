@@ -67,10 +67,11 @@ class Demo(unittest.TestCase):
         requests = re.findall(r"^  CONTENT_TYPE=\S+ CONTENT_LENGTH=\d+ (.*)$", output, re.MULTILINE)
         self.assertEqual(requests, ["sign.cgi"] * 11)
         self.assertLess(output.count("\n"), 200)
+        self.assertLessEqual(max(map(len, output.splitlines())), 120)
 
         answers = [subprocess.run(["bash", "-c", command], capture_output=True, text=True,
                                   check=True, timeout=SECONDS_FOR_A_COMMAND).stdout
-                   for command in re.findall("^curl .*$", output, re.MULTILINE)]
+                   for command in re.findall(r"(?ms)^(curl .*?)\n    \| ", output)]
         text = "[A-Za-z0-9+/]{4,56}={0,2}"
         self.assertRegex("\n".join(answers), rf'\A{text}\ntrue\n\{{"signature":"{text}"\}}\n'
                                              r'\{"valid":true\}\Z')
