@@ -1,4 +1,6 @@
-"""Configures the tests where tools are missing: what takes them is left out, and told line by line."""
+"""Configures without a preset, and where tools are missing: the tests that take them are left out, and
+told line by line.
+"""
 
 import re
 import shutil
@@ -43,14 +45,20 @@ class LeftOut(unittest.TestCase):
         build = self.folder / "build"
         run = subprocess.run(
             ["cmake", "--preset", "dev", "-B", build, *options], cwd=ROOT,
-            env={"PATH": str(tools), "LC_ALL": "C"}, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-            check=False)
+            env={"PATH": str(tools), "LC_ALL": "C"}, stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
         self.assertEqual(run.returncode, 0, run.stdout)
         lines = (build / "left-out.txt").read_text(encoding="utf-8").splitlines()
         for line in lines:
             self.assertIn(f"-- Left out: {line}\n", run.stdout)
             self.assertLessEqual(len(line), 110)
         return dict(re.fullmatch(r"(.*) \((.*)\)", line).groups() for line in lines)
+
+    def test_without_a_preset_the_programs_are_optimised(self):
+        subprocess.run(["cmake", "-B", self.folder, "-G", "Ninja"], cwd=ROOT, check=True,
+                       stdout=subprocess.PIPE)
+        commands = (self.folder / "compile_commands.json").read_text(encoding="utf-8")
+        self.assertIn(" -O3 -DNDEBUG ", commands)
 
     def test_takes_a_compiler_and_tells_each_test_without_its_tools(self):
         left_out = self.configure()
