@@ -101,7 +101,7 @@ heading 'Sign under a project that is not there:'
 curl -sS -w ' (status %{http_code})\n' -d project=/nonexistent -d sig_create=true \
     -d sig_data=hello "$url"
 
-heading 'Verify under it, which is no refusal:'
+heading 'Verify under it, which is not refused:'
 curl -sS -w ' (status %{http_code})\n' -d project=/nonexistent -d sig_verify=true \
     -d sig_data=hello --data-urlencode "sig=$signature" "$url"
 

@@ -62,7 +62,7 @@ class CurlCommands(Served):
                          "'signature' parameter is required (status 400)")
         self.assertEqual(answers["Sign under a project that is not there:"],
                          "Signature generation failed (status 400)")
-        self.assertEqual(answers["Verify under it, which is no refusal:"], "false (status 200)")
+        self.assertEqual(answers["Verify under it, which is not refused:"], "false (status 200)")
 
     def test_end_with_the_words_of_a_refusal(self):
         status, _, errors = self.run_example("curl.sh", self.url, "/nonexistent")
