@@ -2,23 +2,23 @@
 
 #include <unistd.h>
 
-extern "C" int __llvm_profile_write_file() __attribute__((weak));
-
-namespace {
-
-void writeCounts() {
-    if (__llvm_profile_write_file != nullptr) {
-        __llvm_profile_write_file();
-    }
-}
-
-}  // namespace
-
-// The linker's names for the library's functions and for what replaces them.
+// The linker's names: of what only a build for coverage has, of the library's functions, and of
+// what replaces them.
+[[gnu::weak]] int writeProfile() asm("__llvm_profile_write_file");
 [[noreturn]] void systemExit(int status) asm("__real__exit");
 [[noreturn]] void countedExit(int status) asm("__wrap__exit");
 [[noreturn]] void systemAbort() asm("__real_abort");
 [[noreturn]] void countedAbort() asm("__wrap_abort");
+
+namespace {
+
+void writeCounts() {
+    if (writeProfile != nullptr) {
+        writeProfile();
+    }
+}
+
+}  // namespace
 
 void countedExit(int status) {
     writeCounts();
