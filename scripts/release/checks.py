@@ -89,6 +89,12 @@ CHECKS = (
           (Found(PASSED),),
           "{} tests of the second route to multiples of points, against the defining one and "
           "libcrypto, and of what signing shows of a nonce pass", FULL),
+    Check("verifiers",
+          "cmake --preset dev >/dev/null && cmake --build --preset dev >/dev/null && " + SEED +
+          "{full}/usr/bin/python3 -B tests/verifier/verifiers_test.py build/dev",
+          (Found(r"^(\d+ of \d+) are true$"),),
+          "the library, C, Python and JavaScript agree with projectctl on all published and random "
+          "signatures, of which {} are true", FULL),
     Check("portability", "scripts/check-portability.sh{cases}",
           (Found(r"^portability: (.*)$", lines=None, joined="; "),), "{}",
           {"cases": ("", " debian13-gcc")}),
