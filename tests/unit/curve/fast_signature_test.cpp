@@ -24,7 +24,7 @@ constexpr std::size_t digestSize = 20;
 
 /// Random bytes for so many draws of a nonce that one is taken.
 Bytes manyDraws() {
-    return randomBytes(24 * 100);
+    return randomBytes(std::size_t{24} * 100);
 }
 
 AffinePoint pointOf(const std::string& x, const std::string& y) {
@@ -39,7 +39,7 @@ void forgetRandomLeft() {
 class FastSignature : public LeakCheckedTest, public testing::WithParamInterface<NamedRoute> {
 protected:
     /// The signature by the route of the parameter, or by the defining one.
-    SignatureNumbers fast(const KeyRecords& key, const Bytes& digest) const {
+    static SignatureNumbers fast(const KeyRecords& key, const Bytes& digest) {
         const ChosenRoute chosen(&GetParam().route);
         return signDigestWith(key, digest);
     }
@@ -49,8 +49,8 @@ protected:
     }
 
     /// Both must be the same of the same random bytes, of which both take as many.
-    void expectSameSignature(const KeyRecords& key, const Bytes& digest,
-                             const Bytes& draws = manyDraws()) const {
+    static void expectSameSignature(const KeyRecords& key, const Bytes& digest,
+                                    const Bytes& draws = manyDraws()) {
         testHostPlayRandom(draws);
         const SignatureNumbers expected = defining(key, digest);
         const std::size_t left = testHostRandomLeft();
@@ -61,14 +61,14 @@ protected:
         forgetRandomLeft();
     }
 
-    bool verdictOf(const core::FastRoute* route, const KeyRecords& key, const Bytes& digest,
-                   const SignatureNumbers& signature) const {
+    static bool verdictOf(const core::FastRoute* route, const KeyRecords& key, const Bytes& digest,
+                          const SignatureNumbers& signature) {
         const ChosenRoute chosen(route);
         return verifiesDigestWith(key, digest, signature);
     }
 
-    void expectVerdict(bool expected, const KeyRecords& key, const Bytes& digest,
-                       const SignatureNumbers& signature) const {
+    static void expectVerdict(bool expected, const KeyRecords& key, const Bytes& digest,
+                              const SignatureNumbers& signature) {
         EXPECT_EQ(verdictOf(&GetParam().route, key, digest, signature), expected);
         EXPECT_EQ(verdictOf(nullptr, key, digest, signature), expected);
     }
