@@ -27,12 +27,13 @@
 namespace {
 
 /// Takes the mark off a word that `CommandLine::parse` marked.
-const CLI::Validator unmarking(
-    [](std::string& word) -> std::string {
+CLI::Validator unmarking() {
+    const auto unmark = [](std::string& word) -> std::string {
         word = unmarked(word);
         return {};
-    },
-    "");
+    };
+    return {unmark, ""};
+}
 
 /// Refuses every word but these, and makes the enumerator of its position of each.
 CLI::Validator oneOf(const std::vector<std::string>& words) {
@@ -136,7 +137,7 @@ private:
     static CLI::Option* addOption(CLI::App* command, const std::string& name, Value& value,
                                   const std::string& valueName, const std::string& description) {
         return command->add_option(name, value, description)
-            ->transform(unmarking)
+            ->transform(unmarking())
             ->type_name(valueName)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     }
@@ -149,7 +150,7 @@ private:
         // What transforms comes in front of what does already.
         return addOption(command, name, value, CLI::detail::join(words, "|"), description)
             ->transform(oneOf(words))
-            ->transform(unmarking);
+            ->transform(unmarking());
     }
 
     /// An option or operand that names a file: its value must not be empty.

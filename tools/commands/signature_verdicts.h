@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "project/project_file.h"
 #include "tools/files/file_digest.h"
@@ -16,8 +17,8 @@ struct SignatureVerdict {
 class SignatureVerdicts {
 public:
     /// The project is one without a `verifyingRefusal`; it must outlive this.
-    SignatureVerdicts(const std::string& path, const ProjectFile& project)
-        : path_(path), project_(project) {}
+    SignatureVerdicts(std::string path, const ProjectFile& project)
+        : path_(std::move(path)), project_(project) {}
 
     /// The verdict on the signature of a file whose digest is known.
     SignatureVerdict of(const FileDigest& file, const std::string& signature);
