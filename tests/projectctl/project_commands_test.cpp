@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/projectctl/projectctl_run.h"
@@ -176,9 +177,14 @@ TEST_F(ProjectctlShow, ListsTheAttributesInTheOrderOfTheDirectory) {
 
 TEST_F(ProjectctlShow, ShowsTheSecretOnDemandAlone) {
     write(keyAttributes(keyWithScalar("ABC", key.baseX, key.baseY)));
-    EXPECT_EQ(runProjectctl({"show", path}).output.find("0abc\n"), std::string::npos);
-    EXPECT_NE(runProjectctl({"show", path, "--secret"}).output.find(" 0abc\n"), std::string::npos);
-    EXPECT_EQ(runProjectctl({"show", path, "--json"}).output.find("0abc"), std::string::npos);
+    const std::vector<std::string> words = {"show", path};
+    const std::vector<std::string> asJson = {"show", path, "--json"};
+    for (const auto& [shown, scalar] : {std::pair(words, " 0abc\n"), {asJson, "\"0abc\""}}) {
+        EXPECT_EQ(runProjectctl(shown).output.find(scalar), std::string::npos);
+        std::vector<std::string> all = shown;
+        all.emplace_back("--secret");
+        EXPECT_NE(runProjectctl(all).output.find(scalar), std::string::npos);
+    }
 }
 
 TEST_F(ProjectctlShow, ShowsTheSameAsJson) {
