@@ -55,7 +55,6 @@ bool isOption(const std::string& word) {
 
 /// The parser's own message in other words where they say too little.
 std::string reworded(std::string message) {
-    message.erase(message.find_last_not_of(" \n") + 1);
     // The parser leaves out the dashes of the name here.
     constexpr std::string_view ofFlag = " was given a disallowed flag override";
     if (message.ends_with(ofFlag)) {
