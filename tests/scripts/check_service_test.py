@@ -294,13 +294,14 @@ class CheckService(unittest.TestCase):
         self.finds("program: a wrong answer: status 400", 2, self.stand_in(script))
 
     def test_takes_a_text_with_a_charset(self):
-        script = f"{self.server.programs}/sign.cgi | sed 's/^Content-Type: [a-z/]*/&; charset=x/'"
-        url = self.stand_in(f"printf %s \"$request\" | {script}")
+        url = self.stand_in(f"printf %s \"$request\" | '{self.server.programs}/sign.cgi' |"
+                            " sed 's/^Content-Type: [a-z/]*/&; charset=x/'")
         state, text, _ = self.check(url, "-p", self.project)
         self.assertEqual(state, OK, text)
 
     def test_warns_of_slow_answers(self):
-        url = self.stand_in(f"sleep 0.3; printf %s \"$request\" | {self.server.programs}/sign.cgi")
+        url = self.stand_in(
+            f"sleep 0.3; printf %s \"$request\" | '{self.server.programs}/sign.cgi'")
         for words, expected in (
                 ((), OK), (("-w", "30"), OK), (("-c", "30"), OK), (("-w", "30", "-c", "40"), OK),
                 (("-w", "0.2"), WARNING), (("-w", "0.2", "-c", "30"), WARNING),
