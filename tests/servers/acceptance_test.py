@@ -77,6 +77,7 @@ class TestServer(unittest.TestCase):
         cls.hanging = pool.submit(lambda: (cls.stand_in.ask(b"hang"), time.monotonic()))
 
     def setUp(self):
+        self.assertTrue(self.server.runs(), self.server.all_it_said())
         seed = int(os.environ.get("SIGN_TEST_SEED") or random.SystemRandom().getrandbits(32))
         print(f"{self.id()}: SIGN_TEST_SEED={seed}")
         self.random = random.Random(seed)
@@ -284,7 +285,7 @@ class TestServer(unittest.TestCase):
         head = (f"POST /sign.cgi HTTP/1.1\r\nHost: localhost\r\nContent-Type: {FORM}\r\n"
                 f"Content-Length: {len(body)}\r\n\r\n").encode()
         request = head + body
-        for _ in range(60):
+        for _ in range(400):
             sent = self.random.choice([self.random.randrange(len(request)), len(request)])
             with socket.create_connection(("127.0.0.1", self.server.port)) as connection:
                 connection.sendall(request[:sent])

@@ -167,10 +167,13 @@ class Server:
             stop(process)
         self.processes.clear()
 
+    def runs(self):
+        return all(process.poll() is None for process in self.processes)
+
     def wait_until_it_listens(self):
         """Until the port answers; a process that ends meanwhile has failed to start."""
         deadline = time.monotonic() + SECONDS_TO_START
-        while time.monotonic() < deadline and all(p.poll() is None for p in self.processes):
+        while time.monotonic() < deadline and self.runs():
             with socket.socket() as probe:
                 if probe.connect_ex(("127.0.0.1", self.port)) == 0:
                     return
