@@ -1,6 +1,5 @@
 #include "tools/commands/false_verdict.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -29,9 +28,9 @@ const TextChange* changeThatHelps(const FalseVerdict& judged, SignatureVerdicts&
         if (!changed.has_value()) {
             continue;
         }
+        const ByteString bytes(changed->begin(), changed->end());
         FileDigest file;
-        coreEntry::ripemd160Digest(reinterpret_cast<const std::uint8_t*>(changed->data()),
-                                   changed->size(), file.digest.data());
+        coreEntry::ripemd160Digest(bytes.data(), bytes.size(), file.digest.data());
         if (verdicts.of(file, judged.signature).isValid) {
             return &change;
         }
