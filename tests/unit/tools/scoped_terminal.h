@@ -40,17 +40,17 @@ public:
 
     /// Waits until this text has been written to the terminal; gives all that was.
     std::string waitFor(std::string_view text) const {
-        std::array<char, 4096> shown{};
-        std::size_t length = 0;
-        while (std::string_view(shown.data(), length).find(text) == std::string_view::npos) {
-            const ssize_t count = ::read(ours_, shown.data() + length, shown.size() - length);
+        std::string shown;
+        std::array<char, 4096> part{};
+        while (shown.find(text) == std::string::npos) {
+            const ssize_t count = ::read(ours_, part.data(), part.size());
             if (count <= 0) {
-                ADD_FAILURE() << "the terminal ends after " << length << " bytes";
+                ADD_FAILURE() << "the terminal ends after " << shown.size() << " bytes";
                 break;
             }
-            length += static_cast<std::size_t>(count);
+            shown.append(part.data(), static_cast<std::size_t>(count));
         }
-        return {shown.data(), length};
+        return shown;
     }
 
 private:
