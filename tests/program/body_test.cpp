@@ -58,7 +58,6 @@ TEST(ProgramBody, EndsAtItsLengthOnAPipeThatStaysOpen) {
     for (const Sample& sample : samples) {
         ProgramCall call = requestCall(sample.kind, sample.body);
         call.input = Input::held;
-        call.limit = std::chrono::seconds(20);
         EXPECT_TRUE(isRefused(runProgram(call), projectRequired));
         call.pieces = {sample.body.substr(0, 5), sample.body.substr(5)};
         EXPECT_TRUE(isRefused(runProgram(call), projectRequired));
@@ -120,7 +119,6 @@ TEST(ProgramBody, TakesMemoryAsItArrivesHoweverMuchIsAnnounced) {
     const std::uint64_t announced = std::min<std::uint64_t>(10'000'000'000, physicalMemory() / 2);
     ProgramCall call = requestCall(InputKind::form, samples[0].body);
     call.environment["CONTENT_LENGTH"] = std::to_string(announced);
-    call.limit = std::chrono::seconds(20);
     const ProgramEnd end = runProgram(call);
     EXPECT_TRUE(isRefused(end, projectRequired));
     EXPECT_LT(end.peakMemory, announced / 4);
