@@ -42,7 +42,7 @@ cppcheck --quiet --std=c++20 --language=c++ --enable=warning,performance,portabi
 # It counts on standard error what it found in other people's headers, which is nobody's concern.
 echo "clang-tidy"
 cmake --preset dev -B build/lint -DCMAKE_CXX_COMPILER=clang++ -DSIGN_BENCH=ON \
-    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DCMAKE_UNITY_BUILD=OFF >/dev/null
 sources -name '*.cpp' -a \( "${is_in[@]}" \) |
     xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/lint \
         2> >(grep -v ' warnings\? generated\.$' >&2)

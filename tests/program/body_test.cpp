@@ -7,17 +7,13 @@
 #include <array>
 
 #include "tests/program/sign_program.h"
+#include "tests/support/messages.h"
 #include "tests/support/standard_streams.h"
 
 namespace {
 
 using namespace std::string_literals;
 using Input = ProgramCall::Input;
-
-constexpr const char* noJson = "Invalid JSON data";
-constexpr const char* noForm = "Failed to parse input data";
-constexpr const char* modeMissing = "'mode' parameter missing or invalid";
-constexpr const char* projectRequired = "'project' parameter is required";
 
 /// A body whose refusal shows that all of it was read, and its message.
 struct Sample {

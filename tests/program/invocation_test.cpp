@@ -8,11 +8,10 @@
 #include <string>
 
 #include "tests/program/sign_program.h"
+#include "tests/support/messages.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
-
-constexpr const char* modeMissing = "'mode' parameter missing or invalid";
 
 /// The program run under an argument vector of this kind writes this first line.
 testing::AssertionResult beginsWith(FirstLine firstLine, const std::vector<std::string>& arguments,

@@ -11,11 +11,12 @@ namespace {
 using namespace std::string_literals;
 using Operation = SignRequest::Operation;
 
-const std::string project = vectorPath("projects/project-00.bin");
+const std::string knownProject = vectorPath("projects/project-00.bin");
 
 /// A signing request answered in text.
 SignRequest signing(const std::string& data, const std::string& dataEncoding = "") {
-    return {.project = project, .encoding = "plain", .data = data, .dataEncoding = dataEncoding};
+    return {
+        .project = knownProject, .encoding = "plain", .data = data, .dataEncoding = dataEncoding};
 }
 
 SignRequest verifying(const SignRequest& signing, const std::string& text) {
@@ -51,7 +52,7 @@ TEST(ProgramPayload, HoldsItsZeroBytes) {
     for (const InputKind kind : bothKinds) {
         for (const std::string& data : {"\0"s, "a\0b"s, "a\0"s, "\0\0\0\0"s}) {
             const std::string text = answeredSignature(request(kind, signing(data)));
-            EXPECT_TRUE(judgeAcceptsText(project, data, text));
+            EXPECT_TRUE(judgeAcceptsText(knownProject, data, text));
             EXPECT_TRUE(isAnsweredText(request(kind, verifying(signing(data), text)), "true"));
             const SignRequest cut = verifying(signing(data + "\0"s), text);
             EXPECT_TRUE(isAnsweredText(request(kind, cut), "false"));
@@ -63,7 +64,7 @@ TEST(ProgramPayload, IsNotDecodedAgainWhenPlain) {
     const std::string data = "%41+QUJD&a=b";
     for (const InputKind kind : bothKinds) {
         const std::string text = answeredSignature(request(kind, signing(data, "plain")));
-        EXPECT_TRUE(judgeAcceptsText(project, data, text));
+        EXPECT_TRUE(judgeAcceptsText(knownProject, data, text));
     }
 }
 
@@ -71,7 +72,7 @@ TEST(ProgramPayload, OfSeveralBase64GroupsHasAZeroByteBeforeItsLast) {
     for (const InputKind kind : bothKinds) {
         const SignRequest encoded = signing("QUJDREVG", "base64");
         const std::string text = answeredSignature(request(kind, encoded));
-        EXPECT_TRUE(judgeAcceptsText(project, "ABC\0DEF"s, text));
+        EXPECT_TRUE(judgeAcceptsText(knownProject, "ABC\0DEF"s, text));
         EXPECT_TRUE(isAnsweredText(request(kind, verifying(encoded, text)), "true"));
         EXPECT_TRUE(isAnsweredText(request(kind, verifying(signing("ABCDEF"), text)), "false"));
         EXPECT_TRUE(isAnsweredText(request(kind, verifying(signing("ABC\0DEF"s), text)), "true"));
@@ -93,7 +94,7 @@ TEST(ProgramPayload, OfOneBase64GroupIsThePlainData) {
 TEST(ProgramPayload, OfBase64MayHaveAZeroByteInTheText) {
     for (const InputKind kind : bothKinds) {
         const std::string text = answeredSignature(request(kind, signing("QUJD\0==="s, "base64")));
-        EXPECT_TRUE(judgeAcceptsText(project, "ABC\0"s, text));
+        EXPECT_TRUE(judgeAcceptsText(knownProject, "ABC\0"s, text));
         EXPECT_TRUE(isAnsweredText(request(kind, verifying(signing("QUJDAAA="s, "base64"), text)),
                                    "false"));
     }
@@ -103,7 +104,7 @@ TEST(ProgramPayload, IsPlainUnderAnUnknownEncoding) {
     for (const InputKind kind : bothKinds) {
         for (const char* word : {"BASE64", "hex", "none"}) {
             const std::string text = answeredSignature(request(kind, signing("QUJD", word)));
-            EXPECT_TRUE(judgeAcceptsText(project, "QUJD", text)) << word;
+            EXPECT_TRUE(judgeAcceptsText(knownProject, "QUJD", text)) << word;
         }
     }
 }
@@ -117,7 +118,7 @@ TEST(ProgramPayload, OfAFileIsItsContentWhateverTheEncoding) {
                 SignRequest signFile = signing("", encoding);
                 signFile.file = path;
                 const std::string text = answeredSignature(request(kind, signFile));
-                EXPECT_TRUE(judgeAcceptsText(project, content, text));
+                EXPECT_TRUE(judgeAcceptsText(knownProject, content, text));
                 EXPECT_TRUE(isAnsweredText(request(kind, verifying(signFile, text)), "true"));
                 const SignRequest data = verifying(signing(content), text);
                 EXPECT_TRUE(isAnsweredText(request(kind, data), "true"));
@@ -141,9 +142,9 @@ TEST(ProgramPayload, IsFoundByPathsAndSignaturesUpToTheirZeroByte) {
     for (const InputKind kind : bothKinds) {
         SignRequest signFile = signing("");
         signFile.file = folder.write("file", {'a', 'b', 'c'}) + "\0.txt"s;
-        signFile.project = project + "\0.bin"s;
+        signFile.project = knownProject + "\0.bin"s;
         const std::string text = answeredSignature(request(kind, signFile));
-        EXPECT_TRUE(judgeAcceptsText(project, "abc", text));
+        EXPECT_TRUE(judgeAcceptsText(knownProject, "abc", text));
         EXPECT_TRUE(isAnsweredText(request(kind, verifying(signFile, text + "\0=="s)), "true"));
     }
 }
@@ -154,7 +155,7 @@ TEST(ProgramPayload, CannotBeReachedByTextThatBeginsWithAZeroByte) {
         EXPECT_TRUE(
             isAnsweredText(request(kind, verifying(signing("abc"), "\0"s + text)), "false"));
         SignRequest nameless = signing("abc");
-        nameless.project = "\0"s + project;
+        nameless.project = "\0"s + knownProject;
         EXPECT_TRUE(isRefused(request(kind, nameless), "Signature generation failed"));
     }
 }

@@ -1,19 +1,10 @@
 // Every message of the program, to the byte, under both of its names.
 
 #include "tests/program/sign_program.h"
+#include "tests/support/messages.h"
 #include "tests/support/vector_file.h"
 
 namespace {
-
-constexpr const char* noJson = "Invalid JSON data";
-constexpr const char* noForm = "Failed to parse input data";
-constexpr const char* modeMissing = "'mode' parameter missing or invalid";
-constexpr const char* projectRequired = "'project' parameter is required";
-constexpr const char* signatureRequired = "'signature' parameter is required";
-constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
-constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
-constexpr const char* wrongBase64 = "Invalid base64 data";
-constexpr const char* notGenerated = "Signature generation failed";
 
 const std::string project = vectorPath("projects/project-00.bin");
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "project/project_file.h"
+#include "project/project_key_record.h"
 #include "tests/support/project_builder.h"
 
 /// A table of these values.
@@ -10,6 +11,13 @@ inline ProjectFile projectOf(const AttributeValues& values) {
         file.insertAttribute(id, value);
     }
     return file;
+}
+
+/// The key record that these values fill.
+inline ProjectKeyRecord recordOf(const AttributeValues& values) {
+    ProjectKeyRecord record;
+    record.loadFromAttributes(projectOf(values));
+    return record;
 }
 
 /// The values of a table, copied.

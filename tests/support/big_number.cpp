@@ -17,12 +17,12 @@ T made(T result) {
     return result;
 }
 
-BN_CTX* context() {
+}  // namespace
+
+BN_CTX* numberContext() {
     static const std::unique_ptr<BN_CTX, decltype(&BN_CTX_free)> kept(BN_CTX_new(), &BN_CTX_free);
     return made(kept.get());
 }
-
-}  // namespace
 
 BigNumber::BigNumber(std::uint64_t value) : number_(made(BN_new())) {
     made(BN_set_word(get(), value));
@@ -118,9 +118,9 @@ bool BigNumber::isOdd() const {
 BigNumber BigNumber::inverseModulo(const BigNumber& modulus) const {
     BigNumber result;
     BigNumber divisor;
-    made(BN_gcd(divisor.get(), get(), modulus.get(), context()));
+    made(BN_gcd(divisor.get(), get(), modulus.get(), numberContext()));
     if (divisor == BigNumber(1)) {
-        made(BN_mod_inverse(result.get(), get(), modulus.get(), context()));
+        made(BN_mod_inverse(result.get(), get(), modulus.get(), numberContext()));
     }
     return result;
 }
@@ -145,19 +145,19 @@ BigNumber operator-(const BigNumber& a, const BigNumber& b) {
 
 BigNumber operator*(const BigNumber& a, const BigNumber& b) {
     BigNumber result;
-    made(BN_mul(result.get(), a.get(), b.get(), context()));
+    made(BN_mul(result.get(), a.get(), b.get(), numberContext()));
     return result;
 }
 
 BigNumber operator/(const BigNumber& a, const BigNumber& b) {
     BigNumber result;
-    made(BN_div(result.get(), nullptr, a.get(), b.get(), context()));
+    made(BN_div(result.get(), nullptr, a.get(), b.get(), numberContext()));
     return result;
 }
 
 BigNumber operator%(const BigNumber& a, const BigNumber& b) {
     BigNumber result;
-    made(BN_div(nullptr, result.get(), a.get(), b.get(), context()));
+    made(BN_div(nullptr, result.get(), a.get(), b.get(), numberContext()));
     return result;
 }
 

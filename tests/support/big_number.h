@@ -12,6 +12,9 @@
 
 #include "core/core_integer.h"
 
+/// What libcrypto needs for its own steps; one for all.
+BN_CTX* numberContext();
+
 /// A signed number of any size, as libcrypto holds it and reckons with it: the judge of the core's
 /// integers. What libcrypto refuses throws std::runtime_error.
 class BigNumber {

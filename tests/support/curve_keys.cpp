@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "curve/point.h"
 #include "curve/sect163r2.h"
 #include "curve/signature_primitive.h"
 
@@ -60,6 +61,13 @@ core::CurveDomain KeyRecords::domain() const {
             .basePoint = basePoint_,
             .order = curve.order,
             .cofactor = curve.cofactor};
+}
+
+AffinePoint multiple(const BigNumber& k, const AffinePoint& P) {
+    PointRecord out(pointAtInfinity());
+    core::pointMultiply(elementFrom(k), PointRecord(P), core::sect163r2.coefficients, out,
+                        core::sect163r2.domain.reductionPolynomial);
+    return affineFrom(out);
 }
 
 core::CoreInteger signatureHalf() {

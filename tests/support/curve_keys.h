@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "core/core_integer.h"
 #include "curve/curve_domain.h"
 #include "tests/support/libcrypto_curve.h"
@@ -24,6 +26,12 @@ private:
     PointRecord publicPoint_;
     core::CoreInteger scalar_;
 };
+
+/// Bytes of a digest to sign.
+inline constexpr std::size_t digestSize = 20;
+
+/// k * P on sect163r2, by `core::pointMultiply`.
+AffinePoint multiple(const BigNumber& k, const AffinePoint& P);
 
 /// A zero half with room for n and no more.
 core::CoreInteger signatureHalf();

@@ -14,11 +14,6 @@ void require(int done) {
     }
 }
 
-BN_CTX* context() {
-    static const std::unique_ptr<BN_CTX, decltype(&BN_CTX_free)> kept(BN_CTX_new(), &BN_CTX_free);
-    return kept.get();
-}
-
 BigNumber numberOfWords(const core::FieldElement& e, std::uint64_t count) {
     return BigNumber::fromLimbs({e.words.begin(), e.words.begin() + count});
 }
@@ -133,18 +128,18 @@ BigNumber FieldJudge::reduce(const BigNumber& a) const {
 
 BigNumber FieldJudge::multiply(const BigNumber& a, const BigNumber& b) const {
     BigNumber result;
-    require(BN_GF2m_mod_mul(result.get(), a.get(), b.get(), polynomial_.get(), context()));
+    require(BN_GF2m_mod_mul(result.get(), a.get(), b.get(), polynomial_.get(), numberContext()));
     return result;
 }
 
 BigNumber FieldJudge::square(const BigNumber& a) const {
     BigNumber result;
-    require(BN_GF2m_mod_sqr(result.get(), a.get(), polynomial_.get(), context()));
+    require(BN_GF2m_mod_sqr(result.get(), a.get(), polynomial_.get(), numberContext()));
     return result;
 }
 
 BigNumber FieldJudge::divide(const BigNumber& a, const BigNumber& b) const {
     BigNumber result;
-    require(BN_GF2m_mod_div(result.get(), a.get(), b.get(), polynomial_.get(), context()));
+    require(BN_GF2m_mod_div(result.get(), a.get(), b.get(), polynomial_.get(), numberContext()));
     return result;
 }

@@ -2,12 +2,10 @@
 
 #include <cstring>
 
+#include "tests/support/project_builder.h"
 #include "tests/support/reference_project.h"
 
 namespace {
-
-constexpr std::size_t headerSize = 24;
-constexpr std::size_t entrySize = 12;
 
 /// Ids that spread over all of 32 bits, each of them twice.
 std::uint32_t scattered(std::uint32_t number) {

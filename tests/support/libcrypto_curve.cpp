@@ -15,11 +15,6 @@ void require(bool done) {
     }
 }
 
-BN_CTX* context() {
-    static const std::unique_ptr<BN_CTX, decltype(&BN_CTX_free)> kept(BN_CTX_new(), &BN_CTX_free);
-    return kept.get();
-}
-
 }  // namespace
 
 bool operator==(const AffinePoint& P, const AffinePoint& Q) {
@@ -58,31 +53,32 @@ CurveJudge::CurveJudge(const AffinePoint& basePoint) : CurveJudge() {
 
 BigNumber CurveJudge::fieldPolynomial() const {
     BigNumber polynomial;
-    require(EC_GROUP_get_curve(group_.get(), polynomial.get(), nullptr, nullptr, context()) == 1);
+    require(EC_GROUP_get_curve(group_.get(), polynomial.get(), nullptr, nullptr, numberContext()) ==
+            1);
     return polynomial;
 }
 
 BigNumber CurveJudge::coefficientA() const {
     BigNumber a;
-    require(EC_GROUP_get_curve(group_.get(), nullptr, a.get(), nullptr, context()) == 1);
+    require(EC_GROUP_get_curve(group_.get(), nullptr, a.get(), nullptr, numberContext()) == 1);
     return a;
 }
 
 BigNumber CurveJudge::coefficientB() const {
     BigNumber b;
-    require(EC_GROUP_get_curve(group_.get(), nullptr, nullptr, b.get(), context()) == 1);
+    require(EC_GROUP_get_curve(group_.get(), nullptr, nullptr, b.get(), numberContext()) == 1);
     return b;
 }
 
 BigNumber CurveJudge::order() const {
     BigNumber n;
-    require(EC_GROUP_get_order(group_.get(), n.get(), context()) == 1);
+    require(EC_GROUP_get_order(group_.get(), n.get(), numberContext()) == 1);
     return n;
 }
 
 BigNumber CurveJudge::cofactor() const {
     BigNumber h;
-    require(EC_GROUP_get_cofactor(group_.get(), h.get(), context()) == 1);
+    require(EC_GROUP_get_cofactor(group_.get(), h.get(), numberContext()) == 1);
     return h;
 }
 
@@ -93,26 +89,26 @@ AffinePoint CurveJudge::basePoint() const {
 AffinePoint CurveJudge::add(const AffinePoint& P, const AffinePoint& Q) const {
     const Point sum = newPoint();
     require(EC_POINT_add(group_.get(), sum.get(), pointFrom(P).get(), pointFrom(Q).get(),
-                         context()) == 1);
+                         numberContext()) == 1);
     return affine(sum.get());
 }
 
 AffinePoint CurveJudge::twice(const AffinePoint& P) const {
     const Point result = newPoint();
-    require(EC_POINT_dbl(group_.get(), result.get(), pointFrom(P).get(), context()) == 1);
+    require(EC_POINT_dbl(group_.get(), result.get(), pointFrom(P).get(), numberContext()) == 1);
     return affine(result.get());
 }
 
 AffinePoint CurveJudge::negative(const AffinePoint& P) const {
     const Point point = pointFrom(P);
-    require(EC_POINT_invert(group_.get(), point.get(), context()) == 1);
+    require(EC_POINT_invert(group_.get(), point.get(), numberContext()) == 1);
     return affine(point.get());
 }
 
 AffinePoint CurveJudge::multiply(const BigNumber& factor, const AffinePoint& P) const {
     const Point product = newPoint();
     require(EC_POINT_mul(group_.get(), product.get(), nullptr, pointFrom(P).get(), factor.get(),
-                         context()) == 1);
+                         numberContext()) == 1);
     return affine(product.get());
 }
 
@@ -120,7 +116,7 @@ AffinePoint CurveJudge::multiplyTwin(const BigNumber& u1, const BigNumber& u2,
                                      const AffinePoint& Q) const {
     const Point sum = newPoint();
     require(EC_POINT_mul(group_.get(), sum.get(), u1.get(), pointFrom(Q).get(), u2.get(),
-                         context()) == 1);
+                         numberContext()) == 1);
     return affine(sum.get());
 }
 
@@ -128,15 +124,15 @@ bool CurveJudge::isOnCurve(const AffinePoint& P) const {
     const Point point = newPoint();
     // Refuses what is not on the curve, and says so in the error queue.
     const bool accepted = EC_POINT_set_affine_coordinates(group_.get(), point.get(), P.x.get(),
-                                                          P.y.get(), context()) == 1;
+                                                          P.y.get(), numberContext()) == 1;
     ERR_clear_error();
     return P.infinity || accepted;
 }
 
 std::optional<AffinePoint> CurveJudge::pointWithX(const BigNumber& x) const {
     const Point point = newPoint();
-    const bool found =
-        EC_POINT_set_compressed_coordinates(group_.get(), point.get(), x.get(), 0, context()) == 1;
+    const bool found = EC_POINT_set_compressed_coordinates(group_.get(), point.get(), x.get(), 0,
+                                                           numberContext()) == 1;
     ERR_clear_error();
     return found ? std::optional(affine(point.get())) : std::nullopt;
 }
@@ -161,7 +157,7 @@ CurveJudge::Point CurveJudge::pointFrom(const AffinePoint& P) const {
         require(EC_POINT_set_to_infinity(group_.get(), point.get()) == 1);
     } else {
         require(EC_POINT_set_affine_coordinates(group_.get(), point.get(), P.x.get(), P.y.get(),
-                                                context()) == 1);
+                                                numberContext()) == 1);
     }
     return point;
 }
@@ -172,7 +168,7 @@ AffinePoint CurveJudge::affine(const EC_POINT* point) const {
         result.infinity = true;
     } else {
         require(EC_POINT_get_affine_coordinates(group_.get(), point, result.x.get(), result.y.get(),
-                                                context()) == 1);
+                                                numberContext()) == 1);
     }
     return result;
 }

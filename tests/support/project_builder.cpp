@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr std::size_t headerSize = 24;
-constexpr std::size_t entrySize = 12;
-
 void append32(Bytes& bytes, std::uint32_t value) {
     for (unsigned shift = 0; shift < 32; shift += 8) {
         bytes.push_back(static_cast<std::uint8_t>(value >> shift));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,7 +13,14 @@
 /// Attribute values by id.
 using AttributeValues = std::map<std::uint32_t, Bytes>;
 
-/// Twelve bytes of a project file's directory.
+/// Of two attributes.
+inline const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
+
+// Bytes of a project file: of its header, and of each entry of its directory.
+inline constexpr std::size_t headerSize = 24;
+inline constexpr std::size_t entrySize = 12;
+
+/// An entry of a project file's directory.
 struct ImageEntry {
     std::uint32_t id = 0;
     std::uint32_t offset = 0;  ///< from the start of the file

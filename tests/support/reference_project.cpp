@@ -12,7 +12,6 @@
 namespace {
 
 constexpr std::string_view magic = "VLT2";
-constexpr std::size_t headerSize = 24;
 constexpr std::size_t digestPosition = 8;
 
 std::uint64_t numberAt(const Bytes& file, std::size_t position) {

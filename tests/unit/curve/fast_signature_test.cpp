@@ -20,8 +20,6 @@
 
 namespace {
 
-constexpr std::size_t digestSize = 20;
-
 /// Random bytes for so many draws of a nonce that one is taken.
 Bytes manyDraws() {
     return randomBytes(std::size_t{24} * 100);

@@ -19,9 +19,9 @@ using FieldMultiply = LeakCheckedTest;
 using FieldSquare = LeakCheckedTest;
 
 /// Degrees below, at and above word borders.
-constexpr std::array<std::uint64_t, 22> degrees = {1,   5,   31,  32,  33,  63,  64,  65,
-                                                   113, 127, 128, 129, 162, 163, 191, 192,
-                                                   193, 233, 283, 409, 447, 448};
+constexpr std::array<std::uint64_t, 22> productDegrees = {1,   5,   31,  32,  33,  63,  64,  65,
+                                                          113, 127, 128, 129, 162, 163, 191, 192,
+                                                          193, 233, 283, 409, 447, 448};
 
 /// Multiplies elements of these capacities, of which none may be left.
 void checkProduct(const BigNumber& a, const BigNumber& b, std::uint64_t degree,
@@ -65,7 +65,7 @@ TEST_F(FieldMultiply, TakesTheWordAboveTheSecondOperandAlong) {
 }
 
 TEST_F(FieldMultiply, WorksForEveryDegree) {
-    for (const std::uint64_t degree : degrees) {
+    for (const std::uint64_t degree : productDegrees) {
         for (const BigNumber& a : edgePolynomials(degree + 1)) {
             const BigNumber operand = a % BigNumber::powerOfTwo(degree);
             checkProduct(operand, operand, degree, 112, 112);
@@ -129,7 +129,7 @@ TEST_F(FieldSquare, SpreadsEveryByteInEveryPlace) {
 }
 
 TEST_F(FieldSquare, WorksForEveryDegree) {
-    for (const std::uint64_t degree : degrees) {
+    for (const std::uint64_t degree : productDegrees) {
         for (const BigNumber& a : edgePolynomials(degree + 1)) {
             checkSquare(a % BigNumber::powerOfTwo(degree), degree, 112, 112);
         }

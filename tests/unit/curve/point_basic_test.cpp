@@ -25,7 +25,7 @@ using PointNegate = LeakCheckedTest;
 using PointCompare = LeakCheckedTest;
 
 /// Flags beside the one that marks infinity.
-constexpr std::uint64_t otherFlags = 0xF0;
+constexpr std::uint64_t flagsBeside = 0xF0;
 
 TEST_F(PointNew, GivesZeroCoordinatesOfTheDegreeAndNoFlags) {
     CurvePoint point{.x = nullptr, .y = nullptr, .flags = 0xFF};
@@ -54,7 +54,7 @@ TEST_F(PointRelease, GivesBothElementsBackAndZeroesTheRecord) {
     CurvePoint point;
     core::pointNew(163, point);
     EXPECT_EQ(testHostLiveBlocks(), before + 2);
-    point.flags = otherFlags | core::pointInfinity;
+    point.flags = flagsBeside | core::pointInfinity;
     core::pointRelease(point);
     EXPECT_EQ(testHostLiveBlocks(), before);
     EXPECT_EQ(point.x, nullptr);
@@ -68,22 +68,22 @@ TEST_F(PointCopy, TakesFlagsAndCoordinates) {
         for (const std::uint64_t to : programCapacities) {
             const AffinePoint value = judge.randomPoint();
             PointRecord point(value, from);
-            point->flags = otherFlags;
+            point->flags = flagsBeside;
             PointRecord out(pointAtInfinity(), to);
             core::pointCopy(point, out);
             EXPECT_EQ(affineFrom(out), value);
-            EXPECT_EQ(out->flags, otherFlags);
+            EXPECT_EQ(out->flags, flagsBeside);
         }
     }
 }
 
 TEST_F(PointCopy, OfInfinityLeavesTheCoordinates) {
     PointRecord infinity(pointAtInfinity());
-    infinity->flags |= otherFlags;
+    infinity->flags |= flagsBeside;
     const AffinePoint before = CurveJudge().randomPoint();
     PointRecord out(before);
     core::pointCopy(infinity, out);
-    EXPECT_EQ(out->flags, otherFlags | core::pointInfinity);
+    EXPECT_EQ(out->flags, flagsBeside | core::pointInfinity);
     EXPECT_EQ(valueOf(*out->x), before.x);
     EXPECT_EQ(valueOf(*out->y), before.y);
 }
@@ -134,7 +134,7 @@ TEST_F(PointCompare, TellsInfinityFromAllElse) {
 TEST_F(PointCompare, ReadsTheInfinityFlagAlone) {
     const AffinePoint value = CurveJudge().randomPoint();
     PointRecord flagged(value);
-    flagged->flags = otherFlags;
+    flagged->flags = flagsBeside;
     EXPECT_EQ(pointCompare(flagged, PointRecord(value)), 1);
     flagged->flags |= core::pointInfinity;
     EXPECT_EQ(pointCompare(flagged, PointRecord(value)), 0);

@@ -77,13 +77,6 @@ std::vector<BigNumber> edgeScalars() {
     return scalars;
 }
 
-AffinePoint multiple(const BigNumber& k, const AffinePoint& P) {
-    PointRecord out(pointAtInfinity());
-    core::pointMultiply(elementFrom(k), PointRecord(P), core::sect163r2.coefficients, out,
-                        core::sect163r2.domain.reductionPolynomial);
-    return affineFrom(out);
-}
-
 TEST_F(NafEncode, OfZeroWritesNothing) {
     EXPECT_EQ(encode(0, 163).written, 0U);
 }

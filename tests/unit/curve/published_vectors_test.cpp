@@ -82,13 +82,6 @@ bool isOnCurve(const AffinePoint& point) {
     return core::fieldCompare(left, right) == 0;
 }
 
-AffinePoint multiple(const BigNumber& k, const AffinePoint& P) {
-    PointRecord out(pointAtInfinity());
-    core::pointMultiply(elementFrom(k), PointRecord(P), core::sect163r2.coefficients, out,
-                        core::sect163r2.domain.reductionPolynomial);
-    return affineFrom(out);
-}
-
 TEST_F(PublishedVectors, KeyPairsMultiplyTheBasePoint) {
     for (const VectorCase& vector : readVectorFile(keyPairs)) {
         EXPECT_EQ(multiple(numberAt(vector, "d"), CurveJudge().basePoint()), publicPointOf(vector));

@@ -18,7 +18,6 @@ namespace {
 using CurveSign = LeakCheckedTest;
 using CurveVerify = LeakCheckedTest;
 
-constexpr std::size_t digestSize = 20;
 constexpr std::size_t drawSize = 24;
 constexpr std::size_t attemptLimit = 32;
 

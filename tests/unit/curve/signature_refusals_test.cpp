@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr std::size_t digestSize = 20;
-
 /// A key with a digest and its signature.
 class VerifyRefuses : public LeakCheckedTest {
 protected:

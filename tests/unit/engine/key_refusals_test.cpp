@@ -6,8 +6,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 /// A key with its attributes, to be damaged, and a signature of `someData` under the sound key.
 class KeyRefusals : public EngineTest {
 protected:

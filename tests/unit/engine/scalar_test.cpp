@@ -5,8 +5,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 /// Signing with other scalars than those from 1 to n - 1.
 class PrivateScalar : public EngineTest {
 protected:

@@ -15,8 +15,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 using SignData = EngineTest;
 
 TEST_F(SignData, GivesDifferentTextsThatBothVerify) {

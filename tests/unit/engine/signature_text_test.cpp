@@ -7,7 +7,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
 const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// A project, and signatures of `someData` under it that come in 42 and in 40 bytes.

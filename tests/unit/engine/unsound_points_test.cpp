@@ -6,8 +6,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 /// Coordinates of the curve's degree that make no point of order n.
 struct UnsoundPoint {
     const char* name;

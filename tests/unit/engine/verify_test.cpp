@@ -7,8 +7,6 @@
 
 namespace {
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 using VerifyData = EngineTest;
 
 TEST_F(VerifyData, RefusesNullPointersAndNoData) {

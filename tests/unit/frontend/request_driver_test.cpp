@@ -1,6 +1,7 @@
 #include "frontend/request_driver.h"
 
 #include "frontend/request_rules.h"
+#include "tests/support/messages.h"
 #include "tests/support/signature_judge.h"
 #include "tests/unit/frontend/engine_test.h"
 #include "tools/request/raw_request.h"
@@ -8,13 +9,6 @@
 namespace {
 
 using namespace std::string_literals;
-
-constexpr const char* modeMissing = "'mode' parameter missing or invalid";
-constexpr const char* projectRequired = "'project' parameter is required";
-constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
-constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
-constexpr const char* noJson = "Invalid JSON data";
-constexpr const char* noForm = "Failed to parse input data";
 
 Answer serve(const RawRequest& request) {
     RequestRun run;

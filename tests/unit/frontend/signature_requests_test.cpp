@@ -1,5 +1,6 @@
 #include "frontend/signature_requests.h"
 
+#include "tests/support/messages.h"
 #include "tests/support/project_builder.h"
 #include "tests/support/signature_judge.h"
 #include "tests/support/temporary_folder.h"
@@ -8,12 +9,6 @@
 namespace {
 
 using namespace std::string_literals;
-
-constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
-constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
-constexpr const char* wrongBase64 = "Invalid base64 data";
-constexpr const char* notGenerated = "Signature generation failed";
-constexpr const char* signatureRequired = "'signature' parameter is required";
 
 Answer generate(RequestRecord record) {
     record.mode = RequestMode::generateSignature;

@@ -12,12 +12,6 @@ namespace {
 
 using enum KeyFault;
 
-ProjectKeyRecord recordOf(const AttributeValues& values) {
-    ProjectKeyRecord record;
-    record.loadFromAttributes(projectOf(values));
-    return record;
-}
-
 /// An attribute's value, if it has one, and what it meets.
 struct ValueCase {
     std::optional<Bytes> value;

@@ -35,12 +35,6 @@ bool isUntouched(const core::CoreInteger& value) {
            value.limbs == fresh.limbs;
 }
 
-ProjectKeyRecord recordOf(const AttributeValues& values) {
-    ProjectKeyRecord record;
-    record.loadFromAttributes(projectOf(values));
-    return record;
-}
-
 /// Five different values, no point among them: copying checks nothing.
 const AttributeValues someKey = {
     {72, elementValue(163, "72727272727272727272727272727272727272727")},

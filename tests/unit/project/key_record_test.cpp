@@ -28,12 +28,6 @@ Words elementWords(const Bytes& bytes) {
     return {words.begin(), words.end()};
 }
 
-ProjectKeyRecord recordOf(const AttributeValues& values) {
-    ProjectKeyRecord record;
-    record.loadFromAttributes(projectOf(values));
-    return record;
-}
-
 /// A record of which attribute 75 alone is there.
 core::FieldElement loadedElement(const Bytes& value) {
     return recordOf({{75, value}}).publicPointX;

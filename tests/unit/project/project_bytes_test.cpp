@@ -12,8 +12,6 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
-
 struct Content {
     ProjectFault fault;
     Bytes bytes;

@@ -7,7 +7,7 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}};
+const AttributeValues oneValue = {{1, {10}}};
 
 /// The magic and twenty zero bytes.
 Bytes emptyProject() {
@@ -23,7 +23,7 @@ class ProjectCreate : public testing::Test {
 protected:
     /// Fills the store from a file, which leaves its path too.
     void loadSomething() {
-        ASSERT_TRUE(file.load(folder.write("loaded", projectBytes(someValues)).c_str()));
+        ASSERT_TRUE(file.load(folder.write("loaded", projectBytes(oneValue)).c_str()));
     }
 
     TemporaryFolder folder;

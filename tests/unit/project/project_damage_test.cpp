@@ -12,7 +12,7 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}, {3, {30, 31, 32}}};
+const AttributeValues threeValues = {{1, {10}}, {2, {20, 21}}, {3, {30, 31, 32}}};
 
 /// A file that `load` refuses, and what stops it.
 struct DamagedFile {
@@ -23,10 +23,10 @@ struct DamagedFile {
     bool isRefusedInDirectory() const { return loading.fault >= ProjectFault::directory; }
 };
 
-/// The image of `someValues` with one thing changed; the digest fits unless it is what changed.
+/// The image of `threeValues` with one thing changed; the digest fits unless it is what changed.
 std::function<Bytes()> changed(const std::function<void(ProjectImage&)>& change) {
     return [change] {
-        ProjectImage image = projectImage(someValues);
+        ProjectImage image = projectImage(threeValues);
         change(image);
         return image.bytes();
     };
@@ -146,7 +146,7 @@ TEST_P(ProjectDamage, IsToldWithWhatStopsTheLoading) {
 }
 
 TEST_P(ProjectDamage, EmptiesAStoreThatHeldAttributes) {
-    ASSERT_TRUE(file.load(folder.write("good", projectBytes(someValues)).c_str()));
+    ASSERT_TRUE(file.load(folder.write("good", projectBytes(threeValues)).c_str()));
     EXPECT_FALSE(file.load(damaged().c_str()));
     EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
@@ -177,7 +177,7 @@ protected:
 };
 
 TEST_F(ProjectOpening, EmptiesTableAndPathWhenItFails) {
-    ASSERT_TRUE(file.load(folder.write("good", projectBytes(someValues)).c_str()));
+    ASSERT_TRUE(file.load(folder.write("good", projectBytes(threeValues)).c_str()));
     EXPECT_FALSE(file.load(folder.file("missing").c_str()));
     EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
@@ -208,7 +208,7 @@ TEST_F(ProjectBytes, AreRefusedBelowAHeader) {
 }
 
 TEST_F(ProjectBytes, AreRefusedWithAnyByteOfMagicDigestOrBodyChanged) {
-    const Bytes good = projectBytes(someValues);
+    const Bytes good = projectBytes(threeValues);
     ASSERT_TRUE(loads(good));
     for (std::size_t i = 0; i < good.size(); ++i) {
         if (i >= 4 && i < 8) {
@@ -221,7 +221,7 @@ TEST_F(ProjectBytes, AreRefusedWithAnyByteOfMagicDigestOrBodyChanged) {
 }
 
 TEST_F(ProjectBytes, AreRefusedWhenCutShortOrLengthened) {
-    Bytes bytes = projectBytes(someValues);
+    Bytes bytes = projectBytes(threeValues);
     bytes.push_back(0);
     EXPECT_FALSE(loads(bytes));
     bytes.pop_back();

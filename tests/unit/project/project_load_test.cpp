@@ -18,7 +18,7 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}, {0xFFFFFFFF, {30, 31, 32}}};
+const AttributeValues farValues = {{1, {10}}, {2, {20, 21}}, {0xFFFFFFFF, {30, 31, 32}}};
 
 class ProjectLoad : public testing::Test {
 protected:
@@ -48,14 +48,14 @@ TEST_F(ProjectLoad, TakesIdsOfAnyValueInAnyOrder) {
 }
 
 TEST_F(ProjectLoad, KeepsThePathByteForByte) {
-    written(projectBytes(someValues));
+    written(projectBytes(farValues));
     const std::string odd = folder.path() + "/.//./project";
     ASSERT_TRUE(file.load(odd.c_str()));
     EXPECT_EQ(file.path, odd);
 }
 
 TEST_F(ProjectLoad, ReplacesTheContentOfBefore) {
-    ASSERT_TRUE(file.load(written(projectBytes(someValues)).c_str()));
+    ASSERT_TRUE(file.load(written(projectBytes(farValues)).c_str()));
     const std::string other = folder.write("other", projectBytes({{9, {9}}}));
     ASSERT_TRUE(file.load(other.c_str()));
     EXPECT_EQ(valuesOf(file), (AttributeValues{{9, {9}}}));
@@ -63,10 +63,10 @@ TEST_F(ProjectLoad, ReplacesTheContentOfBefore) {
 }
 
 TEST_F(ProjectLoad, GivesTheSameTwice) {
-    const std::string path = written(projectBytes(someValues));
+    const std::string path = written(projectBytes(farValues));
     ASSERT_TRUE(file.load(path.c_str()));
     ASSERT_TRUE(file.load(path.c_str()));
-    EXPECT_EQ(valuesOf(file), someValues);
+    EXPECT_EQ(valuesOf(file), farValues);
     EXPECT_EQ(file.path, path);
 }
 
@@ -81,7 +81,7 @@ TEST_F(ProjectLoad, KeepsTheFirstOfTwoValuesWithOneId) {
 }
 
 TEST_F(ProjectLoad, SeesNoEntryBehindASmallerCount) {
-    ProjectImage image = projectImage(someValues);
+    ProjectImage image = projectImage(farValues);
     image.entryCount = 2;
     ASSERT_TRUE(file.load(written(image.bytes()).c_str()));
     EXPECT_EQ(valuesOf(file), (AttributeValues{{1, {10}}, {2, {20, 21}}}));
@@ -150,14 +150,14 @@ TEST_F(ProjectLoad, KeepsThePathOfBeforeWhenTheCountIsZero) {
 }
 
 TEST_F(ProjectLoad, EmptiesTableAndPathForACountOfZero) {
-    ASSERT_TRUE(file.load(written(projectBytes(someValues)).c_str()));
+    ASSERT_TRUE(file.load(written(projectBytes(farValues)).c_str()));
     ASSERT_TRUE(file.load(written(ProjectImage().bytes()).c_str()));
     EXPECT_TRUE(file.isEmpty());
     EXPECT_EQ(file.path, "");
 }
 
 TEST_F(ProjectLoad, LeavesNoFileOpen) {
-    const std::string good = written(projectBytes(someValues));
+    const std::string good = written(projectBytes(farValues));
     const std::string bad = folder.write("bad", Bytes(500, 1));
     const auto before = openFiles();
     file.load(good.c_str());
@@ -166,7 +166,7 @@ TEST_F(ProjectLoad, LeavesNoFileOpen) {
 }
 
 TEST_F(ProjectLoad, OpensTheFileUnderWhateverDescriptorIsFree) {
-    const std::string path = written(projectBytes(someValues));
+    const std::string path = written(projectBytes(farValues));
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         bool loaded = false;
         {
@@ -174,12 +174,12 @@ TEST_F(ProjectLoad, OpensTheFileUnderWhateverDescriptorIsFree) {
             loaded = file.load(path.c_str());
         }
         EXPECT_TRUE(loaded) << standard;
-        EXPECT_EQ(valuesOf(file), someValues) << standard;
+        EXPECT_EQ(valuesOf(file), farValues) << standard;
     }
 }
 
 TEST_F(ProjectLoad, LeavesTheFileAsItIs) {
-    const Bytes bytes = projectBytes(someValues);
+    const Bytes bytes = projectBytes(farValues);
     const std::string path = written(bytes);
     ASSERT_TRUE(file.load(path.c_str()));
     EXPECT_EQ(fileBytes(path), bytes);
@@ -203,7 +203,7 @@ TEST_F(ProjectLoad, RefusesAStreamThatHasNoPositions) {
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     const int writer = ::open(fifo.c_str(), O_RDWR);
     ASSERT_NE(writer, -1);
-    const Bytes bytes = projectBytes(someValues);
+    const Bytes bytes = projectBytes(farValues);
     EXPECT_EQ(::write(writer, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     EXPECT_FALSE(file.load(fifo.c_str()));
     EXPECT_TRUE(file.isEmpty());
@@ -211,7 +211,7 @@ TEST_F(ProjectLoad, RefusesAStreamThatHasNoPositions) {
 }
 
 TEST_F(ProjectLoad, RefusesPathsThatCannotBeOpened) {
-    const std::string path = written(projectBytes(someValues));
+    const std::string path = written(projectBytes(farValues));
     std::filesystem::create_symlink("loop", folder.file("loop"));
     for (const std::string& bad : {folder.file("missing"), path + "/below", folder.file("loop"),
                                    std::string(), folder.file(std::string(300, 'x'))}) {

@@ -15,8 +15,6 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
-
 /// Each call on a stream that an operation makes fails once.
 class ProjectStream : public testing::Test {
 protected:

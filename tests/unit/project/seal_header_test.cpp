@@ -14,8 +14,6 @@
 
 namespace {
 
-const AttributeValues someValues = {{1, {10}}, {2, {20, 21}}};
-
 class SealHeader : public testing::Test {
 protected:
     SealHeader() {

@@ -48,21 +48,21 @@ private:
 
 constexpr unsigned all = std::numeric_limits<unsigned>::max();
 
-ScopedBlocks* current = nullptr;
+ScopedBlocks* currentBlocks = nullptr;
 
 ScopedBlocks::ScopedBlocks(Outcome& outcome, unsigned given) : outcome(outcome), given_(given) {
     // Both of a generator, so that noting them takes no block.
     outcome.destroyed.reserve(2);
-    current = this;
+    currentBlocks = this;
 }
 
 ScopedBlocks::~ScopedBlocks() {
-    current = nullptr;
+    currentBlocks = nullptr;
 }
 
 void countGivenBack(const void* block) {
-    if (current != nullptr && block != nullptr) {
-        --current->outcome.live;
+    if (currentBlocks != nullptr && block != nullptr) {
+        --currentBlocks->outcome.live;
     }
 }
 
@@ -83,11 +83,11 @@ int systemDestroy(pthread_mutex_t* mutex) asm("__real_pthread_mutex_destroy");
 int replacedDestroy(pthread_mutex_t* mutex) asm("__wrap_pthread_mutex_destroy");
 
 void* replacedNew(std::size_t size) {
-    if (current != nullptr) {
-        if (current->refuses()) {
+    if (currentBlocks != nullptr) {
+        if (currentBlocks->refuses()) {
             throw std::bad_alloc();
         }
-        ++current->outcome.live;
+        ++currentBlocks->outcome.live;
     }
     return systemNew(size);
 }
@@ -103,23 +103,24 @@ void replacedSizedDelete(void* block, std::size_t size) {
 }
 
 void* replacedBlock(std::size_t size) {
-    return current != nullptr && current->refuses() ? nullptr : systemBlock(size);
+    return currentBlocks != nullptr && currentBlocks->refuses() ? nullptr : systemBlock(size);
 }
 
 void* replacedZeroed(std::size_t count, std::size_t size) {
-    return current != nullptr && current->refuses() ? nullptr : systemZeroed(count, size);
+    return currentBlocks != nullptr && currentBlocks->refuses() ? nullptr
+                                                                : systemZeroed(count, size);
 }
 
 int replacedDestroy(pthread_mutex_t* mutex) {
-    if (current != nullptr) {
-        current->outcome.destroyed.push_back(mutex);
+    if (currentBlocks != nullptr) {
+        currentBlocks->outcome.destroyed.push_back(mutex);
     }
     return systemDestroy(mutex);
 }
 
 namespace {
 
-struct Operation {
+struct BlockTaking {
     const char* name;
     std::function<void(RandomGenerator&)> run;
 };
@@ -138,13 +139,13 @@ Outcome runWith(unsigned given, const std::function<void()>& run) {
 
 TEST(RandomGeneratorMemory, RunsOutWithTheLocksReleasedAndTheGeneratorInOrder) {
     const Bytes data(100);
-    const std::vector<Operation> operations{
+    const std::vector<BlockTaking> operations{
         {"addEntropyByte", [](RandomGenerator& generator) { generator.addEntropyByte(7); }},
         {"addEntropy",
          [&](RandomGenerator& generator) { generator.addEntropy(data.data(), data.size()); }},
         {"seedFromSystem", [](RandomGenerator& generator) { generator.seedFromSystem(); }},
     };
-    for (const Operation& operation : operations) {
+    for (const BlockTaking& operation : operations) {
         unsigned given = 0;
         for (bool ranOut = true; ranOut; ++given) {
             SCOPED_TRACE(operation.name + std::string(" with blocks: ") + std::to_string(given));
@@ -197,7 +198,7 @@ TEST(RandomGeneratorMemory, RunsOutAtTheFirstUseWhichTheNextMakesUpFor) {
 
 TEST(RandomGeneratorMemory, IsNotTakenAfterSeeding) {
     Bytes bytes(4099);
-    const std::vector<Operation> operations{
+    const std::vector<BlockTaking> operations{
         {"fillBytes",
          [&](RandomGenerator& generator) { generator.fillBytes(bytes.data(), bytes.size()); }},
         {"next32", [](RandomGenerator& generator) { generator.next32(); }},
@@ -210,7 +211,7 @@ TEST(RandomGeneratorMemory, IsNotTakenAfterSeeding) {
          }},
     };
     RandomGenerator::instance();
-    for (const Operation& operation : operations) {
+    for (const BlockTaking& operation : operations) {
         RandomGenerator generator;
         EXPECT_EQ(runWith(all, [&] { operation.run(generator); }).asked, 0U) << operation.name;
     }

@@ -26,8 +26,6 @@ namespace {
 using LibcryptoKey = std::unique_ptr<EVP_PKEY, void (*)(EVP_PKEY*)>;
 using Context = std::unique_ptr<EVP_PKEY_CTX, void (*)(EVP_PKEY_CTX*)>;
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 LibcryptoKey readKey(const std::string& pem,
                      EVP_PKEY* (*read)(BIO*, EVP_PKEY**, pem_password_cb*, void*)) {
     const std::unique_ptr<BIO, void (*)(BIO*)> input(

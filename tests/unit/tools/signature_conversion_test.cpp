@@ -16,13 +16,11 @@ using namespace std::string_literals;
 constexpr std::array<SignatureForm, 3> forms = {SignatureForm::text, SignatureForm::der,
                                                 SignatureForm::hexadecimal};
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
-std::string refusalOf(std::string_view hexadecimal) {
+std::string hexadecimalRefusal(std::string_view hexadecimal) {
     return refusalText(readSignatureAs(SignatureForm::hexadecimal, hexadecimal).refusal);
 }
 
-SignatureNumbers numbersOf(const SignatureReading& reading) {
+SignatureNumbers acceptedNumbers(const SignatureReading& reading) {
     EXPECT_EQ(refusalText(reading.refusal), "accepted");
     return {.r = BigNumber::fromInteger(reading.r).toHexadecimal(),
             .s = BigNumber::fromInteger(reading.s).toHexadecimal()};
@@ -36,7 +34,7 @@ TEST(SignatureForms, ReadBackWhatTheyWriteAndKeepTheNumbers) {
         const SignatureReading first = readSignatureAs(SignatureForm::text, text);
         for (const SignatureForm from : forms) {
             const SignatureReading reading = readSignatureAs(from, writeSignatureAs(from, first));
-            EXPECT_EQ(numbersOf(reading), numbersOf(first));
+            EXPECT_EQ(acceptedNumbers(reading), acceptedNumbers(first));
             for (const SignatureForm to : forms) {
                 EXPECT_EQ(writeSignatureAs(to, reading), writeSignatureAs(to, first));
             }
@@ -95,52 +93,54 @@ TEST(HexadecimalSignature, IsReadWithAnyWhiteSpaceCaseAndZeros) {
     for (const std::string& text :
          {"r=A1b2C3d4E5f6A7b8C9d s=e"s, "\n\t r=0a1b2c3d4e5f6a7b8c9d\r\n\v\f s=0E \n"s,
           "r=" + std::string(1000, '0') + "A1B2C3D4E5F6A7B8C9D s=" + std::string(999, '0') + "E"}) {
-        EXPECT_EQ(numbersOf(readSignatureAs(SignatureForm::hexadecimal, text)), expected);
+        EXPECT_EQ(acceptedNumbers(readSignatureAs(SignatureForm::hexadecimal, text)), expected);
     }
 }
 
 TEST(HexadecimalSignature, RefusesOtherThanTwoWords) {
-    EXPECT_EQ(refusalOf("r=1 s=1"), "accepted");
-    EXPECT_EQ(refusalOf(""), "the signature has 0 words instead of two, \"r=...\" and \"s=...\"");
-    EXPECT_EQ(refusalOf("r=1"), "the signature has 1 word instead of two, \"r=...\" and \"s=...\"");
-    EXPECT_EQ(refusalOf("r=1 s=1 s=1"),
+    EXPECT_EQ(hexadecimalRefusal("r=1 s=1"), "accepted");
+    EXPECT_EQ(hexadecimalRefusal(""),
+              "the signature has 0 words instead of two, \"r=...\" and \"s=...\"");
+    EXPECT_EQ(hexadecimalRefusal("r=1"),
+              "the signature has 1 word instead of two, \"r=...\" and \"s=...\"");
+    EXPECT_EQ(hexadecimalRefusal("r=1 s=1 s=1"),
               "the signature has 3 words instead of two, \"r=...\" and \"s=...\"");
-    EXPECT_EQ(refusalOf("r= 1 s= 1"),
+    EXPECT_EQ(hexadecimalRefusal("r= 1 s= 1"),
               "the signature has 4 words instead of two, \"r=...\" and \"s=...\"");
 }
 
 TEST(HexadecimalSignature, RefusesAWordWithoutItsName) {
-    EXPECT_EQ(refusalOf("s=1 r=1"), "\"r=\" is missing in front of a number");
-    EXPECT_EQ(refusalOf("R=1 s=1"), "\"r=\" is missing in front of a number");
-    EXPECT_EQ(refusalOf("1 s=1"), "\"r=\" is missing in front of a number");
-    EXPECT_EQ(refusalOf("r=1 1"), "\"s=\" is missing in front of a number");
-    EXPECT_EQ(refusalOf("r=1 r=1"), "\"s=\" is missing in front of a number");
+    EXPECT_EQ(hexadecimalRefusal("s=1 r=1"), "\"r=\" is missing in front of a number");
+    EXPECT_EQ(hexadecimalRefusal("R=1 s=1"), "\"r=\" is missing in front of a number");
+    EXPECT_EQ(hexadecimalRefusal("1 s=1"), "\"r=\" is missing in front of a number");
+    EXPECT_EQ(hexadecimalRefusal("r=1 1"), "\"s=\" is missing in front of a number");
+    EXPECT_EQ(hexadecimalRefusal("r=1 r=1"), "\"s=\" is missing in front of a number");
 }
 
 TEST(HexadecimalSignature, RefusesWhatIsNoDigit) {
-    EXPECT_EQ(refusalOf("r= s=1"), "r has no digits");
-    EXPECT_EQ(refusalOf("r=1 s="), "s has no digits");
-    EXPECT_EQ(refusalOf("r=0x1 s=1"),
+    EXPECT_EQ(hexadecimalRefusal("r= s=1"), "r has no digits");
+    EXPECT_EQ(hexadecimalRefusal("r=1 s="), "s has no digits");
+    EXPECT_EQ(hexadecimalRefusal("r=0x1 s=1"),
               "r has a character that is not a hexadecimal digit (number 2 of 3)");
     for (const char wrong : "/:@G`g-+=\0\xFF"s) {
-        EXPECT_EQ(refusalOf("r=1 s=00"s + wrong + "0"),
+        EXPECT_EQ(hexadecimalRefusal("r=1 s=00"s + wrong + "0"),
                   "s has a character that is not a hexadecimal digit (number 3 of 4)");
     }
 }
 
 TEST(HexadecimalSignature, RefusesNumbersThatNoSignatureHas) {
     const std::string below = multiplyAdd("-1", "1", curveOrderDigits);
-    EXPECT_EQ(refusalOf("r=" + below + " s=" + below), "accepted");
-    EXPECT_EQ(refusalOf("r=000 s=1"), "r is zero");
-    EXPECT_EQ(refusalOf("r=1 s=0"), "s is zero");
+    EXPECT_EQ(hexadecimalRefusal("r=" + below + " s=" + below), "accepted");
+    EXPECT_EQ(hexadecimalRefusal("r=000 s=1"), "r is zero");
+    EXPECT_EQ(hexadecimalRefusal("r=1 s=0"), "s is zero");
     for (const std::string& tooLarge : {std::string(curveOrderDigits), std::string(48, '1'),
                                         "1" + std::string(47, '0') + "1", std::string(4000, 'F')}) {
-        EXPECT_EQ(refusalOf("r=" + tooLarge + " s=1"), "r is not below the order");
-        EXPECT_EQ(refusalOf("r=1 s=" + tooLarge), "s is not below the order");
+        EXPECT_EQ(hexadecimalRefusal("r=" + tooLarge + " s=1"), "r is not below the order");
+        EXPECT_EQ(hexadecimalRefusal("r=1 s=" + tooLarge), "s is not below the order");
     }
     // Of numbers that fit into three limbs, a zero is told first.
-    EXPECT_EQ(refusalOf("r=" + std::string(48, 'F') + " s=0"), "s is zero");
-    EXPECT_EQ(refusalOf("r=1 s=" + below),
+    EXPECT_EQ(hexadecimalRefusal("r=" + std::string(48, 'F') + " s=0"), "s is zero");
+    EXPECT_EQ(hexadecimalRefusal("r=1 s=" + below),
               "r is below 2^64 but padded to 21 bytes, a form that no signature is accepted in");
 }
 

@@ -16,8 +16,6 @@ namespace {
 
 using namespace std::string_literals;
 
-const Bytes someData = {'s', 'o', 'm', 'e', ' ', 'd', 'a', 't', 'a'};
-
 std::string refusalOf(std::string_view text) {
     return refusalText(readSignature(text).refusal);
 }
