@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The long run of what scripts/test.sh does in short, and what it leaves out; many hours on two cores:
+# The long run of what scripts/test.sh does in short, and what it leaves out; seven hours on two cores:
 #
 #   scripts/check-release.sh [--short] [CHECK...]    runs these checks, all of them unless told
 #                                                    otherwise, and writes the figures of all
