@@ -32,6 +32,9 @@ inline AffinePoint pointAtInfinity() {
 
 AffinePoint affineFrom(const core::CurvePoint& point);
 
+/// Flags of a point beside the one that marks infinity.
+inline constexpr std::uint64_t otherFlags = 0xF0;
+
 /// A point of the core with the elements that it refers to. Infinity has some coordinates too,
 /// which must not be read; it serves as a result before its operation.
 class PointRecord {

@@ -42,7 +42,7 @@ ReferenceProject referenceProject(const Bytes& file) {
     }
     ReferenceProject reading;
     for (std::uint64_t i = 0; i < entries; ++i) {
-        const std::size_t entry = headerSize + 12 * i;
+        const std::size_t entry = headerSize + entrySize * i;
         if (entry + 12 > file.size()) {
             return {.directoryRefused = true};
         }

@@ -17,8 +17,6 @@ using core::FieldElement;
 using PointAdd = LeakCheckedTest;
 using PointDouble = LeakCheckedTest;
 
-constexpr std::uint64_t otherFlags = 0xF0;
-
 const core::CurveCoefficients& coefficients() {
     return core::sect163r2.coefficients;
 }

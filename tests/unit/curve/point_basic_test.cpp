@@ -24,9 +24,6 @@ using PointCopy = LeakCheckedTest;
 using PointNegate = LeakCheckedTest;
 using PointCompare = LeakCheckedTest;
 
-/// Flags beside the one that marks infinity.
-constexpr std::uint64_t flagsBeside = 0xF0;
-
 TEST_F(PointNew, GivesZeroCoordinatesOfTheDegreeAndNoFlags) {
     CurvePoint point{.x = nullptr, .y = nullptr, .flags = 0xFF};
     core::pointNew(163, point);
@@ -54,7 +51,7 @@ TEST_F(PointRelease, GivesBothElementsBackAndZeroesTheRecord) {
     CurvePoint point;
     core::pointNew(163, point);
     EXPECT_EQ(testHostLiveBlocks(), before + 2);
-    point.flags = flagsBeside | core::pointInfinity;
+    point.flags = otherFlags | core::pointInfinity;
     core::pointRelease(point);
     EXPECT_EQ(testHostLiveBlocks(), before);
     EXPECT_EQ(point.x, nullptr);
@@ -68,22 +65,22 @@ TEST_F(PointCopy, TakesFlagsAndCoordinates) {
         for (const std::uint64_t to : programCapacities) {
             const AffinePoint value = judge.randomPoint();
             PointRecord point(value, from);
-            point->flags = flagsBeside;
+            point->flags = otherFlags;
             PointRecord out(pointAtInfinity(), to);
             core::pointCopy(point, out);
             EXPECT_EQ(affineFrom(out), value);
-            EXPECT_EQ(out->flags, flagsBeside);
+            EXPECT_EQ(out->flags, otherFlags);
         }
     }
 }
 
 TEST_F(PointCopy, OfInfinityLeavesTheCoordinates) {
     PointRecord infinity(pointAtInfinity());
-    infinity->flags |= flagsBeside;
+    infinity->flags |= otherFlags;
     const AffinePoint before = CurveJudge().randomPoint();
     PointRecord out(before);
     core::pointCopy(infinity, out);
-    EXPECT_EQ(out->flags, flagsBeside | core::pointInfinity);
+    EXPECT_EQ(out->flags, otherFlags | core::pointInfinity);
     EXPECT_EQ(valueOf(*out->x), before.x);
     EXPECT_EQ(valueOf(*out->y), before.y);
 }
@@ -134,7 +131,7 @@ TEST_F(PointCompare, TellsInfinityFromAllElse) {
 TEST_F(PointCompare, ReadsTheInfinityFlagAlone) {
     const AffinePoint value = CurveJudge().randomPoint();
     PointRecord flagged(value);
-    flagged->flags = flagsBeside;
+    flagged->flags = otherFlags;
     EXPECT_EQ(pointCompare(flagged, PointRecord(value)), 1);
     flagged->flags |= core::pointInfinity;
     EXPECT_EQ(pointCompare(flagged, PointRecord(value)), 0);

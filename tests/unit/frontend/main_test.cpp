@@ -7,6 +7,7 @@
 #include "frontend/response_writer.h"
 #include "tests/support/environment.h"
 #include "tests/support/expected_response.h"
+#include "tests/support/messages.h"
 #include "tests/support/signature_vectors.h"
 #include "tests/support/standard_streams.h"
 #include "tests/support/stopped_core.h"
@@ -18,8 +19,6 @@ namespace {
 
 class Main : StoppedCore, public testing::Test {};
 using MainDeathTest = Main;
-
-constexpr const char* modeMissing = "'mode' parameter missing or invalid";
 
 struct Outcome {
     int status = 1;

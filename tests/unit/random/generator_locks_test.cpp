@@ -9,6 +9,7 @@
 
 #include "random/random_generator.h"
 #include "tests/support/bytes.h"
+#include "tests/unit/random/generator_operation.h"
 
 namespace {
 
@@ -98,13 +99,8 @@ int replacedUnlock(pthread_mutex_t* mutex) {
 
 namespace {
 
-/// An operation that changes the state, the pool or both.
-struct Operation {
-    const char* name;
-    std::function<void(RandomGenerator&)> run;
-};
-
-const std::vector<Operation> operations{
+/// All that change the state, the pool or both.
+const std::vector<GeneratorOperation> operations{
     {"next32", [](RandomGenerator& generator) { generator.next32(); }},
     {"seedFromSystem", [](RandomGenerator& generator) { generator.seedFromSystem(); }},
     {"seedFromWord", [](RandomGenerator& generator) { generator.seedFromWord(7); }},
@@ -115,7 +111,7 @@ const std::vector<Operation> operations{
 };
 
 TEST(RandomGeneratorLocks, AreHeldWhileWhatTheyGuardChangesAndTakenInOneOrder) {
-    for (const Operation& operation : operations) {
+    for (const GeneratorOperation& operation : operations) {
         SCOPED_TRACE(operation.name);
         RandomGenerator generator;
         // So that a pool that is emptied changes.

@@ -17,6 +17,7 @@
 #include "tests/support/bytes.h"
 #include "tests/support/generator_model.h"
 #include "tests/support/open_files.h"
+#include "tests/unit/random/generator_operation.h"
 #include "tests/unit/random/system_mutex.h"
 
 namespace {
@@ -120,11 +121,6 @@ int replacedDestroy(pthread_mutex_t* mutex) {
 
 namespace {
 
-struct BlockTaking {
-    const char* name;
-    std::function<void(RandomGenerator&)> run;
-};
-
 /// Runs it with no more than so many blocks.
 Outcome runWith(unsigned given, const std::function<void()>& run) {
     Outcome outcome;
@@ -139,13 +135,13 @@ Outcome runWith(unsigned given, const std::function<void()>& run) {
 
 TEST(RandomGeneratorMemory, RunsOutWithTheLocksReleasedAndTheGeneratorInOrder) {
     const Bytes data(100);
-    const std::vector<BlockTaking> operations{
+    const std::vector<GeneratorOperation> operations{
         {"addEntropyByte", [](RandomGenerator& generator) { generator.addEntropyByte(7); }},
         {"addEntropy",
          [&](RandomGenerator& generator) { generator.addEntropy(data.data(), data.size()); }},
         {"seedFromSystem", [](RandomGenerator& generator) { generator.seedFromSystem(); }},
     };
-    for (const BlockTaking& operation : operations) {
+    for (const GeneratorOperation& operation : operations) {
         unsigned given = 0;
         for (bool ranOut = true; ranOut; ++given) {
             SCOPED_TRACE(operation.name + std::string(" with blocks: ") + std::to_string(given));
@@ -198,7 +194,7 @@ TEST(RandomGeneratorMemory, RunsOutAtTheFirstUseWhichTheNextMakesUpFor) {
 
 TEST(RandomGeneratorMemory, IsNotTakenAfterSeeding) {
     Bytes bytes(4099);
-    const std::vector<BlockTaking> operations{
+    const std::vector<GeneratorOperation> operations{
         {"fillBytes",
          [&](RandomGenerator& generator) { generator.fillBytes(bytes.data(), bytes.size()); }},
         {"next32", [](RandomGenerator& generator) { generator.next32(); }},
@@ -211,7 +207,7 @@ TEST(RandomGeneratorMemory, IsNotTakenAfterSeeding) {
          }},
     };
     RandomGenerator::instance();
-    for (const BlockTaking& operation : operations) {
+    for (const GeneratorOperation& operation : operations) {
         RandomGenerator generator;
         EXPECT_EQ(runWith(all, [&] { operation.run(generator); }).asked, 0U) << operation.name;
     }

@@ -1,9 +1,8 @@
 #include "tests/support/failing_calls.h"
+#include "tests/support/messages.h"
 #include "tests/unit/tools/explanation_test.h"
 
 namespace {
-
-constexpr const char* noForm = "Failed to parse input data";
 
 using Remarks = std::vector<std::string>;
 

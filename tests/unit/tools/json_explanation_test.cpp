@@ -1,11 +1,10 @@
 #include "tests/support/failing_calls.h"
+#include "tests/support/messages.h"
 #include "tests/unit/tools/explanation_test.h"
 
 namespace {
 
 using namespace std::string_literals;
-
-constexpr const char* noJson = "Invalid JSON data";
 
 class ExplainJson : public ExplanationTest {
 protected:

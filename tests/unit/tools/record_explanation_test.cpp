@@ -1,5 +1,6 @@
 #include <csignal>
 
+#include "tests/support/messages.h"
 #include "tests/unit/tools/explanation_test.h"
 #include "tools/exit_status.h"
 #include "tools/files/cut_file.h"
@@ -18,11 +19,6 @@ protected:
     std::string signingForm() const { return "sig_create=true&project=" + project; }
     std::string verifyingForm() const { return "sig_verify=true&project=" + project; }
 };
-
-constexpr const char* projectRequired = "'project' parameter is required";
-constexpr const char* signatureRequired = "'signature' parameter is required";
-constexpr const char* dataOrFile = "Either 'data' or 'file' parameter is required";
-constexpr const char* wrongEncoding = "Signature encoding must be 'plain' or 'base64'";
 
 }  // namespace
 
