@@ -59,7 +59,8 @@ configure_and_build() {
     fi
     step="building build/$preset"
     echo "Building build/$preset"
-    cmake --build --preset "$preset" --target "$@" 2>&1 | awk -f scripts/tenths.awk
+    # More compilers than processors take each other's cache.
+    cmake --build --preset "$preset" --parallel "$(nproc)" --target "$@" 2>&1 | awk -f scripts/tenths.awk
 }
 
 # Some tests wait more than they work.

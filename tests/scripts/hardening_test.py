@@ -23,6 +23,14 @@ def output_of(*command):
                           env={"PATH": os.defpath, "LC_ALL": "C"}).stdout
 
 
+def sources_of(entry):
+    """What one call of the compiler reads: a source, or several that CMake has put into one."""
+    file = Path(entry["file"])
+    if file.parent.name != "Unity":
+        return {entry["file"]}
+    return set(re.findall(r'^#include "(.+)"$', file.read_text(encoding="utf-8"), flags=re.MULTILINE))
+
+
 class Hardening(unittest.TestCase):
     folder = None
 
@@ -59,8 +67,8 @@ class Hardening(unittest.TestCase):
 
     def test_every_source_is_compiled_with_the_flags(self):
         commands = json.loads((self.folder / "compile_commands.json").read_text(encoding="utf-8"))
-        ours = [entry for entry in commands if entry["file"] in SOURCES]
-        self.assertEqual({entry["file"] for entry in ours}, SOURCES)
+        ours = [entry for entry in commands if sources_of(entry) & SOURCES]
+        self.assertEqual(SOURCES - set().union(*map(sources_of, ours)), set())
         for entry in ours:
             for flag in FLAGS:
                 self.assertIn(f" {flag} ", entry["command"], entry["file"])
