@@ -8,7 +8,6 @@ namespace {
 /// Content up to this size has its length in one byte.
 constexpr std::size_t longestShortForm = 127;
 
-constexpr std::uint8_t longForm = 0x80;
 constexpr std::uint8_t constructedContext = 0xA0;
 
 void append(ByteString& bytes, std::span<const std::uint8_t> more) {
@@ -30,7 +29,7 @@ ByteString encoded(std::uint8_t tag, std::span<const std::uint8_t> content) {
     ByteString bytes{tag};
     const ByteString size = digitsOf(content.size(), 8);
     if (content.size() > longestShortForm) {
-        bytes.push_back(static_cast<std::uint8_t>(longForm | size.size()));
+        bytes.push_back(static_cast<std::uint8_t>(derLongForm | size.size()));
     }
     append(bytes, size);
     append(bytes, content);

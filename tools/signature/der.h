@@ -16,6 +16,9 @@ inline constexpr std::uint8_t derOctetStringTag = 0x04;
 inline constexpr std::uint8_t derObjectIdentifierTag = 0x06;
 inline constexpr std::uint8_t derSequenceTag = 0x30;
 
+/// Set in the first byte of a length in its long form; by itself, the length is indefinite.
+inline constexpr std::uint8_t derLongForm = 0x80;
+
 /// A SEQUENCE of these encoded values.
 ByteString derSequence(std::initializer_list<ByteString> values);
 

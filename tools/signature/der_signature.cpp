@@ -15,7 +15,6 @@ namespace {
 /// Bytes of a number in the limbs of a half, which have room for more than the order.
 constexpr std::size_t longestNumber = std::size_t{8} * signatureLimbs;
 
-constexpr std::uint8_t longForm = 0x80;
 constexpr std::uint8_t signBit = 0x80;
 
 ByteString numberBytes(const core::CoreInteger& value) {
@@ -46,10 +45,10 @@ public:
             return refuse(name + " ends before its length");
         }
         const std::size_t size = rest_[1];
-        if (size == longForm) {
+        if (size == derLongForm) {
             return refuse(name + " is of indefinite length");
         }
-        if (size > longForm) {
+        if (size > derLongForm) {
             return refuse(name + " has a length of more than one byte, which no signature needs");
         }
         rest_ = rest_.subspan(2);
