@@ -15,7 +15,7 @@ umask 022
     exit 2
 }
 
-# cmake, ninja and cpack say much; it matters only when they fail.
+# cmake and cpack say much; it matters only when they fail.
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 quietly() {
@@ -35,7 +35,8 @@ if [[ -z ${SOURCE_DATE_EPOCH:-} ]]; then
 fi
 export SOURCE_DATE_EPOCH
 quietly cmake --preset release
-quietly cmake --build --preset release
+echo "Building build/release" >&2
+cmake --build --preset release 2>&1 | awk -f scripts/tenths.awk >&2
 rm -rf build/release/package
 quietly cpack --config build/release/CPackConfig.cmake
 # What the package was made of.
