@@ -66,6 +66,11 @@ class LeftOut(unittest.TestCase):
             with self.subTest(tests):
                 self.assertRegex(left_out.get(tests, ""), rf"^not installed: (.*, )?{tool}(, |$)")
 
+    def test_without_python_the_tests_in_it_are_left_out(self):
+        left_out = self.configure("-DCMAKE_DISABLE_FIND_PACKAGE_Python3=ON")
+        self.assertEqual(left_out["all tests in Python"], "not installed: python3")
+        self.assertEqual(left_out.keys(), {"all tests in Python", "ProgramUnderValgrind", "SecretSigning"})
+
     def test_leaves_the_slow_ones_out_of_the_quick_tests_whatever_is_installed(self):
         left_out = self.configure("-DSIGN_QUICK_TESTS=ON")
         for tests in LACKS.keys() - QUICK:
